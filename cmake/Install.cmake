@@ -1,0 +1,14 @@
+# Installs the library and its public headers, and what find_package(thermika) needs.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS thermika EXPORT thermikaTargets)
+foreach(header StringHelpers)
+    install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
+endforeach()
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/thermika)
+install(EXPORT thermikaTargets NAMESPACE thermika:: FILE thermikaConfig.cmake
+    DESTINATION ${package_dir})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/thermikaConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})

@@ -1,0 +1,25 @@
+// The rule that every number scan of the system follows about the process's numeric locale. Knows
+// nothing of the numbers themselves.
+#pragma once
+
+#include <string>
+
+namespace dax {
+
+/// While it lives, LC_NUMERIC is "C"; afterwards LC_NUMERIC bears the name that LC_CTYPE had at its
+/// construction ("C" still when the system has no such numeric locale).
+class NumericLocaleGuard {
+public:
+    NumericLocaleGuard();
+    ~NumericLocaleGuard();
+    NumericLocaleGuard(const NumericLocaleGuard&) = delete;
+    NumericLocaleGuard& operator=(const NumericLocaleGuard&) = delete;
+
+private:
+    std::string m_characterLocale;
+};
+
+/// Leaves the process as a guard's life would; costs two look-ups when it is so already.
+void leaveNumericLocaleAsGuardDoes();
+
+}  // namespace dax

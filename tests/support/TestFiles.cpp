@@ -1,0 +1,92 @@
+// See the header. Uses the system's calls rather than the product's own file reading.
+#include "support/TestFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace thermika_test {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+std::string namePattern() {
+    return (std::filesystem::absolute(std::filesystem::temp_directory_path()) / "thermika-XXXXXX")
+        .string();
+}
+
+/// A file without a name, so that nothing is left behind when the test crashes.
+int openUnnamedFile() {
+    std::string name = namePattern();
+    const int fd = mkostemp(name.data(), O_CLOEXEC);
+    if (fd < 0) fail("cannot create " + name);
+    unlink(name.c_str());
+    return fd;
+}
+
+}  // namespace
+
+TempDir::TempDir() : m_path(namePattern()) {
+    if (mkdtemp(m_path.data()) == nullptr) fail("cannot create " + m_path);
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+std::string TempDir::operator/(std::string_view name) const { return (m_path + "/").append(name); }
+
+void writeFile(const std::string& path, std::string_view bytes) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!file.flush()) fail("cannot write " + path);
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) fail("cannot read " + path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+StderrCapture::StderrCapture()
+    : m_captured(openUnnamedFile()), m_original(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+    std::fflush(stderr);
+    if (m_original < 0 || dup2(m_captured, STDERR_FILENO) < 0) fail("cannot capture errors");
+}
+
+StderrCapture::~StderrCapture() {
+    std::fflush(stderr);
+    dup2(m_original, STDERR_FILENO);
+    close(m_original);
+    close(m_captured);
+}
+
+std::string StderrCapture::text() {
+    std::fflush(stderr);
+    struct stat status {};
+    if (fstat(m_captured, &status) != 0) fail("cannot measure the captured errors");
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
+    const ssize_t got = pread(m_captured, text.data(), text.size(), 0);
+    if (got < 0) fail("cannot read the captured errors");
+    text.resize(static_cast<std::size_t>(got));
+    return text;
+}
+
+}  // namespace thermika_test
