@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS thermika EXPORT thermikaTargets)
-foreach(header StringHelpers)
+foreach(header IRLogger Logger StringHelpers Timer)
     install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
 endforeach()
 

@@ -1,0 +1,28 @@
+// The one place where the system chooses what is logged where.
+#pragma once
+
+namespace dax {
+
+/// How much of the log a sink shows. Any other value shows errors only.
+enum IRLoggerVerbosityLevel : int {
+    IRLOG_OFF = 1,
+    IRLOG_ERROR = 2,
+    IRLOG_WARNING = 3,
+    IRLOG_INFO = 4,
+    IRLOG_DEBUG = 5,
+};
+
+class IRLogger {
+public:
+    IRLogger() = default;
+    ~IRLogger() = default;
+
+    /// Configures the process-wide logger, creating it when there is none; may be called again.
+    /// `consoleLevel` is for standard error, `fileLevel` for the log file, whose path is `logFile`
+    /// ("rqthermika.log" when null or empty) followed by a time stamp and ".log". A file that
+    /// cannot be opened is not reported.
+    static void setVerbosity(IRLoggerVerbosityLevel consoleLevel, IRLoggerVerbosityLevel fileLevel,
+                             const char* logFile);
+};
+
+}  // namespace dax

@@ -1,0 +1,159 @@
+// The log sink's line format, file names and sinks.
+#include "sdk/Logger.h"
+
+#include <clocale>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <iterator>
+
+#include "sdk/WallClock.h"
+
+namespace kelvra {
+
+namespace {
+
+constexpr const char* kLevelWords[] = {"ERROR ", "WARNING ", "INFO ", "DEBUG "};
+constexpr std::size_t kW2CBytes = 1024;  // the terminator has the last of them
+
+bool g_saidNotConfigured = false;
+
+const char* levelWord(unsigned int severity) {
+    return severity < std::size(kLevelWords) ? kLevelWords[severity] : kLevelWords[0];
+}
+
+/// Six significant digits with "." as the decimal point, as a stream in the classic locale shows
+/// them; the calling thread's locale is left as it was.
+std::string anySecondsText(long double seconds) {
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t callers = uselocale(classic);
+    char text[32];
+    std::snprintf(text, sizeof text, "%Lg", seconds);
+    uselocale(callers);
+    return text;
+}
+
+/// The same, and much quicker for nearly all that a clock gives: what is shown without exponent and
+/// does not lie halfway between two such texts.
+std::string secondsText(long double seconds) {
+    constexpr std::size_t kDigits = 6;
+    constexpr long double kPowersOfTen[] = {1,    1e1L, 1e2L, 1e3L, 1e4L,
+                                            1e5L, 1e6L, 1e7L, 1e8L, 1e9L};
+    constexpr long double kUncertain = 1e-6L;          // products are wrong by far less
+    std::size_t places = std::size(kPowersOfTen) - 1;  // digits after the point
+    while (places > 0 && seconds * kPowersOfTen[places] >= 999999.5L) --places;
+    const long double scaled = seconds * kPowersOfTen[places];
+    if (!(scaled >= 100000 && scaled < 999999.5L)) return anySecondsText(seconds);
+    const auto below = static_cast<int>(scaled);
+    const long double above = scaled - below;
+    if (above > 0.5L - kUncertain && above < 0.5L + kUncertain) return anySecondsText(seconds);
+
+    std::string text = std::to_string(above < 0.5L ? below : below + 1);
+    if (places == 0) return text;
+    if (places >= kDigits) text.insert(0, places - kDigits + 1, '0');
+    text.insert(text.size() - places, ".");
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+    return text;
+}
+
+std::string stampedName(const std::string& name) {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (const std::tm* const read = std::localtime(&now)) local = *read;
+    std::string stamped = name;
+    for (const int number : {local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_hour})
+        stamped.append("_").append(std::to_string(number));
+    for (const int number : {local.tm_min, local.tm_sec})
+        stamped.append("-").append(std::to_string(number));
+    return stamped.append(".log");
+}
+
+long double elapsedSeconds(long double startMs) { return (wallClockMs() - startMs) / 1000.0L; }
+
+/// A line up to the message.
+std::string lineStart(const char* word, const std::string& file, int line, long double seconds,
+                      std::size_t messageChars) {
+    std::string text;
+    text.reserve(file.size() + messageChars + 64);
+    text.append(word).append("[").append(file).append(":").append(std::to_string(line));
+    return text.append("] @ ").append(secondsText(seconds)).append("s :");
+}
+
+}  // namespace
+
+Logger* Logger::m_ = nullptr;
+
+Logger* Logger::getInstance() {
+    if (m_ == nullptr) {
+        auto* const created = new Logger;
+        m_ = created;
+    }
+    return m_;
+}
+
+void Logger::releaseInstance() {
+    delete m_;
+    m_ = nullptr;
+}
+
+// Deliberate: constructing a logger forgets the one handed out so far; getInstance() stores the new
+// one right afterwards.
+Logger::Logger() : m_startMs(wallClockMs()) { m_ = nullptr; }
+
+Logger::~Logger() {
+    if (isOn(LOGGER_FILE)) m_file.close();
+}
+
+void Logger::configure(const std::string& name, loggerConf_ conf, int fileLevel, int consoleLevel) {
+    m_fileLevel = fileLevel;
+    m_consoleLevel = consoleLevel;
+    if (isOn(LOGGER_FILE)) m_file.close();
+    // Deliberate: compared with the stamped name, so a caller who passes the same base name again
+    // in a later second gets a new file.
+    if (name != m_fileName) m_fileName = stampedName(name);
+    if ((conf & LOGGER_FILE) != 0) m_file.open(m_fileName, std::ios::out | std::ios::app);
+    m_configured = true;
+    m_conf = conf;
+}
+
+void Logger::print(unsigned int severity, const std::string& file, int line,
+                   const std::string& message) {
+    if (!m_configured) {
+        if (g_saidNotConfigured) return;
+        const std::string warning =
+            lineStart("", file, line, elapsedSeconds(m_startMs), 0) + " Logger not configured!\n";
+        std::fputs(warning.c_str(), stderr);
+        g_saidNotConfigured = true;
+        return;
+    }
+
+    // Unsigned on both sides: a negative level lets every severity through.
+    const bool toFile = isOn(LOGGER_FILE) && severity <= static_cast<unsigned int>(m_fileLevel);
+    const bool toConsole =
+        isOn(LOGGER_CONSOLE) && severity <= static_cast<unsigned int>(m_consoleLevel);
+    if (!toFile && !toConsole) return;
+
+    std::string text =
+        lineStart(levelWord(severity), file, line, elapsedSeconds(m_startMs), message.size());
+    text.append(message).append("\n");
+    if (toFile) {
+        m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        m_file.flush();
+    }
+    // As a zero-terminated text: a message with a zero byte ends there.
+    if (toConsole) std::fputs(text.c_str(), stderr);
+}
+
+const char* W2C(const wchar_t* text) {
+    static char buffer[kW2CBytes];
+    for (char& byte : buffer) byte = '\0';  // a failed conversion must not show an earlier text
+    std::wcstombs(buffer, text, kW2CBytes - 1);
+    buffer[kW2CBytes - 1] = '\0';
+    return buffer;
+}
+
+const char* W2C(const char* text) { return text; }
+
+}  // namespace kelvra
