@@ -1,0 +1,29 @@
+// Reading files that others may have put there: opening never blocks on a pipe nobody writes to,
+// and interrupted or short reads are carried on. Leaves the meaning of the bytes to its callers.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace dax {
+
+struct FileBytes {
+    std::unique_ptr<char[]> bytes;  ///< one byte more than `size`, the last one undefined
+    std::size_t size = 0;
+};
+
+/// The bytes of a regular file. Nothing when `path` is no regular file, cannot be opened, is longer
+/// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
+/// shrinks meanwhile gives what is left of it. `errno` tells why, 0 when the file itself is unfit.
+std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes);
+
+/// False when `path` cannot be opened. Otherwise true, and `line` holds the text before the first
+/// line feed, or all of it: zero and control bytes included, empty when reading failed.
+bool readFirstLine(const char* path, std::string& line);
+
+/// Whether `path` can be opened for reading.
+bool isReadable(const char* path);
+
+}  // namespace dax
