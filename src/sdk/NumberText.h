@@ -1,0 +1,20 @@
+// Reading numbers written in their plainest form, which every locale reads alike, without the C
+// library's scanners. Anything else is left to those.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace dax {
+
+/// The value of a decimal number of at most nine digits after optional blanks and a sign, exactly
+/// as scanning `text` with "%i", "%ld" or "%hu" gives it. Nothing when `text` begins in any other
+/// way (hexadecimal and octal numbers included).
+std::optional<int> plainInteger(std::string_view text);
+
+/// The value of a decimal number without exponent after optional blanks and a minus sign, exactly
+/// as scanning `text` with "%f" gives it where the decimal point is ".". Nothing when `text` begins
+/// in any other way, and when something other than a blank follows the number.
+std::optional<float> plainFloat(std::string_view text);
+
+}  // namespace dax
