@@ -2,7 +2,8 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS thermika EXPORT thermikaTargets)
-foreach(header IRLogger Logger StringHelpers Timer)
+# The Tag headers belong to the reader's inside, which its header holds by value.
+foreach(header IRLogger Logger StringHelpers TagIndex TagPrint TagSearch Timer)
     install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
 endforeach()
 

@@ -1,0 +1,141 @@
+// Tag search, sixteen places at a time where the processor can.
+#include "sdk/TagSearch.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace dax {
+
+namespace {
+
+std::string_view opener(TagKind kind) { return kind == TagKind::kOpening ? "<" : "</"; }
+
+/// The part of the text in which the tag may stand: one that begins before `limit` ends in it.
+std::string_view window(std::string_view text, std::size_t length, std::size_t limit) {
+    if (limit > text.size()) return text;
+    return text.substr(0, limit + std::min(length - 1, text.size() - limit));
+}
+
+std::size_t findIn(std::string_view searched, std::string_view name, TagKind kind,
+                   std::size_t from) {
+    const std::size_t length = tagLength(name, kind);
+    while (from < searched.size() && searched.size() - from >= length) {
+        const std::size_t candidates = searched.size() - from - length + 1;
+        const void* const at = std::memchr(searched.data() + from, '<', candidates);
+        if (at == nullptr) return kNoTag;
+        const char* const found = static_cast<const char*>(at);
+        from = static_cast<std::size_t>(found - searched.data());
+        if (isTagAt(found, name, kind)) return from;
+        ++from;
+    }
+    return kNoTag;
+}
+
+}  // namespace
+
+std::size_t findTagPlainly(std::string_view text, std::string_view name, TagKind kind,
+                           std::size_t from, std::size_t limit) {
+    if (from >= limit) return kNoTag;
+    return findIn(window(text, tagLength(name, kind), limit), name, kind, from);
+}
+
+#ifdef __SSE2__
+
+namespace {
+
+constexpr std::size_t kStep = 16;
+constexpr std::size_t kBlock = 4 * kStep;
+
+/// Looks at many places at a time: a tag can only stand where "<" is, ">" a tag's length further on
+/// and before it the name's last character. Few places pass, and those are compared in full.
+class WideSearch {
+public:
+    WideSearch(const char* text, std::string_view name, TagKind kind)
+        : m_text(text),
+          m_name(name),
+          m_kind(kind),
+          m_last(tagLength(name, kind) - 1),
+          m_opens(_mm_set1_epi8('<')),
+          m_ends(_mm_set1_epi8(name.empty() ? opener(kind).back() : name.back())),
+          m_closes(_mm_set1_epi8('>')) {}
+
+    /// Where the first tag begins among the kStep places from `at` on, or the kBlock places; of the
+    /// former, the first `skipped` do not count.
+    std::size_t inStep(std::size_t at, std::size_t skipped = 0) const {
+        return firstOf(candidates(at) >> skipped, at + skipped);
+    }
+    std::size_t inBlock(std::size_t at) const {
+        return firstOf(candidates(at) | candidates(at + kStep) << kStep |
+                           candidates(at + 2 * kStep) << (2 * kStep) |
+                           candidates(at + 3 * kStep) << (3 * kStep),
+                       at);
+    }
+
+private:
+    __m128i load(std::size_t at) const {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_text + at));
+    }
+
+    /// One bit a place, the lowest for `at`.
+    std::uint64_t candidates(std::size_t at) const {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(
+            _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi8(load(at), m_opens),
+                                        _mm_cmpeq_epi8(load(at + m_last), m_closes)),
+                          _mm_cmpeq_epi8(load(at + m_last - 1), m_ends))));
+    }
+
+    std::size_t firstOf(std::uint64_t places, std::size_t at) const {
+        for (; places != 0; places &= places - 1) {
+            const std::size_t place = at + static_cast<std::size_t>(__builtin_ctzll(places));
+            if (isTagAt(m_text + place, m_name, m_kind)) return place;
+        }
+        return kNoTag;
+    }
+
+    const char* m_text;
+    std::string_view m_name;
+    TagKind m_kind;
+    std::size_t m_last;  // from a tag's "<" to its ">"
+    __m128i m_opens;
+    __m128i m_ends;
+    __m128i m_closes;
+};
+
+}  // namespace
+
+std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, std::size_t from,
+                    std::size_t limit) {
+    if (from >= limit) return kNoTag;
+    const std::size_t length = tagLength(name, kind);
+    const std::string_view searched = window(text, length, limit);
+    if (searched.size() < kStep + length - 1) return findIn(searched, name, kind, from);
+
+    const WideSearch search(searched.data(), name, kind);
+    const std::size_t lastStep = searched.size() - (kStep + length - 1);
+    bool isNear = kind == TagKind::kClosing;  // most of them are
+    while (from <= lastStep) {
+        const bool isBlock = !isNear && lastStep - from >= kBlock - kStep;
+        const std::size_t found = isBlock ? search.inBlock(from) : search.inStep(from);
+        if (found != kNoTag) return found;
+        from += isBlock ? kBlock : kStep;
+        isNear = false;
+    }
+    // What is left is less than a step, so the last one begins earlier.
+    return from - lastStep < kStep ? search.inStep(lastStep, from - lastStep) : kNoTag;
+}
+
+#else
+
+std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, std::size_t from,
+                    std::size_t limit) {
+    return findTagPlainly(text, name, kind, from, limit);
+}
+
+#endif
+
+}  // namespace dax
