@@ -1,0 +1,170 @@
+// Which bytes of a file become the document's text: the lines between the root's two.
+#include "sdk/DocumentText.h"
+
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/TestFiles.h"
+
+namespace {
+
+using thermika_test::TempDir;
+using thermika_test::writeFile;
+
+/// Nothing when the file cannot be read. A text whose size is not its length fails the test.
+std::optional<std::string> textOf(const std::string& bytes, const char* rootName = "R") {
+    const TempDir dir;
+    const std::string file = dir / "document.xml";
+    writeFile(file, bytes);
+    const std::optional<dax::DocumentText> document = dax::readDocumentText(file.c_str(), rootName);
+    if (!document) return std::nullopt;
+    std::string text(document->text.get());
+    EXPECT_EQ(text.size(), document->size);
+    return text;
+}
+
+std::string crafted(const char* name) {
+    return thermika_test::readFile(std::string(THERMIKA_TEST_DATA "/crafted/") + name);
+}
+
+std::string lineOf(std::size_t characters) { return std::string(characters, 'x'); }
+
+}  // namespace
+
+TEST(DocumentText, joinsTheLinesBetweenTheRootsTwo) {
+    EXPECT_EQ(textOf("<R>\none\n two \n\nthree\n</R>\n"), "one two three");
+    EXPECT_EQ(textOf("<R>\n</R>\n"), "");
+}
+
+TEST(DocumentText, takesARootTagWithAttributes) {
+    EXPECT_EQ(textOf("<R version=\"1\" x='2'>\none\n</R>\n"), "one");
+}
+
+TEST(DocumentText, takesTheFirstLineThatHoldsTheBeginningOfTheRootTag) {
+    EXPECT_EQ(textOf("<Reader>\none\n</R>\n"), "one");
+    EXPECT_EQ(textOf("<!-- <R -->\none\n<R>\ntwo\n</R>\n"), "one<R>two");
+}
+
+TEST(DocumentText, leavesOutWhateverStandsOnTheRootsLines) {
+    EXPECT_EQ(textOf("before<R>behind\none\nbefore</R>behind\n"), "one");
+    EXPECT_EQ(textOf("<R></R>\none\n</R>\n"), "one");
+    EXPECT_EQ(textOf(crafted("text-on-root-lines.xml"), "CaliData"), "<Serial>14080045</Serial>");
+}
+
+TEST(DocumentText, endsAtTheFirstLineThatHoldsTheWholeClosingTag) {
+    EXPECT_EQ(textOf("<R>\none\n</R >\n</Reader>\n< /R>\ntwo\nx</R>y\nthree\n</R>\n"),
+              "one</R ></Reader>< /R>two");
+}
+
+TEST(DocumentText, takesEveryLineWhenTheRootIsNeverClosed) {
+    EXPECT_EQ(textOf("<R>\none\ntwo\n"), "onetwo");
+    EXPECT_EQ(textOf("<R>\none\ntwo"), "onetwo");
+}
+
+TEST(DocumentText, isEmptyWithoutTheRoot) {
+    EXPECT_EQ(textOf("<a>\none\n</a>\n"), "");
+    EXPECT_EQ(textOf("</R>\n"), "");
+    EXPECT_EQ(textOf("<r>\none\n</r>\n"), "");
+}
+
+TEST(DocumentText, isEmptyWithoutAnyMarkup) {
+    EXPECT_EQ(textOf("no markup at all\n"), "");
+    EXPECT_EQ(textOf("\n"), "");
+    EXPECT_EQ(textOf(std::string(1, '\0')), "");
+}
+
+TEST(DocumentText, startsAtTheFirstOpeningBracket) {
+    EXPECT_EQ(textOf("\xEF\xBB\xBF<R>\none\n</R>\n"), "one");
+    EXPECT_EQ(textOf("junk\nmore junk <R>\none\n</R>\n"), "one");
+    EXPECT_EQ(textOf(std::string("\0\0<R>\none\n", 10)), "one");
+    EXPECT_EQ(textOf("<"), "");
+}
+
+TEST(DocumentText, readsAnEmptyRootNameAsAnyTag) {
+    EXPECT_EQ(textOf("x\n<a>\none\n</a>\n</>\ntwo\n", ""), "one</a>");
+}
+
+TEST(DocumentText, isEmptyForARootNameThatNoLineCanHold) {
+    EXPECT_EQ(textOf("<R\nx>\none\n</R\nx>\n", "R\nx"), "");
+}
+
+TEST(DocumentText, takesAClosingTagOnlyFromOneLine) {
+    EXPECT_EQ(textOf("<R>\none</R\n>two\n</R>\n"), "one</R>two");
+}
+
+TEST(DocumentText, turnsCarriageReturnsIntoLineFeeds) {
+    EXPECT_EQ(textOf("<R>\r\none\r\ntwo\r\n</R>\r\n"), "one\ntwo\n");
+    EXPECT_EQ(textOf("<R>\none\rtwo\n\r\n</R>\n"), "one\ntwo\n");
+    EXPECT_EQ(textOf("<R>\n\r\r\n</R>\n"), "\n\n");
+    EXPECT_EQ(textOf(crafted("crlf-without-final-line-end.xml"), "DownloadLinks"),
+              "  <Imager>\n    <CaliData/>\n  </Imager>\n");
+}
+
+TEST(DocumentText, endsNoLineAtALoneCarriageReturn) {
+    EXPECT_EQ(textOf("<R>\rone\r</R>\r"), "");
+    EXPECT_EQ(textOf("<R>\none\r</R>\rtwo\nthree\n"), "");
+}
+
+TEST(DocumentText, readsALineUpToItsFirstZeroByte) {
+    EXPECT_EQ(textOf(std::string("<R>\none\0two\nthree\n</R>\n", 23)), "onethree");
+    EXPECT_EQ(textOf(std::string("<R>\n\0two\nthree\n</R>\n", 20)), "three");
+    EXPECT_EQ(textOf(std::string("<a>\0<R>\none\n<R>\ntwo\n", 20)), "two");
+    EXPECT_EQ(textOf(std::string("<R>\none\0</R>\ntwo\n</R>\n", 22)), "onetwo");
+    EXPECT_EQ(textOf(std::string("<R>\none\n</R>\0\ntwo\n", 18)), "one");
+}
+
+TEST(DocumentText, takesALineOfTheGreatestLength) {
+    for (const std::size_t length : {4094U, 4095U}) {
+        const std::string line = lineOf(length);
+        EXPECT_EQ(textOf("<R>\none\n" + line + "\ntwo\n</R>\n"), "one" + line + "two") << length;
+        EXPECT_EQ(textOf("<R>\none\n" + line), "one" + line) << length;
+        EXPECT_EQ(textOf("<R>\none\n" + line + "\n"), "one" + line) << length;
+    }
+}
+
+TEST(DocumentText, endsBeforeALineThatIsTooLong) {
+    for (const std::size_t length : {4096U, 4097U, 10000U}) {
+        const std::string line = lineOf(length);
+        EXPECT_EQ(textOf("<R>\none\n" + line + "\ntwo\n</R>\n"), "one") << length;
+        EXPECT_EQ(textOf("<R>\none\n" + line), "one") << length;
+    }
+}
+
+TEST(DocumentText, countsTheBytesBehindAZeroByteToTheLine) {
+    std::string line = lineOf(4096);
+    line[1] = '\0';
+    EXPECT_EQ(textOf("<R>\none\n" + line + "\ntwo\n"), "one");
+    line.resize(4095);
+    EXPECT_EQ(textOf("<R>\none\n" + line + "\ntwo\n"), "onextwo");
+}
+
+TEST(DocumentText, countsACarriageReturnToTheLine) {
+    EXPECT_EQ(textOf("<R>\none\n" + lineOf(4094) + "\r\ntwo\n"), "one" + lineOf(4094) + "\ntwo");
+    EXPECT_EQ(textOf("<R>\none\n" + lineOf(4095) + "\r\ntwo\n"), "one");
+}
+
+TEST(DocumentText, isEmptyWhenALineBeforeTheRootIsTooLong) {
+    EXPECT_EQ(textOf("<a>\n" + lineOf(4095) + "\n<R>\none\n</R>\n"), "one");
+    EXPECT_EQ(textOf("<a>\n" + lineOf(4096) + "\n<R>\none\n</R>\n"), "");
+}
+
+TEST(DocumentText, measuresTheFirstLineFromItsOpeningBracket) {
+    EXPECT_EQ(textOf(lineOf(9000) + "<R" + lineOf(4093) + "\none\n"), "one");
+    EXPECT_EQ(textOf(lineOf(9000) + "<R" + lineOf(4094) + "\none\n"), "");
+}
+
+TEST(DocumentText, readsNoEmptyOrMissingFileAndNoDirectory) {
+    const TempDir dir;
+    EXPECT_FALSE(textOf(""));
+    EXPECT_FALSE(dax::readDocumentText((dir / "missing.xml").c_str(), "R"));
+    EXPECT_FALSE(dax::readDocumentText(dir.path().c_str(), "R"));
+}
+
+TEST(DocumentText, readsASampleWhole) {
+    const std::string text =
+        *textOf(thermika_test::readFile(THERMIKA_EXAMPLES "/Cali-14080046.xml"), "CaliData");
+    EXPECT_EQ(text.substr(0, 27), "  <Temperature>    <Optics>");
+    EXPECT_EQ(text.substr(text.size() - 29), "    </Optics>  </Temperature>");
+}
