@@ -1,0 +1,246 @@
+// See the header. The sandbox's process reports its failures through an unnamed file, which its
+// parent reads when it has ended and turns into failures of its own.
+#include "support/Sandbox.h"
+
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sched.h>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <ostream>
+#include <string_view>
+#include <system_error>
+
+#include <gtest/gtest.h>
+
+namespace thermika_test {
+
+namespace {
+
+constexpr unsigned int kLongestRunSeconds = 60;
+constexpr int kCannotStart = 127;  // as a shell says it
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// A file in memory, without a name; closed at the end.
+class MemoryFile {
+public:
+    MemoryFile() : m_fd(memfd_create("thermika-test", MFD_CLOEXEC)) {
+        if (m_fd < 0) fail("memfd_create");
+    }
+    ~MemoryFile() { close(m_fd); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    int get() const { return m_fd; }
+
+    /// Throws when not all is written.
+    void append(std::string_view bytes) const {
+        if (write(m_fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+            fail("write to memory");
+    }
+
+    std::string text() const {
+        struct stat status {};
+        if (fstat(m_fd, &status) != 0) fail("fstat");
+        std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+        if (pread(m_fd, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
+            fail("pread");
+        return bytes;
+    }
+
+private:
+    int m_fd;
+};
+
+/// A forked process ends with its parent, and after a while in any case.
+void limitLife() {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    alarm(kLongestRunSeconds);
+}
+
+/// As a shell gives it.
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0)
+        if (errno != EINTR) fail("waitpid");
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+void writeProcFile(const char* path, const std::string& text) {
+    const int fd = open(path, O_WRONLY | O_CLOEXEC);
+    if (fd < 0) fail(path);
+    const ssize_t written = write(fd, text.data(), text.size());
+    close(fd);
+    if (written != static_cast<ssize_t>(text.size())) fail(path);
+}
+
+void enterNamespaces() {
+    const std::string uid = std::to_string(geteuid());
+    const std::string gid = std::to_string(getegid());
+    constexpr int kMountsAndNetwork = CLONE_NEWNS | CLONE_NEWNET;
+    if (unshare(CLONE_NEWUSER | kMountsAndNetwork) == 0) {
+        writeProcFile("/proc/self/setgroups", "deny");
+        writeProcFile("/proc/self/uid_map", "0 " + uid + " 1");
+        writeProcFile("/proc/self/gid_map", "0 " + gid + " 1");
+    } else if (unshare(kMountsAndNetwork) != 0) {  // possible for root, where users have none
+        fail("no private namespaces here (are user namespaces allowed?): unshare");
+    }
+    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) fail("private mounts");
+}
+
+/// From here on file modes bind this process and the programs that it starts.
+void obeyFileModes() {
+    constexpr unsigned int kOverrides[] = {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH};
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3] = {};
+    if (syscall(SYS_capget, &header, sets) != 0) fail("capget");
+    for (const unsigned int override : kOverrides) {
+        if (prctl(PR_CAPBSET_DROP, override, 0, 0, 0) != 0) fail("PR_CAPBSET_DROP");
+        sets[0].effective &= ~(1U << override);
+        sets[0].permitted &= ~(1U << override);
+    }
+    if (syscall(SYS_capset, &header, sets) != 0) fail("capset");
+}
+
+/// Writes each failure as file, line and message, each ended by a zero byte.
+class FailureSender : public testing::EmptyTestEventListener {
+public:
+    explicit FailureSender(const MemoryFile& report) : m_report(report) {}
+
+    // A skip counts as a failure: its test would look passed otherwise.
+    void OnTestPartResult(const testing::TestPartResult& result) override {
+        if (result.passed()) return;
+        const char* const file = result.file_name() != nullptr ? result.file_name() : "";
+        m_report.append(std::string(file) + '\0' + std::to_string(result.line_number()) + '\0' +
+                        result.message() + '\0');
+    }
+
+private:
+    const MemoryFile& m_report;
+};
+
+/// The last thing in the report of a body that ran to its end.
+constexpr std::string_view kCompleted = "completed";
+
+void runBody(const std::function<void()>& body) {
+    try {
+        enterNamespaces();
+        mountEmptyFolder("/sys");
+        mountEmptyFolder("/usr/share");
+        obeyFileModes();
+        limitLife();
+        body();
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << "in the sandbox: " << error.what();
+    }
+}
+
+/// Fails the running test as the report says; false when the body did not run to its end.
+bool relay(std::string_view report) {
+    const auto cutField = [&report] {
+        const std::string field(report.substr(0, report.find('\0')));
+        report.remove_prefix(field.size() + 1);
+        return field;
+    };
+    while (!report.empty() && report != kCompleted) {
+        const std::string file = cutField();
+        const int line = std::stoi(cutField());
+        ADD_FAILURE_AT(file.c_str(), line) << cutField();
+    }
+    return report == kCompleted;
+}
+
+/// The life of a sandbox's process; what escapes from it ends it with a signal.
+[[noreturn]] void liveInSandbox(const std::function<void()>& body,
+                                const MemoryFile& report) noexcept {
+    auto& listeners = testing::UnitTest::GetInstance()->listeners();
+    delete listeners.Release(listeners.default_result_printer());
+    listeners.Append(new FailureSender(report));
+    unsetenv("POSIXLY_CORRECT");  // would change how the programs started there read options
+    runBody(body);
+    report.append(kCompleted);
+    std::exit(EXIT_SUCCESS);  // not _exit(): leak and coverage reports are written on the way
+}
+
+/// `fd` becomes `target` here and in the programs started from here.
+void redirect(int fd, int target) {
+    if (fd < 0 || dup2(fd, target) < 0) fail("redirect");
+}
+
+[[noreturn]] void becomeProgram(const std::string& program, char* const* argv,
+                                const MemoryFile& out, const MemoryFile& err,
+                                const std::function<void()>& prepare) noexcept {
+    redirect(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+    redirect(out.get(), STDOUT_FILENO);
+    redirect(err.get(), STDERR_FILENO);
+    limitLife();
+    if (prepare) prepare();
+    execvp(program.c_str(), argv);
+    err.append(program + ": " + std::generic_category().message(errno) + "\n");
+    _exit(kCannotStart);
+}
+
+}  // namespace
+
+void inSandbox(const std::function<void()>& body) {
+    std::fflush(nullptr);
+    const MemoryFile report;
+    const pid_t child = fork();
+    if (child < 0) fail("fork");
+    if (child == 0) liveInSandbox(body, report);
+    const int status = waitFor(child);
+    const bool isCompleted = relay(report.text());
+    EXPECT_TRUE(isCompleted && status == EXIT_SUCCESS)
+        << "the sandbox's process ended early, with status " << status;
+}
+
+void mountEmptyFolder(const std::string& dir) {
+    if (mount("tmpfs", dir.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755") != 0)
+        fail("cannot mount over " + dir);
+}
+
+bool operator==(const RunResult& a, const RunResult& b) {
+    return a.out == b.out && a.err == b.err && a.status == b.status;
+}
+
+std::ostream& operator<<(std::ostream& out, const RunResult& result) {
+    return out << "status " << result.status << "\nstandard output: \"" << result.out
+               << "\"\nstandard error: \"" << result.err << '"';
+}
+
+RunResult run(const std::string& program, const std::vector<std::string>& argv,
+              const std::function<void()>& prepare) {
+    std::vector<std::string> copies = argv;
+    std::vector<char*> pointers;
+    for (std::string& argument : copies) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+
+    std::fflush(nullptr);
+    const MemoryFile out;
+    const MemoryFile err;
+    const pid_t child = fork();
+    if (child < 0) fail("fork");
+    if (child == 0) becomeProgram(program, pointers.data(), out, err, prepare);
+    RunResult result;
+    result.status = waitFor(child);
+    result.out = out.text();
+    result.err = err.text();
+    return result;
+}
+
+}  // namespace thermika_test
