@@ -3,9 +3,11 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS thermika EXPORT thermikaTargets)
 # The Tag headers belong to the reader's inside, which its header holds by value.
-foreach(header IRLogger Logger StringHelpers TagIndex TagPrint TagSearch Timer)
+foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers TagIndex TagPrint
+        TagSearch Timer)
     install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
 endforeach()
+install(FILES src/imgproc/Cali.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/imgproc)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/thermika)
 install(EXPORT thermikaTargets NAMESPACE thermika:: FILE thermikaConfig.cmake

@@ -1,0 +1,40 @@
+// The walk over optics, ranges and frame rates.
+#include "sdk/ExpectedFiles.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "imgproc/Cali.h"
+
+namespace dax {
+
+namespace {
+
+constexpr int kStemBytes = 260;
+
+}  // namespace
+
+void forEachFileStem(int serial,
+                     const std::function<void(const char* stem, bool needsCurve)>& take) {
+    ConfigCali* const cali = ConfigCali::getInstance();
+    char stem[kStemBytes];
+    OPTICS optics{};
+    std::vector<Range> ranges;
+    for (int i = 0; cali->copyOptics(i, optics); ++i) {
+        // Deliberate: the flag is that of the optics at this position, its ranges are those of the
+        // first optics with the same field of view and text.
+        const bool needsCurve = !cali->isSamplePointCali(i);
+        cali->copyTempRanges(optics, ranges);
+        for (Range& range : ranges) {
+            const int rates = cali->getFramerateCount(&optics, &range);
+            for (int f = 0; f < std::max(rates, 1); ++f) {
+                const unsigned short rate = rates > 0 ? cali->getFramerate(&optics, &range, f) : 0;
+                ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
+                                               kStemBytes);
+                take(stem, needsCurve);
+            }
+        }
+    }
+}
+
+}  // namespace dax

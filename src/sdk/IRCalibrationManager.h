@@ -1,0 +1,155 @@
+// The process-wide object that knows where a camera's calibration and format files lie: it finds
+// the camera on the USB bus, composes its configuration document, and checks, fetches or copies its
+// calibration files. Nothing here is locked.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace dax {
+
+/// One optics of a camera.
+struct OpticsEntry {
+    std::int32_t fov;  ///< field of view, in degrees
+    /// (lower, upper) limits in degrees Celsius, fractions dropped, in the description's order.
+    std::vector<std::pair<std::int32_t, std::int32_t>> tempRanges;
+    std::string text;  ///< "" when the optics has none
+};
+
+class IRCalibrationManager {
+public:
+    /// The one manager, created with the default directories on first use; it stays ours until
+    /// somebody deletes it. An allocation failure propagates and leaves no manager behind.
+    static IRCalibrationManager* getInstance();
+
+    /// Prefer getInstance(): it never hands out an object made here.
+    IRCalibrationManager();
+
+    /// Process: the next getInstance() creates a fresh manager, whichever object was destroyed.
+    ~IRCalibrationManager();
+    IRCalibrationManager(const IRCalibrationManager&) = delete;
+    IRCalibrationManager& operator=(const IRCalibrationManager&) = delete;
+
+    /// The manager's own arrays of 260 bytes, which the caller may write;
+    /// "/usr/share/libthermika/cali" and "/usr/share/libthermika" at first. Not terminated when
+    /// they were set to 260 characters or more.
+    char* getCalibrationDir();
+    char* getFormatsDir();
+
+    /// Copies at most 260 bytes of `dir`, which may lie in the manager's own arrays, and fills the
+    /// rest with zero bytes; null changes nothing.
+    /// Neither checked nor terminated: keep directories below 260 characters (below 242 where a
+    /// description is to be loaded) and without a trailing slash.
+    void setCalibrationDir(const char* dir);
+    void setFormatsDir(const char* dir);
+
+    /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores its
+    /// number there. The first camera in the order of /sys/bus/usb/devices wins. False when there is
+    /// none (`serial` becomes 0) or when that directory cannot be entered or read (`serial` stays as
+    /// it was, the log tells why). An allocation failure propagates; `serial` may be 0 then.
+    /// Process: the working directory is /sys/bus/usb/devices afterwards unless it could not be
+    /// entered; `errno` is 0.
+    bool findSerial(unsigned long& serial);
+
+    /// The configuration document of camera `serial`, each of its 33 lines ended by a line feed. It
+    /// suggests field of view (degrees) and limits (degrees Celsius) of the first optics and range in
+    /// the file "Cali-<serial>.xml" of the calibration directory, looked for further out where an
+    /// enclosing element is missing; what is nowhere, or all when the file cannot be read, is 0, -20
+    /// and 100. The reader logs why a file cannot be read. Only an allocation failure propagates.
+    /// Process: LC_NUMERIC is "C" afterwards.
+    std::string generateConfiguration(unsigned long serial);
+
+    /// The calibration files that camera `serial` needs and the calibration directory lacks, each name
+    /// followed by ";"; the caller frees the list with delete[]. Null when it lacks none. A
+    /// description that cannot be loaded is the one file named; one that was loaded before, from
+    /// whatever directory, is used as it is and not named.
+    /// Process: as checkCaliFiles().
+    char* checkCalibration(unsigned long serial);
+
+    /// The same for any directory and names; true when nothing is missing. Ask first with `missing`
+    /// null: `*size` becomes the bytes that the list needs (the largest int where none holds them).
+    /// Then pass a buffer of one byte more than that (the list of a missing description alone needs
+    /// it) and `*size` as it is. `*size` bounds each name, not the list: a buffer smaller than told,
+    /// or files that vanish between the two calls, let the list run over its end, which
+    /// checkCalibration() is safe from. The formats are printf's: of an int in `xmlFormat` (cut to
+    /// 19 characters), of a string in the others (to 259). `separator` stands after the
+    /// description's name only; other names have ";". No other pointer may be null.
+    /// Process: loads the description (see ConfigCali::load(), which ends the process for a
+    /// directory of more than 241 characters); creates the directory, one level, when it is missing.
+    bool checkCaliFiles(const char* directory, int serial, char* missing, int* size,
+                        const char* xmlFormat, const char* datFormat, const char* prnFormat,
+                        const char* separator);
+
+    /// Composes "<directory>/<name><suffix>" in `out`, which has 2 * `length` + 1 bytes; in place of
+    /// an empty `directory`, "Imager" below the working directory. Name and suffix are cut to
+    /// `length` characters. False, `out` unchanged, when `length` is not positive, the directory has
+    /// `length` characters or more, the path does not fit or there is no working directory.
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing, also
+    /// when only the whole path does not fit.
+    bool createConfigFilepath(char* out, const char* directory, short length, const char* name,
+                              const char* suffix);
+
+    /// Fetches the missing files of camera `serial` from the vendor's server into the calibration
+    /// directory, which must exist; blocks meanwhile. True when nothing is missing, and after three
+    /// passes whatever is missing then. A file counts as there once it can be opened, and wget leaves
+    /// an empty one for a file that the server lacks: true is no proof of what the files hold. False,
+    /// with a line in the log, when the directory is not writable, `serial` is 0 or a pass could not
+    /// be made.
+    /// Process: creates and removes ".thermika_access" in the directory (a link of that name is
+    /// followed and what it leads to emptied); as checkCaliFiles() and downloadTarget().
+    bool downloadCalibration(unsigned long serial);
+
+    /// Fetches the files named in `targets`, each followed by ";", into `targetDir` by running
+    /// wget, which inherits the process's outputs. True once the command for one of them was
+    /// started, whether or not the file came. False, with lines in the log, when the server's
+    /// download-links document cannot be had or used, or no command was started. What reaches the
+    /// shell unquoted: `targetDir` and the names; between double quotes: the document's base
+    /// address, `serial`.
+    /// Process: writes and removes /tmp/downloadlinks.xml (it stays when it cannot be read);
+    /// LC_NUMERIC is "C" afterwards; flushes standard output.
+    static bool downloadTarget(char* targets, std::string serial, std::string targetDir);
+
+    /// Copies what is named like a file of camera `serial` (or of one whose number begins with it)
+    /// anywhere below `sourceDir` into the calibration directory, over what is there, by running find
+    /// and cp; blocks meanwhile. The directory must exist: cp writes a file of its name otherwise.
+    /// True when nothing is missing afterwards. Both directories reach the shell unquoted: one with
+    /// blanks becomes several arguments; so do the name patterns, which the shell may expand in the
+    /// working directory.
+    /// Process: prints the command on standard output and flushes it; as checkCaliFiles().
+    bool copyCalibrationFromLocalRepo(unsigned long serial, std::string sourceDir);
+
+    /// Whether the host has a default IPv4 route, by running /sbin/route and grep; nothing is
+    /// contacted. False also when that cannot be found out.
+    bool isOnlineCalibrationRepoAccessible();
+
+    /// The optics of camera `serial` in the description's order, loading it when another or none is
+    /// loaded; 0 gives the list of the previous call. Optics of the same field of view and text all
+    /// show the ranges of the first. The list stays ours and is rebuilt by the next call. It is
+    /// empty when no description was ever loaded; after a failed load it shows what ConfigCali then
+    /// holds. An allocation failure propagates and leaves it empty.
+    /// Process: as ConfigCali::load().
+    std::vector<OpticsEntry>* getAvailableOptics(unsigned long serial);
+
+private:
+    std::unique_ptr<char[]> m_calibrationDir;
+    std::unique_ptr<char[]> m_formatsDir;
+    std::unique_ptr<std::vector<OpticsEntry>> m_availableOptics;
+
+    static IRCalibrationManager* _this;
+
+    std::size_t readable(const char* dir) const;
+    std::unique_ptr<char[]> missingFiles(unsigned long serial);
+};
+
+/// Adds the file name that `format` makes of `name`, and ";", to the list of missing files when
+/// `directory` has no such file that can be opened for reading. `missing` and `size` as for
+/// IRCalibrationManager::checkCaliFiles(); a buffer holds a terminated text already.
+/// Process: creates the directory, one level, and the manager when there is none.
+void _checkCaliFilesHelper(const char* directory, char* name, const char* format, char* missing,
+                           int* size);
+
+}  // namespace dax

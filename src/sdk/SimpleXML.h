@@ -1,0 +1,134 @@
+// A small reader for the line-oriented XML documents that the system consumes. Not a general XML
+// parser: attributes, entities, CDATA and self-closing elements are not understood; an element is
+// the text between the first "<name>" and the first "</name>" after it, at whatever nesting level.
+//
+// Use: open(), then setNode() to stand on the whole document, then descend and read. An operation
+// called before that, or with a null pointer, finds nothing. Nothing outside the loaded text is ever
+// read. The first search lists the document's tags; from then on looking for an element costs a look
+// at one byte for each tag before it. Allocation failures propagate, and the object stays usable.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "sdk/TagIndex.h"
+
+namespace dax {
+
+/// A comment delimiter in a text.
+struct CommentToken {
+    std::int32_t type;  ///< 0 for "<!--", 1 for "-->"
+    std::int32_t pos;   ///< offset of the opening's "<", or just past the closing's ">"
+};
+
+/// Whether `a` stands before `b`; the type plays no part.
+bool compTokens(CommentToken a, CommentToken b);
+
+class SimpleXML {
+public:
+    /// Process: LC_NUMERIC is "C" afterwards.
+    SimpleXML();
+    ~SimpleXML();
+    SimpleXML(const SimpleXML&) = delete;
+    SimpleXML& operator=(const SimpleXML&) = delete;
+
+    /// Opens "<dir>/<name>.xml", or "Imager/<name>.xml" below the working directory when `dir` is
+    /// empty (false when there is no working directory).
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing. A
+    /// path of more than 259 characters ends the process with abort() and a line on standard error.
+    bool open(const char* dir, char* name, const char* rootName);
+
+    /// Loads the lines strictly between the first line that contains "<rootName" and the next that
+    /// contains "</rootName>", joined, without comments; comments may be nested. A line of more
+    /// than 4095 characters ends the document there; a line is read up to its first zero byte. A
+    /// document without the root reads as empty, and that is success, as is a file without any "<".
+    ///
+    /// False, with a DEBUG line in the log (none for null) and what was loaded before still there, when
+    /// the file is
+    /// empty, is no regular file, has more than 2^31 bytes or cannot be read. False, with the
+    /// document and a message as ERROR lines, when comment delimiters do not pair up; the text with
+    /// its comments is loaded then. A document loaded before is released.
+    bool open(const char* file, const char* rootName);
+
+    /// Moves the cursor to the whole document. Always true.
+    bool setNode();
+
+    /// Descends to the first element `name` in the current one, or to the one with zero-based
+    /// occurrence number `index`. False, cursor unchanged, when there is none or at depth 254.
+    bool setNode(const char* name);
+    bool setNode(const char* name, int index);
+
+    /// Goes up one level; false at the top.
+    bool resetNode();
+
+    /// A copy of the current element's text; the caller frees it with delete[]. False, `*out`
+    /// unchanged, when it is empty.
+    bool getNode(char** out);
+
+    /// How many elements `name` follow one another in the current one; 0 at depth 254. May count one
+    /// more than setNode() reaches, whose tag stands right at the current element's end.
+    int getNodeCount(const char* name);
+
+    /// Searches "<name>" (or "</name>" when `closing`) from byte offset `from` on. The offset of
+    /// the closing tag, or that of the first byte after the opening tag; -1 when none begins before
+    /// `limit` or an offset lies outside the text.
+    int getKey(const char* name, int from, int limit, bool closing);
+
+    /// Reads the first element `name` in the current one: as "%i" (hexadecimal after "0x", octal
+    /// after "0"), "%hu", "%i" (true when above 0), "%ld" and "%f" scan it. True when the element
+    /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
+    /// `*out` unchanged, when it is not, and at depth 254.
+    /// Process: LC_NUMERIC bears the name of LC_CTYPE afterwards.
+    bool getInt(const char* name, int* out);
+    bool getUnsignedShort(const char* name, unsigned short* out);
+    bool getBool(const char* name, bool* out);
+    bool getLong(const char* name, long* out);
+    bool getFloat(const char* name, float* out);
+
+    /// A copy of the text of the first element `name` in the current one, which may be empty; the
+    /// caller frees it with delete[]. False, `*out` null, when there is none.
+    bool getString(const char* name, char** out);
+
+private:
+    static constexpr std::size_t kCursorLevels = 256;
+
+    std::int32_t size = 0;
+    std::array<std::int32_t, kCursorLevels> start{};
+    std::array<std::int32_t, kCursorLevels> end{};
+    std::uint16_t depth = 0;
+    std::unique_ptr<char[]> text;
+
+    /// An element found: the bytes of its content, the numbers of its two tags.
+    struct Element {
+        std::int32_t start = 0;
+        std::int32_t end = 0;
+        std::uint32_t openingTag = 0;
+        std::uint32_t firstTag = 0;
+        std::uint32_t closingTag = 0;
+    };
+
+    /// Bytes before the text's terminator; less than `size` once comments are gone.
+    std::size_t m_length = 0;
+    TagIndex m_tags;  ///< built by the first search of the document
+    /// For each depth, the tags that belong to `start` and `end`, the first one between them, and
+    /// which occurrence of its name in the level above that element is, so that the next sibling is
+    /// searched from there.
+    std::array<std::uint32_t, kCursorLevels> m_openingTag{};
+    std::array<std::uint32_t, kCursorLevels> m_firstTag{};
+    std::array<std::uint32_t, kCursorLevels> m_closingTag{};
+    std::array<std::int32_t, kCursorLevels> m_occurrence;
+
+    void forgetElements();
+    std::string_view loadedText() const { return {text.get(), m_length}; }
+    void buildIndex();
+    bool holdsElement(std::size_t level, const ElementName& name) const;
+    bool findElement(const ElementName& name, std::size_t from, std::size_t to,
+                     std::size_t closingTo, Element& found) const;
+    std::optional<std::string_view> firstValue(const char* name);
+};
+
+}  // namespace dax

@@ -1,0 +1,334 @@
+// The download of a camera's missing files: its order of steps, its passes, what it says, and what
+// it leaves. The server behaves here; see CalibrationDownloadServer_test.cpp for one that does not.
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "sdk/IRCalibrationManager.h"
+#include "support/AppearingFiles.h"
+#include "support/CameraSet.h"
+#include "support/DownloadWorld.h"
+#include "support/FileServer.h"
+#include "support/Locales.h"
+#include "support/Recorder.h"
+#include "support/Sandbox.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::callsOf;
+using thermika_test::cameraFiles;
+using thermika_test::contents;
+using thermika_test::DownloadWorld;
+using thermika_test::Files;
+using thermika_test::FileServer;
+using thermika_test::inSandbox;
+using thermika_test::installFiles;
+using thermika_test::kCaliDir;
+using thermika_test::kCamera;
+using thermika_test::kDescriptionName;
+using thermika_test::kFirstCurve;
+using thermika_test::kFirstData;
+using thermika_test::kLastCurve;
+using thermika_test::kLastData;
+using thermika_test::kLinksPath;
+using thermika_test::linksDocument;
+using thermika_test::managerLine;
+using thermika_test::onServer;
+using thermika_test::Outcome;
+using thermika_test::outcomeOf;
+using thermika_test::serveFiles;
+using thermika_test::shellTexts;
+using thermika_test::writeFile;
+
+const std::string kInstalled = managerLine("INFO", "All files installed.");
+const std::string kNoSerial = managerLine("ERROR", "No serial number specified.");
+
+Outcome download(unsigned long serial = kCamera) {
+    return outcomeOf(
+        [serial] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(serial); });
+}
+
+/// The names of the files created (or emptied) and removed in `dir` during `operation`.
+std::vector<std::string> changesDuring(const std::string& dir,
+                                       const std::function<void()>& operation) {
+    const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+    EXPECT_GE(inotify_add_watch(watch, dir.c_str(), IN_CREATE | IN_DELETE), 0);
+    operation();
+    alignas(inotify_event) char events[16384];
+    const ssize_t got = read(watch, events, sizeof events);
+    close(watch);
+    std::vector<std::string> changes;
+    for (const char* at = events; at < events + got;) {
+        const auto* const event = reinterpret_cast<const inotify_event*>(at);
+        changes.push_back(((event->mask & IN_CREATE) != 0 ? "+" : "-") + std::string(event->name));
+        at += sizeof(inotify_event) + event->len;
+    }
+    return changes;
+}
+
+const std::vector<std::string> kAccessTest = {"+.thermika_access", "-.thermika_access"};
+
+TEST(CalibrationDownload, fetchesTheDescriptionFirstAndThenWhatItCallsFor) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        serveFiles(server, cameraFiles());
+        EXPECT_EQ(download(), (Outcome{true, kInstalled}));
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+        EXPECT_EQ(contents("/tmp"), Files());
+        EXPECT_EQ(FileServer::requests(),
+                  (std::vector<std::string>{kLinksPath, onServer(kDescriptionName), kLinksPath,
+                                            onServer(kFirstData), onServer(kFirstCurve),
+                                            onServer(kLastData), onServer(kLastCurve)}));
+    });
+}
+
+TEST(CalibrationDownload, fetchesNothingButWhatIsMissing) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        serveFiles(server, cameraFiles());
+        Files present = cameraFiles();
+        present.erase(kFirstCurve);
+        present[kFirstData] = "older than the server's";
+        installFiles(present);
+        EXPECT_EQ(download(), (Outcome{true, kInstalled}));
+        present[kFirstCurve] = "curve at 27 Hz\n";
+        EXPECT_EQ(contents(kCaliDir), present);
+        EXPECT_EQ(FileServer::requests(),
+                  (std::vector<std::string>{kLinksPath, onServer(kFirstCurve)}));
+    });
+}
+
+TEST(CalibrationDownload, runsNoCommandWhenAllFilesArePresent) {
+    inSandbox([] {
+        const DownloadWorld world;
+        installFiles(cameraFiles());
+        thermika_test::recordShell();
+        std::vector<std::string> changes = changesDuring(kCaliDir, [] {
+            EXPECT_EQ(download(), (Outcome{true, kInstalled}));
+        });
+        EXPECT_EQ(changes, kAccessTest);
+        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+    });
+}
+
+TEST(CalibrationDownload, testsForAccessBeforeItRefusesSerialZero) {
+    inSandbox([] {
+        const DownloadWorld world;
+        thermika_test::recordShell();
+        std::vector<std::string> changes = changesDuring(kCaliDir, [] {
+            EXPECT_EQ(download(0), (Outcome{false, kNoSerial}));
+        });
+        EXPECT_EQ(changes, kAccessTest);
+        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(contents(kCaliDir), Files());
+    });
+}
+
+TEST(CalibrationDownload, tellsOnlyThatAccessIsMissingWhenTheSerialIsZeroToo) {
+    inSandbox([] {
+        const DownloadWorld world;
+        ASSERT_EQ(chmod(kCaliDir, 0555), 0);
+        EXPECT_EQ(download(0), (Outcome{false, managerLine("ERROR", "No writing permissions to " +
+                                                                        std::string(kCaliDir))}));
+    });
+}
+
+TEST(CalibrationDownload, testsForAccessOnceHoweverManyPassesItMakes) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        serveFiles(server, cameraFiles());
+        std::vector<std::string> changes = changesDuring(kCaliDir, [] { download(); });
+        EXPECT_EQ(std::count(changes.begin(), changes.end(), kAccessTest[0]), 1);
+        EXPECT_EQ(changes.front(), kAccessTest[0]);
+        EXPECT_EQ(changes.at(1), kAccessTest[1]);
+    });
+}
+
+/// `dir` cannot be used; nothing is fetched and nothing left, and the log says `message`.
+void expectRefusal(const std::string& dir, const std::string& message) {
+    thermika_test::recordShell();
+    dax::IRCalibrationManager::getInstance()->setCalibrationDir(dir.c_str());
+    EXPECT_EQ(download(), (Outcome{false, managerLine("ERROR", message)}));
+    EXPECT_EQ(shellTexts(), std::vector<std::string>());
+    EXPECT_EQ(contents("/tmp"), Files());
+}
+
+TEST(CalibrationDownload, namesADirectoryThatItMayNotWrite) {
+    inSandbox([] {
+        const DownloadWorld world;
+        ASSERT_EQ(chmod(kCaliDir, 0555), 0);
+        expectRefusal(kCaliDir, "No writing permissions to /usr/share/libthermika/cali");
+        EXPECT_EQ(contents(kCaliDir), Files());
+    });
+}
+
+TEST(CalibrationDownload, namesADirectoryBehindAForbiddenOneAsItWasGiven) {
+    inSandbox([] {
+        const DownloadWorld world;
+        ASSERT_EQ(chmod("/usr/share/libthermika", 0), 0);
+        expectRefusal("/usr/share//libthermika/cali/",
+                      "No writing permissions to /usr/share//libthermika/cali/");
+    });
+}
+
+TEST(CalibrationDownload, tellsThatTheFileSystemIsReadOnly) {
+    inSandbox([] {
+        const DownloadWorld world;
+        thermika_test::makeReadOnly(kCaliDir);
+        expectRefusal(kCaliDir, "Something went wrong: Read-only file system");
+    });
+}
+
+TEST(CalibrationDownload, createsNoDirectory) {
+    inSandbox([] {
+        const DownloadWorld world;
+        fs::remove(kCaliDir);
+        expectRefusal(kCaliDir, "Something went wrong: No such file or directory");
+        EXPECT_FALSE(fs::exists(kCaliDir));
+    });
+}
+
+TEST(CalibrationDownload, tellsThatTheDirectoryIsAFile) {
+    inSandbox([] {
+        const DownloadWorld world;
+        fs::remove(kCaliDir);
+        writeFile(kCaliDir, "a file");
+        expectRefusal(kCaliDir, "Something went wrong: Not a directory");
+    });
+}
+
+TEST(CalibrationDownload, tellsThatNoFileFitsAnyMore) {
+    inSandbox([] {
+        const DownloadWorld world;
+        thermika_test::mountOver(kCaliDir, "nr_inodes=1");
+        expectRefusal(kCaliDir, "Something went wrong: No space left on device");
+    });
+}
+
+TEST(CalibrationDownload, readsADirectoryThatFillsItsArrayToTheEnd) {
+    inSandbox([] {
+        const DownloadWorld world;
+        const std::string dir = "/usr/share/" + std::string(248, 'd');
+        ASSERT_EQ(dir.size(), 260U - 1);
+        fs::create_directory(dir);
+        dax::IRCalibrationManager::getInstance()->setCalibrationDir(dir.c_str());
+        EXPECT_EQ(download(0), (Outcome{false, kNoSerial}));
+        ASSERT_EQ(chmod(dir.c_str(), 0555), 0);
+        // 260 characters leave the array without a terminator.
+        dax::IRCalibrationManager::getInstance()->setCalibrationDir((dir + "/").c_str());
+        EXPECT_EQ(download(0),
+                  (Outcome{false, managerLine("ERROR", "No writing permissions to " + dir + "/")}));
+    });
+}
+
+TEST(CalibrationDownload, replacesAForeignAccessTestFileAndRemovesIt) {
+    inSandbox([] {
+        const DownloadWorld world;
+        installFiles(cameraFiles());
+        installFiles({{".thermika_access", "somebody's text"}});
+        EXPECT_EQ(download(), (Outcome{true, kInstalled}));
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+    });
+}
+
+TEST(CalibrationDownload, answersTrueWithoutAWordAfterThreePassesThatBringNothing) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        thermika_test::recordProgram("wget");
+        EXPECT_EQ(download(), (Outcome{true, ""}));
+        // What wget leaves of a description that the server does not have is an empty file, which
+        // cannot be loaded.
+        EXPECT_EQ(contents(kCaliDir), (Files{{kDescriptionName, ""}}));
+        EXPECT_EQ(contents("/tmp"), Files());
+        EXPECT_EQ(callsOf("wget").size(), 6U);
+        const std::string path = onServer(kDescriptionName);
+        EXPECT_EQ(FileServer::requests(),
+                  (std::vector<std::string>{kLinksPath, path, kLinksPath, path, kLinksPath, path}));
+    });
+}
+
+TEST(CalibrationDownload, runsNoCommandWhenTheFilesAppearBetweenTheTwoLooksAtTheList) {
+    inSandbox([] {
+        const DownloadWorld world;
+        thermika_test::recordShell();
+        EXPECT_TRUE(thermika_test::answerWhenFilesAppear(
+            [] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera); }));
+        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+    });
+}
+
+TEST(CalibrationDownload, makesNoCheckAfterTheThirdPass) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        serveFiles(server, cameraFiles());
+        // Comes with the third pass only: all is there then, but nobody looks.
+        thermika_test::recordProgram(
+            "wget",
+            "case \"$*\" in *Kennlinie*80.prn*) echo >>/tmp/tries\n"
+            "[ $(wc -l </tmp/tries) -ge 2 ] || exit 0;; esac\nexec /usr/bin/wget \"$@\"");
+        EXPECT_EQ(download(), (Outcome{true, ""}));
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+    });
+}
+
+TEST(CalibrationDownload, endsWithTheFirstPassThatFails) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument(""));
+        EXPECT_EQ(download(), (Outcome{false, managerLine("ERROR", "Error downloading ") +
+                                                  managerLine("INFO", "Download failed.")}));
+        EXPECT_EQ(FileServer::requests(), (std::vector<std::string>{kLinksPath}));
+        EXPECT_EQ(contents(kCaliDir), Files());
+        EXPECT_EQ(contents("/tmp"), Files());
+    });
+}
+
+TEST(CalibrationDownload, writesTheSerialInPlainDigitsWhateverTheLocale) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        const thermika_test::ScopedLocale locale({{LC_ALL, thermika_test::kDecimalCommaLocale}});
+        EXPECT_TRUE(download(7).result);
+        EXPECT_EQ(FileServer::requests().at(1), "/7/7/Califiles SN7/Cali-7.xml");
+    });
+}
+
+TEST(CalibrationDownload, neverCompletesASetWhoseFileNamesHaveBlanks) {
+    inSandbox([] {
+        // Names reach the shell unquoted: what stands behind the blank is an address of its own.
+        const DownloadWorld world;
+        FileServer server;
+        const std::string described = thermika_test::cameraDescription("T18 HT");
+        serveFiles(server, {{kDescriptionName, described},
+                            {"Cali-14080045-33-T18 HT-M20-100-80.dat", "data"},
+                            {"Kennlinie-14080045-33-T18 HT-M20-100-80.prn", "curve"}});
+        EXPECT_EQ(download(), (Outcome{true, ""}));
+        EXPECT_EQ(contents(kCaliDir), (Files{{kDescriptionName, described},
+                                             {"Cali-14080045-33-T18", "data"},
+                                             {"Kennlinie-14080045-33-T18", "curve"}}));
+    });
+}
+
+}  // namespace

@@ -1,0 +1,248 @@
+// The commands that fetch files: what the shell and wget receive to the byte, when a command counts
+// as started, and what shares the process's outputs with them.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "sdk/IRCalibrationManager.h"
+#include "support/DownloadWorld.h"
+#include "support/FileServer.h"
+#include "support/Recorder.h"
+#include "support/Sandbox.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+using thermika_test::callsOf;
+using thermika_test::contents;
+using thermika_test::DownloadWorld;
+using thermika_test::FileServer;
+using thermika_test::inSandbox;
+using thermika_test::kCaliDir;
+using thermika_test::kLinksPath;
+using thermika_test::linksDocument;
+using thermika_test::managerLine;
+using thermika_test::Outcome;
+using thermika_test::outcomeOf;
+using thermika_test::recordProgram;
+using thermika_test::recordShell;
+using thermika_test::run;
+using thermika_test::RunResult;
+using thermika_test::serverAddress;
+using thermika_test::serverPath;
+using thermika_test::shellTexts;
+
+using Files = std::map<std::string, std::string>;
+using Texts = std::vector<std::string>;
+
+const std::string kSerial = "14080045";
+
+bool fetch(std::string targets, const std::string& dir = kCaliDir) {
+    return dax::IRCalibrationManager::downloadTarget(targets.data(), kSerial, dir);
+}
+
+std::string quotedAddress(const std::string& name) {
+    return "\"" + serverAddress(serverPath(kSerial, name)) + "\"";
+}
+
+std::string errorDownloading(const std::string& name) {
+    return managerLine("ERROR", "Error downloading " + quotedAddress(name));
+}
+
+/// A links document that wget's stand-in leaves in the named place, whatever it is asked for.
+std::string leaveLinks(const std::string& base) {
+    thermika_test::writeFile("/usr/share/world/links.xml",
+                             linksDocument("<string>" + base + "</string>\n"));
+    return "case $3 in /tmp/*) cat /usr/share/world/links.xml >$3;; esac";
+}
+
+TEST(DownloadTargetStart, givesTheShellAndWgetExactlyThis) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        recordShell();
+        recordProgram("wget");
+        EXPECT_EQ(outcomeOf([] { return fetch("Kennlinie-14080045.prn;Cali-14080045.xml;"); }),
+                  (Outcome{true, ""}));
+        EXPECT_EQ(shellTexts(), (Texts{"wget http://" THERMIKA_DOWNLOAD_HOST
+                                       "/downloadlinks.xml -O /tmp/downloadlinks.xml",
+                                       "wget \"http://" THERMIKA_DOWNLOAD_HOST
+                                       "/14/1408/Califiles SN14080045/Kennlinie-14080045.prn\" -O "
+                                       "/usr/share/libthermika/cali/Kennlinie-14080045.prn",
+                                       "wget \"http://" THERMIKA_DOWNLOAD_HOST
+                                       "/14/1408/Califiles SN14080045/Cali-14080045.xml\" -O "
+                                       "/usr/share/libthermika/cali/Cali-14080045.xml"}));
+        EXPECT_EQ(callsOf("wget"),
+                  (std::vector<Texts>{{"http://" THERMIKA_DOWNLOAD_HOST "/downloadlinks.xml", "-O",
+                                       "/tmp/downloadlinks.xml"},
+                                      {"http://" THERMIKA_DOWNLOAD_HOST
+                                       "/14/1408/Califiles SN14080045/Kennlinie-14080045.prn",
+                                       "-O", "/usr/share/libthermika/cali/Kennlinie-14080045.prn"},
+                                      {"http://" THERMIKA_DOWNLOAD_HOST
+                                       "/14/1408/Califiles SN14080045/Cali-14080045.xml",
+                                       "-O", "/usr/share/libthermika/cali/Cali-14080045.xml"}}));
+    });
+}
+
+TEST(DownloadTargetStart, passesTheDirectoryAndTheNamesOnUnquoted) {
+    inSandbox([] {
+        const DownloadWorld world;
+        recordProgram("wget", leaveLinks("B"));
+        EXPECT_TRUE(fetch("a b;", "/my dir"));
+        EXPECT_EQ(callsOf("wget").at(1),
+                  (Texts{"B/14/1408/Califiles SN14080045/a b", "-O", "/my", "dir/a", "b"}));
+    });
+}
+
+TEST(DownloadTargetStart, letsTheShellReadTheBaseBetweenDoubleQuotes) {
+    inSandbox([] {
+        const DownloadWorld world;
+        setenv("NAME", "value", 1);
+        recordProgram("wget", leaveLinks("a  b $NAME `echo c`"));
+        EXPECT_TRUE(fetch("f;"));
+        EXPECT_EQ(callsOf("wget").at(1).at(0), "a  b value c/14/1408/Califiles SN14080045/f");
+    });
+}
+
+TEST(DownloadTargetStart, takesAnEmptyBaseForABase) {
+    inSandbox([] {
+        const DownloadWorld world;
+        recordProgram("wget", leaveLinks(""));
+        EXPECT_EQ(outcomeOf([] { return fetch("f;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(callsOf("wget").at(1).at(0), "/14/1408/Califiles SN14080045/f");
+    });
+}
+
+TEST(DownloadTargetStart, countsAFileAsFetchedWhateverItsCommandAnswers) {
+    inSandbox([] {
+        const DownloadWorld world;
+        recordProgram("wget", leaveLinks("B") + "; exit 8");
+        EXPECT_EQ(outcomeOf([] { return fetch("a;b;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(callsOf("wget").size(), 3U);
+        EXPECT_EQ(contents(kCaliDir), Files());
+    });
+}
+
+TEST(DownloadTargetStart, logsEveryAddressWhileNoCommandCanBeWaitedFor) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        server.add(serverPath(kSerial, "b.dat"), "came all the same");
+        // As in programs that do not want to hear of their children.
+        std::signal(SIGCHLD, SIG_IGN);
+        const Outcome outcome = outcomeOf([] { return fetch("a.dat;b.dat;"); });
+        std::signal(SIGCHLD, SIG_DFL);
+        EXPECT_EQ(outcome, (Outcome{false, errorDownloading("a.dat") + errorDownloading("b.dat")}));
+        EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", ""}, {"b.dat", "came all the same"}}));
+        EXPECT_EQ(contents("/tmp"), Files());
+    });
+}
+
+/// wget as it is, but from its `from`-th call on the process that called for it does not (or does
+/// again, when `isHeard`) hear of its end. Call 1 fetches the links document.
+void switchHearing(int from, bool isHeard) {
+    const auto handler = isHeard ? +[](int) { std::signal(SIGCHLD, SIG_DFL); }
+                                 : +[](int) { std::signal(SIGCHLD, SIG_IGN); };
+    std::signal(SIGUSR1, handler);
+    recordProgram("wget", "echo >>/usr/share/world/turns\n[ $(wc -l </usr/share/world/turns) != " +
+                              std::to_string(from) + " ] || kill -USR1 " +
+                              std::to_string(getpid()) + "\nexec /usr/bin/wget \"$@\"");
+}
+
+TEST(DownloadTargetStart, saysNothingOfAFailureAfterTheFirstStart) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        switchHearing(3, false);
+        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;b.dat;c.dat;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(callsOf("wget").size(), 4U);
+        std::signal(SIGCHLD, SIG_DFL);
+    });
+}
+
+TEST(DownloadTargetStart, succeedsWithALaterFileThoughTheFirstFailed) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        switchHearing(3, true);
+        std::signal(SIGCHLD, SIG_IGN);
+        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;b.dat;c.dat;"); }),
+                  (Outcome{true, errorDownloading("a.dat")}));
+        EXPECT_EQ(callsOf("wget").size(), 4U);
+    });
+}
+
+TEST(DownloadTargetStart, readsALinksDocumentThoughItsCommandCouldNotBeWaitedFor) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        switchHearing(2, true);
+        std::signal(SIGCHLD, SIG_IGN);
+        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;"); }), (Outcome{true, ""}));
+    });
+}
+
+TEST(DownloadTargetStart, readsWhatLiesThereWhenNoProcessCanBeStarted) {
+    inSandbox([] {
+        const DownloadWorld world;
+        thermika_test::writeFile(thermika_test::kLinksFile, linksDocument());
+        // C libraries before glibc 2.41 answer as if a shell had run and found no command.
+        const RunResult result = run("not started", {}, [] {
+            thermika_test::forbidNewProcesses();
+            const bool isStarted = std::system("true") != -1;
+            const Outcome outcome = outcomeOf([] { return fetch("a.dat;"); });
+            EXPECT_EQ(outcome, (Outcome{isStarted, isStarted ? "" : errorDownloading("a.dat")}));
+            std::fflush(stdout);
+            _exit(testing::Test::HasFailure() ? 1 : 0);
+        });
+        EXPECT_EQ(result, (RunResult{"", "", 0}));
+        EXPECT_EQ(contents("/tmp"), Files());
+        EXPECT_EQ(contents(kCaliDir), Files());
+    });
+}
+
+TEST(DownloadTargetStart, flushesStandardOutputBeforeEveryCommand) {
+    inSandbox([] {
+        const DownloadWorld world;
+        recordProgram("wget", "echo wget\n" + leaveLinks("B"));
+        const RunResult result = run("not started", {}, [] {
+            std::printf("before\n");
+            fetch("f;");
+            std::printf("after\n");
+            std::fflush(stdout);
+            _exit(0);
+        });
+        EXPECT_EQ(result, (RunResult{"before\nwget\nwget\nafter\n", "", 0}));
+    });
+}
+
+TEST(DownloadTargetStart, leavesWgetItsOwnWords) {
+    inSandbox([] {
+        const DownloadWorld world;
+        DownloadWorld::letWgetTalk();
+        FileServer server;
+        server.add(kLinksPath, linksDocument());
+        server.add(serverPath(kSerial, "a.dat"), "text");
+        const Outcome outcome = outcomeOf([] { return fetch("a.dat;b.dat;"); });
+        EXPECT_TRUE(outcome.result);
+        for (const char* const words :
+             {"'/tmp/downloadlinks.xml' saved", "'/usr/share/libthermika/cali/a.dat' saved [4/4]",
+              "ERROR 404: "})
+            EXPECT_NE(outcome.log.find(words), std::string::npos) << words << " in " << outcome;
+    });
+}
+
+}  // namespace

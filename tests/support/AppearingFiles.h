@@ -1,0 +1,14 @@
+// A camera's files that another process puts into the calibration directory right after the first
+// look at it. For use in a sandbox, in a DownloadWorld.
+#pragma once
+
+#include <functional>
+
+namespace thermika_test {
+
+/// What `operation` answers, which looks at the calibration directory twice: at its first look only
+/// a description lies there that cannot be loaded, at its second every file of cameraFiles().
+/// Standard error goes nowhere meanwhile.
+bool answerWhenFilesAppear(const std::function<bool()>& operation);
+
+}  // namespace thermika_test
