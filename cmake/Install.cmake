@@ -1,6 +1,7 @@
-# Installs the library and its public headers, and what find_package(thermika) needs.
+# Installs the tool, the library and its public headers, and what find_package(thermika) needs.
 include(CMakePackageConfigHelpers)
 
+install(TARGETS thermika-genconfig)
 install(TARGETS thermika EXPORT thermikaTargets)
 # The Tag headers belong to the reader's inside, which its header holds by value.
 foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers TagIndex TagPrint

@@ -1,0 +1,107 @@
+#!/bin/sh
+# Shows the tool's main job without a camera: in namespaces of its own it lays out a USB device tree
+# with one camera and installs that camera's calibration description, then lets the tool find both.
+# With FETCH and HOST it then shows, on standard error, how a program gets that camera's files: from
+# a real HTTP server that stands in for HOST, and from a folder. Nothing outside the namespaces
+# changes.
+#
+# usage: examples/demo.sh TOOL [FETCH HOST]
+set -eu
+
+if [ "${DEMO_INSIDE-}" != yes ]; then
+    DEMO_INSIDE=yes exec unshare --user --map-root-user --mount --net "$0" "$@"
+fi
+tool=$1
+fetch=${2-}
+host=${3-}
+examples=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
+
+# Read before anything is covered: the examples may lie below /usr/share.
+description=$(cat "$examples/Cali-14080045.xml")
+
+mount -t tmpfs tmpfs /sys
+mount -t tmpfs tmpfs /usr/share
+
+# add_device PATH ATTRIBUTE=VALUE...: as the kernel shows it, a directory and a link to it.
+add_device() {
+    mkdir -p "/sys/devices/$1" /sys/bus/usb/devices
+    ln -s "../../../devices/$1" "/sys/bus/usb/devices/${1##*/}"
+    path=/sys/devices/$1
+    shift
+    for attribute in "$@"; do
+        echo "${attribute#*=}" >"$path/${attribute%%=*}"
+    done
+}
+hub=pci0000:00/0000:00:14.0/usb1
+add_device "$hub" idVendor=1d6b idProduct=0002 serial=0000:00:14.0
+add_device "$hub/1-0:1.0" bInterfaceNumber=00
+add_device "$hub/1-1" idVendor=046d idProduct=c31c
+add_device "$hub/1-1/1-1:1.0" bInterfaceNumber=00
+add_device "$hub/1-2" idVendor=0403 idProduct=de37 serial=14080045
+add_device "$hub/1-2/1-2:1.0" bInterfaceNumber=00
+
+mkdir -p /usr/share/libthermika/cali
+echo "$description" >/usr/share/libthermika/cali/Cali-14080045.xml
+
+echo "A camera on the bus: $(ls /sys/bus/usb/devices | tr '\n' ' ')" >&2
+[ -n "$fetch" ] || exec "$tool"
+"$tool"
+
+# From here on standard output is done with.
+exec >&2
+cp "$fetch" /usr/share/fetch-calibration # /tmp, which may hold it, is covered next
+fetch=/usr/share/fetch-calibration
+mount -t tmpfs tmpfs /tmp
+ip link set lo up
+echo "127.0.0.1 localhost $host" >/usr/share/hosts
+mount --bind /usr/share/hosts /etc/hosts
+# wget keeps quiet and does not see this machine's settings.
+echo 'quiet = on' >/usr/share/wgetrc
+export SYSTEM_WGETRC=/usr/share/wgetrc HOME=/usr/share
+unset WGETRC http_proxy
+
+# What the vendor's server has. The names of files go to the shell without quotes, so a set can be
+# downloaded only when its optics have no blanks in their texts.
+served=/usr/share/served
+files="$served/14/1408/Califiles SN14080045"
+mkdir -p "$files"
+cat >$served/downloadlinks.xml <<LINKS
+<DownloadLinks>
+  <Imager>
+    <CaliData>
+      <Links>
+        <string>http://$host</string>
+      </Links>
+    </CaliData>
+  </Imager>
+</DownloadLinks>
+LINKS
+echo "$description" | sed 's/T18 HT/T18HT/' >"$files/Cali-14080045.xml"
+{ "$fetch" missing "$files" 14080045 || true; } | while read -r name; do
+    echo "made up for the demonstration" >"$files/$name"
+done
+
+python3 -m http.server 80 --bind 127.0.0.1 --directory $served >/dev/null 2>&1 &
+server=$!
+trap 'kill $server' EXIT
+tries=0
+until wget -O /dev/null "http://$host/downloadlinks.xml" 2>/dev/null; do
+    tries=$((tries + 1))
+    [ $tries -lt 50 ] || {
+        echo "the HTTP server does not answer (is python3 installed?)"
+        exit 1
+    }
+    sleep 0.1
+done
+
+echo
+echo "Downloading the camera's files from http://$host, which is this machine here:"
+mkdir /usr/share/downloaded
+"$fetch" download /usr/share/downloaded 14080045
+echo "files now: $(ls /usr/share/downloaded | wc -l)"
+
+echo
+echo "Copying them from that folder:"
+mkdir /usr/share/copied
+"$fetch" copy /usr/share/copied 14080045 /usr/share/downloaded
+echo "files now: $(ls /usr/share/copied | wc -l)"

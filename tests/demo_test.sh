@@ -1,0 +1,44 @@
+#!/bin/sh
+# The demonstration, whole: the document alone on standard output, the download and the copy of the
+# camera's files on standard error, line by line.
+# usage: demo_test.sh PROJECT TOOL FETCH HOST
+set -eu
+demo=$1/examples/demo.sh
+tool=$2 fetch=$3 host=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+    echo "FAILED: $1" >&2
+    exit 1
+}
+
+"$demo" "$tool" >"$work/alone" 2>"$work/err" || fail "without the download it answers $?"
+[ "$(wc -l <"$work/err")" = 1 ] || fail 'without the download it says more than one line'
+"$demo" "$tool" "$fetch" "$host" >"$work/out" 2>"$work/err" || {
+    cat "$work/err" >&2
+    fail 'it does not succeed'
+}
+cmp "$work/alone" "$work/out" || fail 'the download writes to standard output'
+grep -q '<serial>14080045</serial>' "$work/out" || fail 'the document names another camera'
+
+cat >"$work/expected" <<TEXT
+A camera on the bus: 1-0:1.0 1-1 1-1:1.0 1-2 1-2:1.0 usb1 
+
+Downloading the camera's files from http://$host, which is this machine here:
+missing before:
+Cali-14080045.xml
+INFO [IRCalibrationManager:#] @ #s :All files installed.
+answer: yes
+missing afterwards: nothing
+files now: 41
+
+Copying them from that folder:
+missing before:
+Cali-14080045.xml
+find /usr/share/downloaded -name Cali-14080045* -exec cp "{}" /usr/share/copied \\; -o -name Kennlinie-14080045* -exec cp "{}" /usr/share/copied \\; 2> /dev/null
+answer: yes
+missing afterwards: nothing
+files now: 41
+TEXT
+sed 's/:[0-9]*\] @ [^ ]*s :/:#] @ #s :/' "$work/err" | diff "$work/expected" - || fail 'it says something else'
