@@ -1,0 +1,304 @@
+// Every allocation fails once: for n = 0, 1, ... the n-th one that a public operation makes throws,
+// until the operation gets by without it. The failure must reach the caller, nothing may leak, and
+// the same operation must give its full answer afterwards. Replaces operator new, so it is a
+// program of its own.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "imgproc/Cali.h"
+#include "sdk/IRCalibrationManager.h"
+#include "sdk/IRLogger.h"
+#include "sdk/Logger.h"
+#include "sdk/SimpleXML.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+
+constexpr int kManyTags = 6000;
+
+std::size_t g_untilFailure = kNever;
+std::ptrdiff_t g_live = 0;
+
+void* allocate(std::size_t bytes) {
+    if (g_untilFailure != kNever && g_untilFailure-- == 0) {
+        g_untilFailure = kNever;
+        throw std::bad_alloc();
+    }
+    void* const block = std::malloc(bytes == 0 ? 1 : bytes);
+    if (block == nullptr) throw std::bad_alloc();
+    ++g_live;
+    return block;
+}
+
+void release(void* block) {
+    if (block == nullptr) return;
+    --g_live;
+    std::free(block);
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) { return allocate(bytes); }
+void* operator new[](std::size_t bytes) { return allocate(bytes); }
+void operator delete(void* block) noexcept { release(block); }
+void operator delete[](void* block) noexcept { release(block); }
+void operator delete(void* block, std::size_t) noexcept { release(block); }
+void operator delete[](void* block, std::size_t) noexcept { release(block); }
+
+namespace {
+
+using thermika_test::TempDir;
+using thermika_test::writeFile;
+
+/// A complete use of something: from nothing to an answer, with all it made gone again.
+using Use = std::function<std::string()>;
+
+/// How many allocations of `use` were made to fail, one at a time.
+std::size_t failEachAllocation(const Use& use) {
+    const std::string expected = use();  // also creates what stays for the process's life
+    for (std::size_t n = 0;; ++n) {
+        const std::ptrdiff_t liveBefore = g_live;
+        bool isThrown = false;
+        std::string answer;
+        g_untilFailure = n;
+        try {
+            answer = use();
+        } catch (const std::bad_alloc&) {
+            isThrown = true;
+        }
+        const bool isReached = g_untilFailure == kNever;
+        g_untilFailure = kNever;
+        if (!isReached) {
+            EXPECT_EQ(answer, expected);
+            return n;
+        }
+        EXPECT_TRUE(isThrown) << "allocation " << n << " failed and nobody was told";
+        answer = std::string();
+        EXPECT_EQ(g_live, liveBefore) << "allocation " << n << " failed and something leaked";
+        EXPECT_EQ(use(), expected) << "after allocation " << n << " had failed";
+        if (testing::Test::HasFailure()) return n;
+    }
+}
+
+std::string owned(char* text) {
+    const std::unique_ptr<char[]> owner(text);
+    return text == nullptr ? "(null)" : text;
+}
+
+class EveryAllocation : public testing::Test {
+protected:
+    EveryAllocation() {
+        writeFile(m_dir / "Cali-14080045.xml", description());
+        dax::IRCalibrationManager::getInstance()->setCalibrationDir(m_dir.path().c_str());
+        dax::IRLogger::setVerbosity(dax::IRLOG_OFF, dax::IRLOG_OFF, nullptr);
+    }
+
+    static std::string description() {
+        return thermika_test::readFile(std::string(THERMIKA_EXAMPLES) + "/Cali-14080045.xml");
+    }
+
+    TempDir m_dir;
+};
+
+TEST_F(EveryAllocation, ofOpeningADocumentReachesTheCaller) {
+    EXPECT_GT(failEachAllocation([this] {
+                  dax::SimpleXML document;
+                  const bool isOpen =
+                      document.open((m_dir / "Cali-14080045.xml").c_str(), "CaliData");
+                  return std::to_string(static_cast<int>(isOpen));
+              }),
+              0U);
+}
+
+TEST_F(EveryAllocation, ofOpeningADocumentByItsPartsReachesTheCaller) {
+    EXPECT_GT(failEachAllocation([this] {
+                  dax::SimpleXML document;
+                  std::string name = "Cali-14080045";
+                  return std::to_string(static_cast<int>(
+                      document.open(m_dir.path().c_str(), name.data(), "CaliData")));
+              }),
+              2U);
+}
+
+TEST_F(EveryAllocation, ofReadingValuesReachesTheCaller) {
+    writeFile(m_dir / "values.xml",
+              "<R>\n<int>0x0000000000000000000000000000001a</int>\n"
+              "<float>0000000000000000000001.5e1</float>\n<text>a long enough text</text>\n</R>\n");
+    EXPECT_GT(failEachAllocation([this] {
+                  dax::SimpleXML document;
+                  document.open((m_dir / "values.xml").c_str(), "R");
+                  document.setNode();
+                  int number = 0;
+                  float real = 0;
+                  char* text = nullptr;
+                  char* all = nullptr;
+                  document.getInt("int", &number);
+                  document.getFloat("float", &real);
+                  document.getString("text", &text);
+                  std::string answer = std::to_string(number) + " " + std::to_string(real) + " ";
+                  answer += owned(text);
+                  document.getNode(&all);
+                  return answer + owned(all);
+              }),
+              4U);
+}
+
+/// What a reader that stands on the whole of the document with many tags says of it.
+std::string answerOf(dax::SimpleXML& reader) {
+    std::string answer = std::to_string(reader.getNodeCount("a"));
+    for (const int number : {kManyTags / 2 - 1, 0, kManyTags / 4, kManyTags / 2}) {
+        char* value = nullptr;
+        if (reader.setNode("a", number)) {
+            reader.getNode(&value);
+            reader.resetNode();
+        }
+        answer += " " + owned(value);
+    }
+    return answer;
+}
+
+/// One reader opens the document anew for each allocation of `search` that fails; afterwards it has
+/// to answer as a reader that never failed.
+void expectAFailedSearchForgotten(const std::string& path,
+                                  const std::function<void(dax::SimpleXML&)>& search) {
+    dax::SimpleXML reader;
+    const auto open = [&path](dax::SimpleXML& opened) {
+        return opened.open(path.c_str(), "R") && opened.setNode();
+    };
+    std::size_t failures = 0;
+    for (bool isThrown = true; isThrown; failures += isThrown ? 1 : 0) {
+        dax::SimpleXML fresh;
+        ASSERT_TRUE(open(fresh));
+        ASSERT_TRUE(open(reader));
+        isThrown = false;
+        g_untilFailure = failures;
+        try {
+            search(reader);
+        } catch (const std::bad_alloc&) {
+            isThrown = true;
+        }
+        g_untilFailure = kNever;
+        ASSERT_EQ(answerOf(reader), answerOf(fresh)) << "after allocation " << failures;
+    }
+    EXPECT_GT(failures, 3U) << "the index was meant to grow while it is built";
+}
+
+TEST_F(EveryAllocation, ofASearchInManyTagsLeavesTheReaderAbleToSearch) {
+    std::string text;
+    for (int i = 0; i < kManyTags / 2; ++i) text += "<a>" + std::to_string(i) + "</a>\n";
+    writeFile(m_dir / "tags.xml", "<R>\n" + text + "</R>\n");
+    ASSERT_LT(text.size(), std::size_t{16} * kManyTags);
+    dax::SimpleXML reader;
+    ASSERT_TRUE(reader.open((m_dir / "tags.xml").c_str(), "R"));
+    reader.setNode();
+    ASSERT_EQ(answerOf(reader), "3000 2999 0 1500 (null)");
+    expectAFailedSearchForgotten(m_dir / "tags.xml",
+                                 [](dax::SimpleXML& searched) { searched.getNodeCount("a"); });
+    expectAFailedSearchForgotten(m_dir / "tags.xml", [](dax::SimpleXML& searched) {
+        if (searched.setNode("a", kManyTags / 4)) searched.resetNode();
+    });
+}
+
+TEST_F(EveryAllocation, ofLoadingADescriptionReachesTheCaller) {
+    EXPECT_GT(failEachAllocation([this] {
+                  ConfigCali cali;
+                  cali.load(m_dir.path().c_str(), 14080045);
+                  return std::to_string(cali.getOpticsCount());
+              }),
+              20U);
+}
+
+TEST_F(EveryAllocation, ofAFailedLoadLeavesTheObjectAbleToLoad) {
+    ConfigCali cali;
+    for (std::size_t n = 0;; ++n) {
+        g_untilFailure = n;
+        bool isThrown = false;
+        try {
+            cali.load(m_dir.path().c_str(), 14080045);
+        } catch (const std::bad_alloc&) {
+            isThrown = true;
+        }
+        g_untilFailure = kNever;
+        if (!isThrown) break;
+        ASSERT_FALSE(cali.isLoaded(14080045)) << n;
+    }
+    EXPECT_TRUE(cali.isLoaded(14080045));
+    EXPECT_EQ(cali.getOpticsCount(), 3);
+}
+
+TEST_F(EveryAllocation, ofHandingOutRecordsReachesTheCaller) {
+    ConfigCali cali;
+    EXPECT_EQ(failEachAllocation([&] {
+                  const std::unique_ptr<OPTICS> optics(cali.getOptics(0));
+                  const std::unique_ptr<Range> range(cali.getTempRange(optics.get(), 0));
+                  const std::unique_ptr<Range> extended(cali.getExtendedTempRange(optics.get(), 0));
+                  const std::unique_ptr<Range> all(cali.getTempRangeOverAll());
+                  const std::unique_ptr<Range> ofOptics(cali.getTempRangeOverAll(optics.get()));
+                  return std::string(1, optics && range && extended && all && ofOptics ? 'y' : 'n');
+              }),
+              5U);
+}
+
+TEST_F(EveryAllocation, ofTheManagersCreationLeavesNoManagerBehind) {
+    delete dax::IRCalibrationManager::getInstance();
+    EXPECT_EQ(failEachAllocation([] {
+                  const std::string answer(
+                      dax::IRCalibrationManager::getInstance()->getFormatsDir(), 4);
+                  delete dax::IRCalibrationManager::getInstance();
+                  return answer;
+              }),
+              4U);  // the object, its list and its two directories
+}
+
+TEST_F(EveryAllocation, ofGeneratingADocumentReachesTheCaller) {
+    EXPECT_GT(failEachAllocation([] {
+                  return dax::IRCalibrationManager::getInstance()->generateConfiguration(14080045);
+              }),
+              2U);
+}
+
+TEST_F(EveryAllocation, ofCheckingFilesReachesTheCaller) {
+    EXPECT_GT(
+        failEachAllocation([] {
+            return owned(dax::IRCalibrationManager::getInstance()->checkCalibration(14080045));
+        }),
+        5U);
+}
+
+TEST_F(EveryAllocation, ofListingOpticsReachesTheCaller) {
+    EXPECT_GT(failEachAllocation([] {
+                  auto* const list =
+                      dax::IRCalibrationManager::getInstance()->getAvailableOptics(14080045);
+                  const std::string answer = std::to_string(list->size()) + list->back().text;
+                  list->clear();
+                  list->shrink_to_fit();
+                  return answer;
+              }),
+              3U);
+}
+
+TEST_F(EveryAllocation, ofTheLoggersLifeReachesTheCaller) {
+    kelvra::Logger::releaseInstance();
+    EXPECT_GT(failEachAllocation([this] {
+                  struct Releaser {
+                      ~Releaser() { kelvra::Logger::releaseInstance(); }
+                  } releaser;
+                  dax::IRLogger::setVerbosity(dax::IRLOG_OFF, dax::IRLOG_DEBUG,
+                                              (m_dir / "log").c_str());
+                  kelvra::Logger::getInstance()->print(0, "A long enough file name", 1,
+                                                       "a message that no small string holds");
+                  return std::string();
+              }),
+              4U);
+}
+
+}  // namespace

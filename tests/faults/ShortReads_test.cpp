@@ -1,0 +1,62 @@
+// Every read gives one byte at a time, every other one is interrupted first: documents and device
+// attributes must come out whole. Replaces read(), so it is a program of its own.
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <string>
+
+#include "imgproc/Cali.h"
+#include "sdk/FileRead.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+bool g_isShort = false;
+std::size_t g_calls = 0;
+
+}  // namespace
+
+extern "C" ssize_t read(int descriptor, void* buffer, std::size_t bytes) {
+    if (g_isShort && ++g_calls % 2 == 0) {
+        errno = EINTR;
+        return -1;
+    }
+    return syscall(SYS_read, descriptor, buffer,
+                   g_isShort ? std::min<std::size_t>(bytes, 1) : bytes);
+}
+
+namespace {
+
+class ShortReads : public testing::Test {
+protected:
+    ~ShortReads() override { g_isShort = false; }
+
+    thermika_test::TempDir m_dir;
+};
+
+TEST_F(ShortReads, giveAWholeDescription) {
+    thermika_test::writeFile(
+        m_dir / "Cali-14080045.xml",
+        thermika_test::readFile(std::string(THERMIKA_EXAMPLES) + "/Cali-14080045.xml"));
+    g_isShort = true;
+    ConfigCali cali;
+    ASSERT_EQ(cali.load(m_dir.path().c_str(), 14080045), 0);
+    EXPECT_GT(g_calls, 10000U);
+    EXPECT_EQ(cali.getOpticsCount(), 3);
+    EXPECT_EQ(cali.getTempRangeCount(18, const_cast<char*>("T18 HT")), 4);
+}
+
+TEST_F(ShortReads, giveAWholeFirstLine) {
+    thermika_test::writeFile(m_dir / "serial", "14080045\nnot this");
+    g_isShort = true;
+    std::string line;
+    ASSERT_TRUE(dax::readFirstLine((m_dir / "serial").c_str(), line));
+    EXPECT_EQ(line, "14080045");
+    EXPECT_GT(g_calls, 10U);
+}
+
+}  // namespace
