@@ -51,8 +51,8 @@ namespace {
 constexpr std::size_t kStep = 16;
 constexpr std::size_t kBlock = 4 * kStep;
 
-/// Looks at many places at a time: a tag can only stand where "<" is, ">" a tag's length further on
-/// and before it the name's last character. Few places pass, and those are compared in full.
+/// Looks at many places at a time: a tag can only stand where a tag's length further on a ">" is and
+/// before it the name's last character. Few places pass, and those are compared in full.
 class WideSearch {
 public:
     WideSearch(const char* text, std::string_view name, TagKind kind)
@@ -60,20 +60,21 @@ public:
           m_name(name),
           m_kind(kind),
           m_last(tagLength(name, kind) - 1),
-          m_opens(_mm_set1_epi8('<')),
           m_ends(_mm_set1_epi8(name.empty() ? opener(kind).back() : name.back())),
           m_closes(_mm_set1_epi8('>')) {}
 
-    /// Where the first tag begins among the kStep places from `at` on, or the kBlock places; of the
-    /// former, the first `skipped` do not count.
+    /// Where the first tag begins among the kStep places from `at` on, of which the first `skipped`
+    /// do not count.
     std::size_t inStep(std::size_t at, std::size_t skipped = 0) const {
-        return firstOf(candidates(at) >> skipped, at + skipped);
+        return firstOf(bits(candidates(at)) >> skipped, at + skipped);
     }
-    std::size_t inBlock(std::size_t at) const {
-        return firstOf(candidates(at) | candidates(at + kStep) << kStep |
-                           candidates(at + 2 * kStep) << (2 * kStep) |
-                           candidates(at + 3 * kStep) << (3 * kStep),
-                       at);
+
+    /// Whether there may be a tag among the kBlock places from `at` on. Most often there is none, so
+    /// this is asked of all of them at once.
+    bool mayBeInBlock(std::size_t at) const {
+        return bits(_mm_or_si128(
+                   _mm_or_si128(candidates(at), candidates(at + kStep)),
+                   _mm_or_si128(candidates(at + 2 * kStep), candidates(at + 3 * kStep)))) != 0;
     }
 
 private:
@@ -81,18 +82,21 @@ private:
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_text + at));
     }
 
-    /// One bit a place, the lowest for `at`.
-    std::uint64_t candidates(std::size_t at) const {
-        return static_cast<std::uint32_t>(_mm_movemask_epi8(
-            _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi8(load(at), m_opens),
-                                        _mm_cmpeq_epi8(load(at + m_last), m_closes)),
-                          _mm_cmpeq_epi8(load(at + m_last - 1), m_ends))));
+    /// One byte a place, of which all bits are set where a tag may begin.
+    __m128i candidates(std::size_t at) const {
+        return _mm_and_si128(_mm_cmpeq_epi8(load(at + m_last - 1), m_ends),
+                             _mm_cmpeq_epi8(load(at + m_last), m_closes));
     }
 
-    std::size_t firstOf(std::uint64_t places, std::size_t at) const {
+    /// One bit a place, the lowest for the first.
+    static unsigned int bits(__m128i places) {
+        return static_cast<unsigned int>(_mm_movemask_epi8(places));
+    }
+
+    std::size_t firstOf(unsigned int places, std::size_t at) const {
         for (; places != 0; places &= places - 1) {
-            const std::size_t place = at + static_cast<std::size_t>(__builtin_ctzll(places));
-            if (isTagAt(m_text + place, m_name, m_kind)) return place;
+            const std::size_t place = at + static_cast<std::size_t>(__builtin_ctz(places));
+            if (m_text[place] == '<' && isTagAt(m_text + place, m_name, m_kind)) return place;
         }
         return kNoTag;
     }
@@ -101,7 +105,6 @@ private:
     std::string_view m_name;
     TagKind m_kind;
     std::size_t m_last;  // from a tag's "<" to its ">"
-    __m128i m_opens;
     __m128i m_ends;
     __m128i m_closes;
 };
@@ -117,13 +120,19 @@ std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, 
 
     const WideSearch search(searched.data(), name, kind);
     const std::size_t lastStep = searched.size() - (kStep + length - 1);
-    bool isNear = kind == TagKind::kClosing;  // most of them are
+    // Most closing tags are near.
+    std::size_t blocksFrom = kind == TagKind::kClosing ? from + kStep : from;
     while (from <= lastStep) {
-        const bool isBlock = !isNear && lastStep - from >= kBlock - kStep;
-        const std::size_t found = isBlock ? search.inBlock(from) : search.inStep(from);
+        if (from >= blocksFrom && lastStep - from >= kBlock - kStep) {
+            if (!search.mayBeInBlock(from)) {
+                from += kBlock;
+                continue;
+            }
+            blocksFrom = from + kBlock;
+        }
+        const std::size_t found = search.inStep(from);
         if (found != kNoTag) return found;
-        from += isBlock ? kBlock : kStep;
-        isNear = false;
+        from += kStep;
     }
     // What is left is less than a step, so the last one begins earlier.
     return from - lastStep < kStep ? search.inStep(lastStep, from - lastStep) : kNoTag;
