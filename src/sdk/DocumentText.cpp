@@ -17,28 +17,9 @@ namespace {
 // The reader keeps a file's length less one in 32 signed bits.
 constexpr std::size_t kMaxFileBytes = std::size_t{1} << 31;
 
-/// The lines of a text, each without its line feed, up to the first line that is too long.
-class Lines {
-public:
-    explicit Lines(std::string_view text) : m_text(text), m_feeds(text) {}
-
-    bool next(std::string_view& line) {
-        if (m_begin >= m_text.size()) return false;
-        const std::size_t feed = m_feeds.next();
-        if (feed - m_begin > kMaxLineChars) return false;
-        line = std::string_view(m_text.data() + m_begin, feed - m_begin);
-        m_begin = feed + 1;
-        return true;
-    }
-
-    /// What follows the lines handed out.
-    std::string_view rest() const { return m_text.substr(std::min(m_begin, m_text.size())); }
-
-private:
-    std::string_view m_text;
-    RunScan<'\n', Run::kOne> m_feeds;
-    std::size_t m_begin = 0;
-};
+// A text is worked on in pieces that stay in the processor's nearest memory from one look at them to
+// the next.
+constexpr std::size_t kPieceBytes = 16384;
 
 /// The part of a text before the first line that holds the root's closing tag, before that line's
 /// first zero byte if it has one; all of it when there is none. When the line is too long to be
@@ -73,6 +54,26 @@ void moveToFront(char* to, std::string_view line, const char* end) {
     for (std::size_t at = 0; at < rounded; at += kChunk) std::memcpy(to + at, from + at, kChunk);
 }
 
+std::string_view cutAtZeroByte(std::string_view line) {
+    return line.substr(0, std::min(line.find('\0'), line.size()));
+}
+
+/// What follows the first line that contains the root's opening tag; nothing when none does before
+/// a line that is too long.
+std::optional<std::string_view> behindOpeningLine(std::string_view text,
+                                                  std::string_view rootName) {
+    // Deliberate: without ">", so the root's opening tag may carry attributes.
+    const std::string marker = "<" + std::string(rootName);
+    text.remove_prefix(std::min(text.find('<'), text.size()));
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        if (line.size() > kMaxLineChars) break;
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        if (cutAtZeroByte(line).find(marker) != std::string_view::npos) return text;
+    }
+    return std::nullopt;
+}
+
 void replaceCarriageReturns(char* at, const char* end) {
     while (void* const found = std::memchr(at, '\r', static_cast<std::size_t>(end - at))) {
         at = static_cast<char*>(found);
@@ -80,8 +81,32 @@ void replaceCarriageReturns(char* at, const char* end) {
     }
 }
 
-std::string_view cutAtZeroByte(std::string_view line) {
-    return line.substr(0, std::min(line.find('\0'), line.size()));
+/// Joins the lines of `text` at `to`, which lies before it and moves behind what was joined. False
+/// when it ended early, at a line that is too long. `end` is where what may be read ends.
+bool joinLines(std::string_view text, const char* end, char*& to) {
+    const bool hasZeroBytes = text.find('\0') != std::string_view::npos;
+    char* const first = to;
+    char* next = to;
+    std::size_t begin = 0;
+    const auto join = [&](std::size_t feed) {
+        if (feed - begin > kMaxLineChars) return false;
+        std::string_view line(text.data() + begin, feed - begin);
+        if (hasZeroBytes) line = cutAtZeroByte(line);
+        moveToFront(next, line, end);
+        next += line.size();
+        begin = feed + 1;
+        return true;
+    };
+    const bool isWhole = visitRuns<'\n', Run::kOne>(text, join) && join(text.size());
+    to = next;
+    replaceCarriageReturns(first, to);
+    return isWhole;
+}
+
+/// The lines at the beginning of `text` that together have about kPieceBytes.
+std::string_view firstPiece(std::string_view text) {
+    if (text.size() <= kPieceBytes) return text;
+    return text.substr(0, text.find('\n', kPieceBytes));
 }
 
 }  // namespace
@@ -92,31 +117,19 @@ std::optional<DocumentText> readDocumentText(const char* file, std::string_view 
 
     DocumentText document;
     document.text = std::move(read->bytes);
-    char* const out = document.text.get();
-    const std::string_view bytes(out, read->size);
-    const bool hasZeroBytes = bytes.find('\0') != std::string_view::npos;
-
-    Lines head(bytes.substr(std::min(bytes.find('<'), bytes.size())));
-    std::string_view line;
-    // Deliberate: without ">", so the root's opening tag may carry attributes.
-    const std::string rootMarker = "<" + std::string(rootName);
-    bool isInRoot = false;
-    while (!isInRoot && head.next(line))
-        isInRoot = cutAtZeroByte(line).find(rootMarker) != std::string_view::npos;
-
-    if (isInRoot) {
-        // Joined in place: what is written always lies before what is still to be read.
-        Lines content(beforeClosingLine(head.rest(), rootName));
-        std::size_t size = 0;
-        while (content.next(line)) {
-            if (hasZeroBytes) line = cutAtZeroByte(line);
-            moveToFront(out + size, line, bytes.data() + bytes.size());
-            size += line.size();
-        }
-        document.size = size;
+    const std::string_view bytes(document.text.get(), read->size);
+    // Joined in place: what is written always lies before what is still to be read.
+    char* to = document.text.get();
+    std::string_view rest = behindOpeningLine(bytes, rootName).value_or(std::string_view());
+    while (!rest.empty()) {
+        const std::string_view piece = firstPiece(rest);
+        const std::string_view lines = beforeClosingLine(piece, rootName);
+        if (!joinLines(lines, bytes.data() + bytes.size(), to) || lines.size() < piece.size())
+            break;
+        rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
     }
-    out[document.size] = '\0';
-    replaceCarriageReturns(out, out + document.size);
+    *to = '\0';
+    document.size = static_cast<std::size_t>(to - document.text.get());
     return document;
 }
 

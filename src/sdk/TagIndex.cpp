@@ -19,14 +19,14 @@ void TagIndex::build(std::string_view text) {
     // Room that is not needed is never touched.
     m_offsets.reserve(text.size() / kUsualTagDistance);
     m_prints.reserve(text.size() / kUsualTagDistance + kStep);
-    RunScan<'<', Run::kOne> places(text);
-    for (std::size_t at = places.next(); at < text.size(); at = places.next()) {
+    visitRuns<'<', Run::kOne>(text, [&](std::size_t at) {
         m_offsets.push_back(static_cast<std::uint32_t>(at));
         const char* const behind = text.data() + at + 1;
         const std::size_t left = text.size() - at - 1;
         m_prints.push_back(
             fingerprint(left >= sizeof(Word) ? wordAt(behind) : shortWord({behind, left})));
-    }
+        return true;
+    });
     m_prints.resize(m_offsets.size() + kStep);
     m_isBuilt = true;
 }

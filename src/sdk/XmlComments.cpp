@@ -1,7 +1,9 @@
-// Two walks over the text: the first only checks, so that a malformed text stays as it is.
+// One walk over the text notes the comments; they are taken out when all of them pair up.
 #include "sdk/XmlComments.h"
 
+#include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "sdk/RunScan.h"
 
@@ -12,33 +14,38 @@ namespace {
 constexpr std::string_view kOpening = "<!--";
 constexpr std::string_view kClosing = "-->";
 
-/// Walks the comment delimiters of a text in their order: all "<!--", and the "-->" that count.
-class CommentWalk {
-public:
-    explicit CommentWalk(std::string_view text) : m_text(text), m_dashes(text) {}
+/// An outermost comment: the offset of its "<" and that of the byte after its ">".
+struct Comment {
+    std::uint32_t begin;
+    std::uint32_t end;
+};
 
-    /// Goes on to the next place where the outermost comment begins or ends; false when there is
-    /// none or a "-->" has no "<!--" before it.
-    bool next() {
-        for (std::size_t dashes = 0; (dashes = m_dashes.next()) < m_text.size();) {
-            if (isOpening(dashes) && m_nesting++ == 0) m_begin = dashes + 2 - kOpening.size();
-            if (isClosing(dashes)) {
-                m_nextClosing = dashes + kClosing.size() + 1;
-                if (--m_nesting < 0) return false;
-                if (m_nesting == 0) {
-                    m_end = dashes + kClosing.size();
-                    return true;
-                }
-            }
+/// Takes the places of a text's "--" in their order and pairs up the delimiters that hold them: all
+/// "<!--", and the "-->" that count.
+class CommentPairing {
+public:
+    explicit CommentPairing(std::string_view text) : m_text(text) {}
+
+    /// False when a "-->" has no "<!--" before it.
+    bool take(std::size_t dashes) {
+        // Taken by where their "--" stands, an opening and a closing come in the order of the
+        // places they mark.
+        if (isOpening(dashes) && m_nesting++ == 0) m_begin = dashes + 2 - kOpening.size();
+        if (!isClosing(dashes)) return true;
+        const std::size_t end = dashes + kClosing.size();
+        m_nextClosing = end + 1;
+        if (m_nesting == 0) return false;
+        if (--m_nesting == 0) {
+            Comment& comment = m_comments.emplace_back();
+            comment.begin = static_cast<std::uint32_t>(m_begin);
+            comment.end = static_cast<std::uint32_t>(end);
         }
-        return false;
+        return true;
     }
 
-    /// The comment just found: the offset of its "<" and that of the byte after its ">".
-    std::size_t begin() const { return m_begin; }
-    std::size_t end() const { return m_end; }
-
     bool isBalanced() const { return m_nesting == 0; }
+
+    const std::vector<Comment>& comments() const { return m_comments; }
 
 private:
     bool isOpening(std::size_t dashes) const {
@@ -51,40 +58,30 @@ private:
     }
 
     std::string_view m_text;
-    // Both delimiters hold "--", which is rare elsewhere. Taken by where it stands, an opening and
-    // a closing come in the order of the places they mark.
-    RunScan<'-', Run::kTwo> m_dashes;
+    std::vector<Comment> m_comments;
     std::size_t m_nextClosing = 0;
-    std::ptrdiff_t m_nesting = 0;
+    std::size_t m_nesting = 0;
     std::size_t m_begin = 0;
-    std::size_t m_end = 0;
 };
-
-bool commentsPairUp(std::string_view text) {
-    CommentWalk walk(text);
-    while (walk.next()) continue;
-    return walk.isBalanced();
-}
 
 }  // namespace
 
 std::optional<std::size_t> removeComments(char* text, std::size_t size) {
     // Before anything is moved: a text whose comments do not pair up has to stay as it is.
-    if (!commentsPairUp({text, size})) return std::nullopt;
+    CommentPairing pairing({text, size});
+    const bool allOpened = visitRuns<'-', Run::kTwo>(
+        {text, size}, [&](std::size_t dashes) { return pairing.take(dashes); });
+    if (!allOpened || !pairing.isBalanced()) return std::nullopt;
+    if (pairing.comments().empty()) return size;
 
-    CommentWalk walk({text, size});
-    std::size_t kept = 0;
-    std::size_t from = 0;
-    const auto keepUpTo = [&](std::size_t upTo) {
+    std::size_t kept = pairing.comments().front().begin;
+    for (auto comment = pairing.comments().begin(); comment != pairing.comments().end();) {
+        const std::size_t from = comment->end;
+        ++comment;
+        const std::size_t upTo = comment == pairing.comments().end() ? size : comment->begin;
         std::memmove(text + kept, text + from, upTo - from);
         kept += upTo - from;
-    };
-    while (walk.next()) {
-        keepUpTo(walk.begin());
-        from = walk.end();
     }
-    if (from == 0) return size;
-    keepUpTo(size);
     return kept;
 }
 

@@ -10,6 +10,7 @@
 
 namespace {
 
+using dax::kMaxLineChars;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
@@ -130,6 +131,35 @@ TEST(DocumentText, endsBeforeALineThatIsTooLong) {
         EXPECT_EQ(textOf("<R>\none\n" + line + "\ntwo\n</R>\n"), "one") << length;
         EXPECT_EQ(textOf("<R>\none\n" + line), "one") << length;
     }
+}
+
+// Documents are worked on in pieces of whole lines; these have lines of every length where one ends.
+TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
+    const std::string filler = lineOf(1021) + "\r\n";
+    std::string before = "<R>\n";
+    std::string joined;
+    for (int i = 0; i < 15; ++i) {
+        before += filler;
+        joined += lineOf(1021) + "\n";
+    }
+    for (std::size_t length = 900; length < 1300; ++length) {
+        const std::string start = before + lineOf(length) + "\n";
+        const std::string text = joined + lineOf(length);
+        ASSERT_EQ(textOf(start), text) << length;
+        ASSERT_EQ(textOf(start + "</R>\nbehind\n"), text) << length;
+        ASSERT_EQ(textOf(start + "\n" + filler + "x</R>\nbehind\n"), text + lineOf(1021) + "\n")
+            << length;
+        ASSERT_EQ(textOf(start + std::string("a\0b\rc\n\rd\n</R>\n", 14)), text + "a\nd") << length;
+        ASSERT_EQ(textOf(start + lineOf(kMaxLineChars + 1) + "\nbehind\n"), text) << length;
+    }
+}
+
+TEST(DocumentText, endsBeforeALineThatIsLongerThanAPiece) {
+    const std::string start = "<R>\none\n";
+    const std::string longLine(100000, 'x');
+    EXPECT_EQ(textOf(start + longLine + "\ntwo\n</R>\n"), "one");
+    EXPECT_EQ(textOf(start + longLine + "</R>\ntwo\n"), "one");
+    EXPECT_EQ(textOf(start + "two\n" + longLine), "onetwo");
 }
 
 TEST(DocumentText, countsTheBytesBehindAZeroByteToTheLine) {
