@@ -116,26 +116,23 @@ bool SimpleXML::setNode() {
     return true;
 }
 
-bool SimpleXML::setNode(const char* name) { return setNode(name, 0); }
-
-bool SimpleXML::setNode(const char* name, int index) {
-    if (name == nullptr || index < 0 || depth > kDeepestParent || !text) return false;
+bool SimpleXML::descend(const ElementName& name, int index) {
+    if (index < 0 || depth > kDeepestParent || !text) return false;
     const std::size_t child = depth + std::size_t{1};
-    const ElementName wanted(name);
     buildIndex();
     const std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     std::int32_t occurrence = 0;
     Element found;
-    if (m_occurrence[child] <= index && holdsElement(child, wanted)) {
+    if (m_occurrence[child] <= index && holdsElement(child, name)) {
         found = {start[child], end[child], m_openingTag[child], m_firstTag[child],
                  m_closingTag[child]};
         occurrence = m_occurrence[child];
-    } else if (!findElement(wanted, from, to, to, found)) {
+    } else if (!findElement(name, from, to, to, found)) {
         return false;
     }
     for (; occurrence < index; ++occurrence)
-        if (!findElement(wanted, found.closingTag, to, to, found)) return false;
+        if (!findElement(name, found.closingTag, to, to, found)) return false;
 
     // What was found below stays found while the element is the same.
     if (start[child] != found.start || end[child] != found.end)
@@ -169,16 +166,15 @@ bool SimpleXML::getNode(char** out) {
 
 // Deliberate: unlike for setNode(), an element also counts whose content starts or whose closing
 // tag stands right at the current element's end.
-int SimpleXML::getNodeCount(const char* name) {
-    if (name == nullptr || depth > kDeepestParent || !text) return 0;
-    const ElementName wanted(name);
+int SimpleXML::countElements(const ElementName& name) {
+    if (depth > kDeepestParent || !text) return 0;
     buildIndex();
     std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     const std::size_t closingTo = std::min(to + 1, m_tags.count());
     for (int count = 0;; ++count) {
         Element found;
-        if (!findElement(wanted, from, to, closingTo, found) || found.start > end[depth])
+        if (!findElement(name, from, to, closingTo, found) || found.start > end[depth])
             return count;
         from = found.closingTag;
     }
@@ -193,21 +189,21 @@ int SimpleXML::getKey(const char* name, int from, int limit, bool closing) {
     return static_cast<int>(closing ? at : at + tagLength(name, kind));
 }
 
-bool SimpleXML::getInt(const char* name, int* out) {
+bool SimpleXML::read(const ElementName& name, int* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainInteger, _tscanfi, out);
     return true;
 }
 
-bool SimpleXML::getUnsignedShort(const char* name, unsigned short* out) {
+bool SimpleXML::read(const ElementName& name, unsigned short* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainInteger, _tscanfus, out);
     return true;
 }
 
-bool SimpleXML::getBool(const char* name, bool* out) {
+bool SimpleXML::read(const ElementName& name, bool* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     int number = 0;
@@ -216,7 +212,7 @@ bool SimpleXML::getBool(const char* name, bool* out) {
     return true;
 }
 
-bool SimpleXML::getLong(const char* name, long* out) {
+bool SimpleXML::read(const ElementName& name, long* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     // A leading zero announces no other base here; the scanner reads what plainInteger declines.
@@ -224,14 +220,14 @@ bool SimpleXML::getLong(const char* name, long* out) {
     return true;
 }
 
-bool SimpleXML::getFloat(const char* name, float* out) {
+bool SimpleXML::read(const ElementName& name, float* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainFloat, _tscanff, out);
     return true;
 }
 
-bool SimpleXML::getString(const char* name, char** out) {
+bool SimpleXML::read(const ElementName& name, char** out) {
     if (out == nullptr) return false;
     *out = nullptr;
     const auto value = firstValue(name);
@@ -266,11 +262,15 @@ bool SimpleXML::holdsElement(std::size_t level, const ElementName& name) const {
 
 /// Looks for the first element `name` whose opening tag is one of the tags `from` to `to` - 1 and
 /// whose closing tag comes before `closingTo`.
-bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size_t to,
-                            std::size_t closingTo, Element& found) const {
+inline bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size_t to,
+                                   std::size_t closingTo, Element& found) const {
+    const std::size_t opening = m_tags.find(loadedText(), name, TagKind::kOpening, from, to);
+    return opening != kNoTag && completeElement(name, opening, closingTo, found);
+}
+
+bool SimpleXML::completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
+                                Element& found) const {
     const std::string_view all = loadedText();
-    const std::size_t opening = m_tags.find(all, name, TagKind::kOpening, from, to);
-    if (opening == kNoTag) return false;
     const std::size_t content =
         m_tags.offsetOf(opening) + tagLength(name.text(), TagKind::kOpening);
     // Deliberate: the first closing tag of the name, so an element that holds one of its own name
@@ -289,13 +289,12 @@ bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size
 }
 
 /// The text of the first element `name` in the current one; the cursor stays where it is.
-std::optional<std::string_view> SimpleXML::firstValue(const char* name) {
-    if (name == nullptr || depth > kDeepestParent || !text) return std::nullopt;
+std::optional<std::string_view> SimpleXML::firstValue(const ElementName& name) {
+    if (depth > kDeepestParent || !text) return std::nullopt;
     buildIndex();
-    const std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     Element found;
-    if (!findElement(ElementName(name), from, to, to, found)) return std::nullopt;
+    if (!findElement(name, m_firstTag[depth], to, to, found)) return std::nullopt;
     return std::string_view(text.get() + found.start,
                             static_cast<std::size_t>(found.end - found.start));
 }

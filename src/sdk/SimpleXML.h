@@ -59,8 +59,8 @@ public:
 
     /// Descends to the first element `name` in the current one, or to the one with zero-based
     /// occurrence number `index`. False, cursor unchanged, when there is none or at depth 254.
-    bool setNode(const char* name);
-    bool setNode(const char* name, int index);
+    bool setNode(const char* name) { return descend(ElementName(name), 0); }
+    bool setNode(const char* name, int index) { return descend(ElementName(name), index); }
 
     /// Goes up one level; false at the top.
     bool resetNode();
@@ -71,7 +71,7 @@ public:
 
     /// How many elements `name` follow one another in the current one; 0 at depth 254. May count one
     /// more than setNode() reaches, whose tag stands right at the current element's end.
-    int getNodeCount(const char* name);
+    int getNodeCount(const char* name) { return countElements(ElementName(name)); }
 
     /// Searches "<name>" (or "</name>" when `closing`) from byte offset `from` on. The offset of
     /// the closing tag, or that of the first byte after the opening tag; -1 when none begins before
@@ -83,15 +83,17 @@ public:
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
     /// `*out` unchanged, when it is not, and at depth 254.
     /// Process: LC_NUMERIC bears the name of LC_CTYPE afterwards.
-    bool getInt(const char* name, int* out);
-    bool getUnsignedShort(const char* name, unsigned short* out);
-    bool getBool(const char* name, bool* out);
-    bool getLong(const char* name, long* out);
-    bool getFloat(const char* name, float* out);
+    bool getInt(const char* name, int* out) { return read(ElementName(name), out); }
+    bool getUnsignedShort(const char* name, unsigned short* out) {
+        return read(ElementName(name), out);
+    }
+    bool getBool(const char* name, bool* out) { return read(ElementName(name), out); }
+    bool getLong(const char* name, long* out) { return read(ElementName(name), out); }
+    bool getFloat(const char* name, float* out) { return read(ElementName(name), out); }
 
     /// A copy of the text of the first element `name` in the current one, which may be empty; the
     /// caller frees it with delete[]. False, `*out` null, when there is none.
-    bool getString(const char* name, char** out);
+    bool getString(const char* name, char** out) { return read(ElementName(name), out); }
 
 private:
     static constexpr std::size_t kCursorLevels = 256;
@@ -122,13 +124,25 @@ private:
     std::array<std::uint32_t, kCursorLevels> m_closingTag{};
     std::array<std::int32_t, kCursorLevels> m_occurrence;
 
+    // Inline above, so that the compiler works out what a literal name needs for the search.
+    bool descend(const ElementName& name, int index);
+    int countElements(const ElementName& name);
+    bool read(const ElementName& name, int* out);
+    bool read(const ElementName& name, unsigned short* out);
+    bool read(const ElementName& name, bool* out);
+    bool read(const ElementName& name, long* out);
+    bool read(const ElementName& name, float* out);
+    bool read(const ElementName& name, char** out);
+
     void forgetElements();
     std::string_view loadedText() const { return {text.get(), m_length}; }
     void buildIndex();
     bool holdsElement(std::size_t level, const ElementName& name) const;
     bool findElement(const ElementName& name, std::size_t from, std::size_t to,
                      std::size_t closingTo, Element& found) const;
-    std::optional<std::string_view> firstValue(const char* name);
+    bool completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
+                         Element& found) const;
+    std::optional<std::string_view> firstValue(const ElementName& name);
 };
 
 }  // namespace dax

@@ -55,20 +55,28 @@ inline Word openingWord(std::string_view name) {
     return shortWord(name) | Word{'>'} << (8 * name.size());
 }
 
-/// An element's name, with what the fingerprints of its tags are made of.
+/// An element's name, with the fingerprints of its tags. Of a literal the compiler makes them.
 class ElementName {
 public:
-    explicit ElementName(std::string_view name) : m_text(name), m_opening(openingWord(name)) {}
+    /// Null is a name that no text holds.
+    explicit ElementName(const char* name)
+        : ElementName(name != nullptr ? std::string_view(name) : std::string_view("\0", 1)) {}
+
+    explicit ElementName(std::string_view name)
+        : m_text(name),
+          m_opening(fingerprint(openingWord(name))),
+          m_closing(fingerprint(openingWord(name) << 8 | '/')) {}
 
     std::string_view text() const { return m_text; }
 
     unsigned char print(TagKind kind) const {
-        return fingerprint(kind == TagKind::kOpening ? m_opening : m_opening << 8 | '/');
+        return kind == TagKind::kOpening ? m_opening : m_closing;
     }
 
 private:
     std::string_view m_text;
-    Word m_opening;
+    unsigned char m_opening;
+    unsigned char m_closing;
 };
 
 }  // namespace dax
