@@ -97,7 +97,8 @@ bool loadsAlike(const std::string& directory, int serial) {
 /// libraries' records, those of the load before are released meanwhile.
 void load(benchmark::State& state, const std::string& directory, int serial, std::size_t bytes) {
     ConfigCali& cali = *ConfigCali::getInstance();
-    int other = 0;
+    // Goes on where the benchmark's last run ended, whose description is still loaded.
+    static int other = 0;
     for (auto _ : state) {
         other = 1 - other;
         if (cali.load(directory.c_str(), serial + other) != 0) state.SkipWithError("not loaded");
