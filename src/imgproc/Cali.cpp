@@ -6,7 +6,6 @@
 #include <clocale>
 #include <cmath>
 #include <cstddef>
-#include <numeric>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -44,18 +43,17 @@ using OpticsKey = std::pair<int, std::string_view>;
 OpticsKey keyOf(const OpticsDef& optics) { return {optics.FOV, textOf(optics)}; }
 
 OpticsIndex indexOf(const std::vector<OpticsDef>& optics) {
-    std::vector<std::size_t> sorted(optics.size());
-    std::iota(sorted.begin(), sorted.end(), 0);
-    std::sort(sorted.begin(), sorted.end(), [&](std::size_t a, std::size_t b) {
-        return std::pair(keyOf(optics[a]), a) < std::pair(keyOf(optics[b]), b);
-    });
+    std::vector<std::pair<OpticsKey, std::size_t>> sorted;
+    sorted.reserve(optics.size());
+    for (const OpticsDef& each : optics) sorted.emplace_back(keyOf(each), sorted.size());
+    std::sort(sorted.begin(), sorted.end());
     OpticsIndex index;
     index.firstOfSame.resize(optics.size());
-    for (const std::size_t at : sorted) {
-        auto& firsts = index.firstOfKey;
-        if (firsts.empty() || keyOf(optics[firsts.back()]) != keyOf(optics[at]))
-            firsts.push_back(at);
-        index.firstOfSame[at] = firsts.back();
+    const OpticsKey* last = nullptr;
+    for (const auto& [key, at] : sorted) {
+        if (last == nullptr || *last != key) index.firstOfKey.push_back(at);
+        index.firstOfSame[at] = index.firstOfKey.back();
+        last = &key;
     }
     return index;
 }

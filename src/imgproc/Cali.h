@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 /// Names one optics. `text` may be null or empty, which is the same. In a record that was handed
@@ -51,6 +52,7 @@ struct TemperatureRange {
 
 struct OpticsDef {
     OpticsDef();  ///< with three ranges: -20 to 100, 0 to 250 and 150 to 900
+    explicit OpticsDef(std::vector<TemperatureRange> ranges) : TempRanges(std::move(ranges)) {}
 
     std::int32_t FOV = 0;
     std::int32_t SerNo = 0;

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "sdk/StringHelpers.h"
 
@@ -80,16 +82,19 @@ std::vector<TemperatureRange> readTemperatureRanges(SimpleXML& document) {
     return ranges;
 }
 
-void readOpticsDef(SimpleXML& document, OpticsDef& optics) {
+OpticsDef readOpticsDef(SimpleXML& document) {
+    std::optional<std::vector<TemperatureRange>> ranges;
+    if (document.setNode("TempRanges")) {
+        ranges = readTemperatureRanges(document);
+        document.resetNode();
+    }
+    OpticsDef optics = ranges ? OpticsDef(std::move(*ranges)) : OpticsDef();
     document.getInt("FOV", &optics.FOV);
     document.getInt("SerNo", &optics.SerNo);
     optics.Text = readString(document, "Text");
     if (const auto flag = readString(document, "SamplePointCali"))
         optics.SamplePointCali = tstrcmp(tstrlwr(flag.get()), "true") == 0;
-    if (document.setNode("TempRanges")) {
-        optics.TempRanges = readTemperatureRanges(document);
-        document.resetNode();
-    }
+    return optics;
 }
 
 }  // namespace
@@ -128,10 +133,15 @@ std::vector<OpticsDef> readOptics(SimpleXML& document) {
     document.setNode();
     document.setNode("Temperature");
     document.setNode("Optics");
-    std::vector<OpticsDef> optics(static_cast<std::size_t>(document.getNodeCount("OpticsDef")));
-    for (std::size_t i = 0; i < optics.size(); ++i) {
-        if (!document.setNode("OpticsDef", static_cast<int>(i))) continue;
-        readOpticsDef(document, optics[i]);
+    std::vector<OpticsDef> optics;
+    const int count = document.getNodeCount("OpticsDef");
+    optics.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        if (!document.setNode("OpticsDef", i)) {
+            optics.emplace_back();
+            continue;
+        }
+        optics.push_back(readOpticsDef(document));
         document.resetNode();
     }
     return optics;

@@ -119,7 +119,7 @@ bool SimpleXML::setNode() {
 bool SimpleXML::descend(const ElementName& name, int index) {
     if (index < 0 || depth > kDeepestParent || !text) return false;
     const std::size_t child = depth + std::size_t{1};
-    buildIndex();
+    ensureIndex();
     const std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     std::int32_t occurrence = 0;
@@ -147,12 +147,6 @@ bool SimpleXML::descend(const ElementName& name, int index) {
     return true;
 }
 
-bool SimpleXML::resetNode() {
-    if (depth == 0) return false;
-    --depth;
-    return true;
-}
-
 bool SimpleXML::getNode(char** out) {
     if (out == nullptr || end[depth] <= start[depth]) return false;
     const auto from = static_cast<std::size_t>(start[depth]);
@@ -168,7 +162,7 @@ bool SimpleXML::getNode(char** out) {
 // tag stands right at the current element's end.
 int SimpleXML::countElements(const ElementName& name) {
     if (depth > kDeepestParent || !text) return 0;
-    buildIndex();
+    ensureIndex();
     std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     const std::size_t closingTo = std::min(to + 1, m_tags.count());
@@ -244,7 +238,6 @@ void SimpleXML::forgetElements() {
 }
 
 void SimpleXML::buildIndex() {
-    if (m_tags.isBuilt()) return;
     m_tags.build(loadedText());
     m_firstTag[0] = 0;
     // No element is found before the cursor was set to the document.
@@ -291,7 +284,7 @@ bool SimpleXML::completeElement(const ElementName& name, std::size_t opening, st
 /// The text of the first element `name` in the current one; the cursor stays where it is.
 std::optional<std::string_view> SimpleXML::firstValue(const ElementName& name) {
     if (depth > kDeepestParent || !text) return std::nullopt;
-    buildIndex();
+    ensureIndex();
     const std::size_t to = m_closingTag[depth];
     Element found;
     if (!findElement(name, m_firstTag[depth], to, to, found)) return std::nullopt;

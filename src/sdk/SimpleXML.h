@@ -63,7 +63,11 @@ public:
     bool setNode(const char* name, int index) { return descend(ElementName(name), index); }
 
     /// Goes up one level; false at the top.
-    bool resetNode();
+    bool resetNode() {
+        if (depth == 0) return false;
+        --depth;
+        return true;
+    }
 
     /// A copy of the current element's text; the caller frees it with delete[]. False, `*out`
     /// unchanged, when it is empty.
@@ -136,6 +140,9 @@ private:
 
     void forgetElements();
     std::string_view loadedText() const { return {text.get(), m_length}; }
+    void ensureIndex() {
+        if (!m_tags.isBuilt()) buildIndex();
+    }
     void buildIndex();
     bool holdsElement(std::size_t level, const ElementName& name) const;
     bool findElement(const ElementName& name, std::size_t from, std::size_t to,
