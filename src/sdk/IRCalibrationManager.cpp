@@ -357,10 +357,9 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
         // Deliberate: looked up by key, so optics that share field of view and text all show the
         // ranges of the first of them.
         cali->copyTempRanges(key, ranges);
-        entry.tempRanges.clear();
-        entry.tempRanges.reserve(ranges.size());
-        for (const Range& range : ranges)
-            entry.tempRanges.emplace_back(wholeNumber(range.min), wholeNumber(range.max));
+        entry.tempRanges.resize(ranges.size());
+        for (std::size_t j = 0; j < ranges.size(); ++j)
+            entry.tempRanges[j] = {wholeNumber(ranges[j].min), wholeNumber(ranges[j].max)};
     }
     *m_availableOptics = std::move(rebuilt);
     return m_availableOptics.get();

@@ -1,9 +1,18 @@
 // Turning temperatures into the whole numbers that file names and optics lists show.
 #pragma once
 
+#include <limits>
+
 namespace dax {
 
-/// `value` without its fraction; the nearest int where no int holds it; 0 for NaN.
-int wholeNumber(float value);
+/// `value` without its fraction; the nearest int where no int holds it, where a plain conversion
+/// would be undefined; 0 for NaN.
+inline int wholeNumber(float value) {
+    using Limits = std::numeric_limits<int>;
+    constexpr float kPastLast = -static_cast<float>(Limits::min());
+    if (value >= -kPastLast && value < kPastLast) return static_cast<int>(value);
+    if (value < 0) return Limits::min();
+    return value > 0 ? Limits::max() : 0;
+}
 
 }  // namespace dax
