@@ -315,13 +315,16 @@ bool ConfigCali::caliFilenameString(int camera, int fov, char* text, Range* rang
 bool ConfigCali::caliFilenameString(int camera, int fov, char* text, float min, float max,
                                     unsigned short framerate, char* out, int outSize) {
     dax::BoundedText name(out, static_cast<std::size_t>(std::max(outSize, 0)));
-    name.append(camera).append("-").append(fov);
-    if (!textOf(text).empty()) name.append("-").append(text);
+    name.append(camera).append('-').append(fov);
+    if (!textOf(text).empty()) name.append('-').append(text);
     // Deliberate: the sign is that of the bound, the number is cut, so -0.5 is "M0": the names must
     // equal those of the files delivered.
-    for (const float bound : {min, max})
-        name.append(bound < 0 ? "-M" : "-").append(dax::wholeNumber(std::fabs(bound)));
-    if (framerate != 0) name.append("-").append(int{framerate});
+    for (const float bound : {min, max}) {
+        name.append('-');
+        if (bound < 0) name.append('M');
+        name.append(dax::wholeNumber(std::fabs(bound)));
+    }
+    if (framerate != 0) name.append('-').append(int{framerate});
     return true;
 }
 

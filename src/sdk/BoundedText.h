@@ -14,7 +14,11 @@ public:
 
     /// Adds the piece, or as much of it as there is room for before the terminator.
     BoundedText& append(std::string_view piece);
+    BoundedText& append(char character);
     BoundedText& append(int number);
+
+    /// Where the terminator is.
+    const char* end() const { return m_end; }
 
 private:
     char* m_end;
@@ -22,7 +26,7 @@ private:
 };
 
 /// Prints `name` into the `bytes` bytes of `out` as printf's `format` for one string says, cut to
-/// them.
-void printName(char* out, std::size_t bytes, const char* format, const char* name);
+/// them. How many characters that are.
+std::size_t printName(char* out, std::size_t bytes, const char* format, const char* name);
 
 }  // namespace dax

@@ -24,6 +24,27 @@ TEST(BoundedText, addsPiecesAndNumbersInTurn) {
     EXPECT_STREQ(out, "a-20bc0");
 }
 
+TEST(BoundedText, addsSingleCharacters) {
+    char out[4] = "???";
+    BoundedText text(out, sizeof out);
+    EXPECT_STREQ(text.append('a').append('b').end(), "");
+    EXPECT_STREQ(out, "ab");
+    EXPECT_EQ(text.append('c').append('d').end(), out + 3);
+    EXPECT_STREQ(out, "abc");
+}
+
+TEST(BoundedText, tellsHowLongAPrintedNameIs) {
+    char out[9];
+    EXPECT_EQ(dax::printName(out, sizeof out, "a-%s.b", "1"), 5U);
+    EXPECT_STREQ(out, "a-1.b");
+    EXPECT_EQ(dax::printName(out, sizeof out, "a-%s.b", "12345"), 8U);
+    EXPECT_STREQ(out, "a-12345.");
+    EXPECT_EQ(dax::printName(out, sizeof out, "%3s%%", "1"), 4U);
+    EXPECT_STREQ(out, "  1%");
+    EXPECT_EQ(dax::printName(out, sizeof out, "%3s%%", "12345678"), 8U);
+    EXPECT_STREQ(out, "12345678");
+}
+
 TEST(BoundedText, writesEveryInt) {
     char out[64];
     BoundedText(out, sizeof out)
@@ -39,6 +60,8 @@ TEST(BoundedText, cutsAtEveryCapacity) {
         const std::unique_ptr<char[]> exact(new char[bytes]);  // watched by sanitizers
         BoundedText(exact.get(), bytes).append("first;").append(-12).append(";").append("last");
         EXPECT_EQ(exact.get(), full.substr(0, bytes - 1));
+        BoundedText(exact.get(), bytes).append(std::numeric_limits<int>::min());
+        EXPECT_EQ(exact.get(), std::string("-2147483648").substr(0, bytes - 1));
     }
 }
 
