@@ -149,14 +149,19 @@ TEST(DownloadTargetStart, logsEveryAddressWhileNoCommandCanBeWaitedFor) {
 }
 
 /// wget as it is, but from its `from`-th call on the process that called for it does not (or does
-/// again, when `isHeard`) hear of its end. Call 1 fetches the links document.
+/// again, when `isHeard`) hear of its end. Call 1 fetches the links document. The call goes on when
+/// the switch was seen to be made: what the process ignores has changed.
 void switchHearing(int from, bool isHeard) {
     const auto handler = isHeard ? +[](int) { std::signal(SIGCHLD, SIG_DFL); }
                                  : +[](int) { std::signal(SIGCHLD, SIG_IGN); };
     std::signal(SIGUSR1, handler);
+    const std::string process = std::to_string(getpid());
+    const std::string ignored = "ignored() { grep SigIgn /proc/" + process + "/status; }\n";
     recordProgram("wget", "echo >>/usr/share/world/turns\n[ $(wc -l </usr/share/world/turns) != " +
-                              std::to_string(from) + " ] || kill -USR1 " +
-                              std::to_string(getpid()) + "\nexec /usr/bin/wget \"$@\"");
+                              std::to_string(from) + " ] && exec /usr/bin/wget \"$@\"\n" +
+                              ignored + "before=$(ignored)\nkill -USR1 " + process +
+                              "\nwhile [ \"$(ignored)\" = \"$before\" ]; do :; done\n" +
+                              "exec /usr/bin/wget \"$@\"");
 }
 
 TEST(DownloadTargetStart, saysNothingOfAFailureAfterTheFirstStart) {
