@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -22,10 +21,10 @@ namespace {
 constexpr int kFailure = -1;  // the shell sees 255
 constexpr long kLowestSerial = 10000000;
 constexpr long kHighestSerial = 99999999;
+constexpr const char* kFormatsDir = "/usr/share/libthermika";
+constexpr const char* kCalibrationDir = "/usr/share/libthermika/cali";
 
 struct Options {
-    std::string formatsDir = "/usr/share/libthermika";
-    std::string calibrationDir = "/usr/share/libthermika/cali";
     unsigned long serial = 0;
     bool isSerialGiven = false;
     bool isStopped = false;
@@ -49,23 +48,12 @@ bool readSerial(const char* argument, Options& options) {
 /// False when the run ends at once.
 bool readOptions(int argc, char** argv, Options& options) {
     for (int option = 0; (option = getopt(argc, argv, "d:t:")) != -1;) {
-        switch (option) {
-            case 'd':
-                if (!readSerial(optarg, options)) return false;
-                break;
-            // Deliberate: a source directory is accepted and then ends the run with -1 before any
-            // camera is looked for.
-            case 't':
-                options.isStopped = true;
-                if (std::isprint(static_cast<unsigned char>(optarg[0])) != 0)
-                    options.calibrationDir = optarg;
-                break;
-            case '?':
-                options.isStopped = true;
-                break;
-            default:
-                break;
-        }
+        // Deliberate: a source directory is accepted and then ends the run with -1 before any camera
+        // is looked for, just as an unknown option does.
+        if (option != 'd')
+            options.isStopped = true;
+        else if (!readSerial(optarg, options))
+            return false;
     }
     return !options.isStopped;
 }
@@ -94,10 +82,8 @@ int run(int argc, char** argv) {
         std::fputs("Valid serial number cannot be determined. Is device attached?\n", stdout);
         return kFailure;
     }
-    if (!options.calibrationDir.empty() && options.calibrationDir.back() == '/')
-        options.calibrationDir.pop_back();
-    manager->setCalibrationDir(options.calibrationDir.c_str());
-    manager->setFormatsDir(options.formatsDir.c_str());
+    manager->setCalibrationDir(kCalibrationDir);
+    manager->setFormatsDir(kFormatsDir);
     return deliver(manager->generateConfiguration(options.serial)) ? 0 : kFailure;
 }
 
