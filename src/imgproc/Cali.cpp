@@ -22,7 +22,6 @@ namespace {
 
 constexpr int kLoaded = 0;
 constexpr int kCannotOpen = static_cast<int>(0x80070005U);  // what callers compare with
-constexpr int kNoSerial = -1;
 constexpr int kNotFound = -1;
 constexpr int kNoSuchFramerate = -2;
 constexpr std::int32_t kBuiltInFov = 30;
@@ -300,7 +299,7 @@ bool ConfigCali::checkFramerate(int fov, char* text, float min, float max,
 unsigned short ConfigCali::getTempRangeDecimal(int fov, char* text, float min, float max) {
     const int optics = getOpticsIndex(fov, text);
     const int range = getTempRangeIndex(fov, text, min, max);
-    if (optics < 0 || range < 0) return 0;
+    if (optics < 0) return 0;
     const auto& ranges = m_optics[static_cast<std::size_t>(optics)].TempRanges;
     return isPast(ranges.size(), range) ? std::uint16_t{0}
                                         : ranges[static_cast<std::size_t>(range)].Decimal;
@@ -334,7 +333,6 @@ void ConfigCali::reset() {
     hold(std::move(builtIn));
     m_main = MainSection();
     loaded = false;
-    serial = kNoSerial;
 }
 
 /// Replaces the list and the positions that belong to it; neither when memory is short.

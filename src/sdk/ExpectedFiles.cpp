@@ -28,7 +28,7 @@ void forEachFileStem(int serial,
         for (Range& range : ranges) {
             const int rates = cali->getFramerateCount(&optics, &range);
             for (int f = 0; f < std::max(rates, 1); ++f) {
-                const unsigned short rate = rates > 0 ? cali->getFramerate(&optics, &range, f) : 0;
+                const unsigned short rate = cali->getFramerate(&optics, &range, f);  // 0: none
                 ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
                                                kStemBytes);
                 take(stem, needsCurve);

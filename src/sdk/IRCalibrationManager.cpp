@@ -103,12 +103,7 @@ IRCalibrationManager::IRCalibrationManager() {
     m_formatsDir = makeDirectoryArray(kDefaultFormatsDir);
 }
 
-IRCalibrationManager::~IRCalibrationManager() {
-    m_availableOptics.reset();
-    m_calibrationDir.reset();
-    m_formatsDir.reset();
-    _this = nullptr;
-}
+IRCalibrationManager::~IRCalibrationManager() { _this = nullptr; }
 
 char* IRCalibrationManager::getCalibrationDir() { return m_calibrationDir.get(); }
 

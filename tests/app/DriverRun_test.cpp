@@ -115,4 +115,21 @@ TEST(DriverRun, namesALogFileAfterTheProgramAndCreatesNone) {
     });
 }
 
+TEST(DriverRun, namesTheLogFileOfARunWithoutOptionsAlike) {
+    inSandbox([] {
+        const ScopedTimeZone zone("UTC");
+        ScopedClock clock(kMorningUs);
+        const thermika_test::TempDir dir;
+        const std::string stamped = "tool.log_15_11_2026_9-5-7.log";
+        std::string name = dir / "tool";
+        char* argv[] = {name.data(), nullptr};
+        Logger::releaseInstance();
+        EXPECT_EQ(thermikaMain(1, argv), -1);
+
+        clock.advance(kSecondUs);
+        Logger::getInstance()->configure(dir / stamped, Logger::LOGGER_FILE, 3, 3);
+        EXPECT_EQ(filesIn(dir.path()), std::vector<std::string>{stamped});
+    });
+}
+
 }  // namespace

@@ -131,4 +131,16 @@ TEST(AccessTest, doesNotMindAFileThatCannotBeRemoved) {
     });
 }
 
+TEST(AccessTest, createsWhatALinkLeadsToWithTheModeThatTheUmaskLeaves) {
+    const TempDir dir;
+    fs::create_directory(dir / "tested");
+    fs::create_symlink(dir / "target", dir / "tested/.thermika_access");
+    const mode_t callers = umask(0002);
+    EXPECT_EQ(accessError(dir / "tested"), 0);
+    umask(callers);
+    struct stat status {};
+    ASSERT_EQ(stat((dir / "target").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0664U);
+}
+
 }  // namespace

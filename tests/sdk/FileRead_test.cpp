@@ -246,4 +246,18 @@ TEST(FileRead, leavesNoFileOpen) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
+TEST(FileRead, takesDescriptorZeroAndAnEarlierInterruptionForNoFailure) {
+    const TempDir dir;
+    writeFile(dir / "file", "text");
+    const int callers = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    errno = EINTR;
+    std::string line;
+    EXPECT_TRUE(readFirstLine((dir / "file").c_str(), line));
+    EXPECT_EQ(line, "text");
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    dup2(callers, STDIN_FILENO);
+    close(callers);
+}
+
 }  // namespace
