@@ -15,6 +15,7 @@
 
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
+#include "sdk/PathLimits.h"
 
 namespace {
 
@@ -108,7 +109,7 @@ char* getFolderPath(char* buffer, short length) {
     return getcwd(buffer, static_cast<std::size_t>(length * 2 + 1));
 }
 
-int mkDir(const char* path) { return mkdir(path, 0777); }
+int mkDir(const char* path) { return mkdir(path, kDirectoryMode); }
 
 }  // namespace dax
 

@@ -27,10 +27,9 @@ constexpr int kNoSuchFramerate = -2;
 constexpr std::int32_t kBuiltInFov = 30;
 constexpr unsigned int kStemBytes = 20;
 constexpr Range kInvertedRange = {1000000.0F, -1000000.0F};
-constexpr unsigned int kDebug = 3;  // severity of the log sink
 
 void log(int line, const std::string& message) {
-    kelvra::Logger::getInstance()->print(kDebug, "Cali", line, message);
+    kelvra::Logger::getInstance()->print(kelvra::kLogDebug, "Cali", line, message);
 }
 
 std::string_view textOf(const char* text) { return text == nullptr ? "" : text; }

@@ -5,19 +5,14 @@
 #include <vector>
 
 #include "imgproc/Cali.h"
+#include "sdk/PathLimits.h"
 
 namespace dax {
-
-namespace {
-
-constexpr int kStemBytes = 260;
-
-}  // namespace
 
 void forEachFileStem(int serial,
                      const std::function<void(const char* stem, bool needsCurve)>& take) {
     ConfigCali* const cali = ConfigCali::getInstance();
-    char stem[kStemBytes];
+    char stem[kPathBytes];
     OPTICS optics{};
     std::vector<Range> ranges;
     for (int i = 0; cali->copyOptics(i, optics); ++i) {
@@ -30,7 +25,7 @@ void forEachFileStem(int serial,
             for (int f = 0; f < std::max(rates, 1); ++f) {
                 const unsigned short rate = cali->getFramerate(&optics, &range, f);  // 0: none
                 ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
-                                               kStemBytes);
+                                               kPathBytes);
                 take(stem, needsCurve);
             }
         }

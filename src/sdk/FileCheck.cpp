@@ -14,13 +14,13 @@
 #include "sdk/CaliDirectory.h"
 #include "sdk/ExpectedFiles.h"
 #include "sdk/FileRead.h"
+#include "sdk/PathLimits.h"
 #include "sdk/StringHelpers.h"
 
 namespace dax {
 
 namespace {
 
-constexpr short kPathBytes = 260;  // the system's limit for names and paths
 constexpr unsigned int kDescriptionNameBytes = 20;
 constexpr const char* kNameEnd = ";";
 
@@ -41,7 +41,7 @@ std::optional<std::size_t> composeDirectory(char* out, const char* directory, st
     } else if (base.size() >= bound) {
         return std::nullopt;
     }
-    mkdir(base.data(), 0777);
+    mkdir(base.data(), kDirectoryMode);
     if (base.size() + 1 + following >= composedBytes(bound)) return std::nullopt;
     std::memcpy(out, base.data(), base.size());
     out[base.size()] = '/';

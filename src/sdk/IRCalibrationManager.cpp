@@ -24,6 +24,7 @@
 #include "sdk/FileCheck.h"
 #include "sdk/Logger.h"
 #include "sdk/MissingFileList.h"
+#include "sdk/PathLimits.h"
 #include "sdk/ShellCommands.h"
 #include "sdk/SimpleXML.h"
 #include "sdk/UsbDevice.h"
@@ -33,7 +34,6 @@ namespace dax {
 
 namespace {
 
-constexpr std::size_t kDirectoryBytes = 260;  // both arrays, and every path the manager composes
 constexpr const char* kDefaultCalibrationDir = "/usr/share/libthermika/cali";
 constexpr const char* kDefaultFormatsDir = "/usr/share/libthermika";
 
@@ -41,10 +41,6 @@ constexpr const char* kUsbDevicesDir = "/sys/bus/usb/devices";
 
 constexpr int kDownloadPasses = 3;
 constexpr const char* kLinksFile = "/tmp/downloadlinks.xml";
-
-constexpr unsigned int kError = 0;  // severities of the log sink
-constexpr unsigned int kInfo = 2;
-constexpr unsigned int kDebug = 3;
 
 // Shown in log lines, whose readers look for them; they name messages, not places in this file.
 constexpr int kLineQuery = 379;
@@ -61,8 +57,8 @@ void log(unsigned int severity, int line, const std::string& message) {
 /// callers may read and which need not be terminated.
 std::size_t readableBytes(const char* text, const char* array) {
     const std::less<> isBefore;
-    const bool isInside = !isBefore(text, array) && isBefore(text, array + kDirectoryBytes);
-    return isInside ? static_cast<std::size_t>(array + kDirectoryBytes - text) : kDirectoryBytes;
+    const bool isInside = !isBefore(text, array) && isBefore(text, array + kPathBytes);
+    return isInside ? static_cast<std::size_t>(array + kPathBytes - text) : kPathBytes;
 }
 
 // Deliberate: a directory that is too long is cut and then not terminated, so callers keep theirs
@@ -70,19 +66,17 @@ std::size_t readableBytes(const char* text, const char* array) {
 void storeDirectory(char* array, const char* dir, std::size_t readable) {
     const std::size_t length = strnlen(dir, readable);
     std::memmove(array, dir, length);
-    std::memset(array + length, 0, kDirectoryBytes - length);
+    std::memset(array + length, 0, kPathBytes - length);
 }
 
 std::unique_ptr<char[]> makeDirectoryArray(const char* dir) {
-    auto array = std::make_unique<char[]>(kDirectoryBytes);
-    storeDirectory(array.get(), dir, kDirectoryBytes);
+    auto array = std::make_unique<char[]>(kPathBytes);
+    storeDirectory(array.get(), dir, kPathBytes);
     return array;
 }
 
 /// The text of a directory array; one that was filled to its end has no terminator.
-std::string_view directoryText(const char* array) {
-    return {array, strnlen(array, kDirectoryBytes)};
-}
+std::string_view directoryText(const char* array) { return {array, strnlen(array, kPathBytes)}; }
 
 struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
@@ -124,10 +118,10 @@ std::size_t IRCalibrationManager::readable(const char* dir) const {
 }
 
 bool IRCalibrationManager::findSerial(unsigned long& serial) {
-    log(kDebug, kLineQuery, std::string("Query directory ") + kUsbDevicesDir);
+    log(kelvra::kLogDebug, kLineQuery, std::string("Query directory ") + kUsbDevicesDir);
 
     const auto failed = [](int line, const std::string& message, int reason) {
-        log(kError, line, message + std::strerror(reason));
+        log(kelvra::kLogError, line, message + std::strerror(reason));
         errno = 0;
         return false;
     };
@@ -153,14 +147,14 @@ bool IRCalibrationManager::findSerial(unsigned long& serial) {
         UsbDevice device(listed->d_name);
         if (!device.readStatus()) {
             const int reason = errno;
-            log(kDebug, kLineEntryStatus,
+            log(kelvra::kLogDebug, kLineEntryStatus,
                 std::string("errno: ") + std::strerror(reason) + " " + listed->d_name);
             continue;
         }
         if (!device.isCamera()) continue;
         const std::string* const text = device.readSerial();
         if (text == nullptr) continue;
-        log(kDebug, kLineFound, "Found device with serial " + *text);
+        log(kelvra::kLogDebug, kLineFound, "Found device with serial " + *text);
         const unsigned long number = std::strtoul(text->c_str(), nullptr, 10);
         if (wanted != 0 ? number == wanted : number != 0) {
             serial = number;
@@ -246,14 +240,14 @@ bool IRCalibrationManager::createConfigFilepath(char* out, const char* directory
 bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
     const std::string directory(directoryText(m_calibrationDir.get()));
     if (const int reason = accessError(directory); reason != 0) {
-        log(kError, __LINE__,
+        log(kelvra::kLogError, __LINE__,
             reason == EACCES ? "No writing permissions to " + directory
                              : std::string("Something went wrong: ") + std::strerror(reason));
         return false;
     }
     // Deliberate: only after the access test, which serial 0 goes through as any other.
     if (serial == 0) {
-        log(kError, __LINE__, "No serial number specified.");
+        log(kelvra::kLogError, __LINE__, "No serial number specified.");
         return false;
     }
     // Deliberate: nothing is checked or said after the last pass, so true does not prove that every
@@ -261,11 +255,11 @@ bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
     for (int pass = 0; pass < kDownloadPasses; ++pass) {
         const std::unique_ptr<char[]> missing = missingFiles(serial);
         if (!missing || missing[0] == '\0') {
-            log(kInfo, __LINE__, "All files installed.");
+            log(kelvra::kLogInfo, __LINE__, "All files installed.");
             return true;
         }
         if (!downloadTarget(missing.get(), std::to_string(serial), directory)) {
-            log(kInfo, __LINE__, "Download failed.");
+            log(kelvra::kLogInfo, __LINE__, "Download failed.");
             return false;
         }
     }
@@ -283,12 +277,13 @@ bool IRCalibrationManager::downloadTarget(char* targets, std::string serial,
     const std::optional<DownloadLinks> links = readDownloadLinks(kLinksFile);
     if (!links) {
         // Deliberate: the file stays where it is, for whoever wants to know what came.
-        log(kError, __LINE__, std::string("Error reading ") + kLinksFile);
+        log(kelvra::kLogError, __LINE__, std::string("Error reading ") + kLinksFile);
         return false;
     }
     std::remove(kLinksFile);
     if (!links->hasLinks) {
-        log(kError, __LINE__, std::string("Error parsing download links file: ") + kLinksFile);
+        log(kelvra::kLogError, __LINE__,
+            std::string("Error parsing download links file: ") + kLinksFile);
         return false;
     }
     // Deliberate: one flag for all files. A file counts as fetched once its command was started,
@@ -302,7 +297,7 @@ bool IRCalibrationManager::downloadTarget(char* targets, std::string serial,
             address = quotedFileAddress(*links->base, serial, name);
             if (runCommand(fetchFileCommand(address, targetDir, name))) hasStarted = true;
         }
-        if (!hasStarted) log(kError, __LINE__, "Error downloading " + address);
+        if (!hasStarted) log(kelvra::kLogError, __LINE__, "Error downloading " + address);
     }
     return hasStarted;
 }

@@ -15,13 +15,13 @@ constexpr const char* kDefaultLogFile = "rqthermika.log";
 int threshold(IRLoggerVerbosityLevel level) {
     switch (level) {
         case IRLOG_WARNING:
-            return 1;
+            return kelvra::kLogWarning;
         case IRLOG_INFO:
-            return 2;
+            return kelvra::kLogInfo;
         case IRLOG_DEBUG:
-            return 3;
+            return kelvra::kLogDebug;
         default:
-            return 0;
+            return kelvra::kLogError;
     }
 }
 

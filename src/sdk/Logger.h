@@ -9,6 +9,12 @@
 
 namespace kelvra {
 
+/// Severities of a line; any other number is shown as an error.
+constexpr unsigned int kLogError = 0;
+constexpr unsigned int kLogWarning = 1;
+constexpr unsigned int kLogInfo = 2;
+constexpr unsigned int kLogDebug = 3;
+
 class Logger {
 public:
     /// Which sinks are on; combined by bitwise or. Only LOGGER_FILE and LOGGER_CONSOLE are tested,
@@ -46,7 +52,7 @@ public:
     void configure(const std::string& name, loggerConf_ conf, int fileLevel, int consoleLevel);
 
     /// Writes "LEVEL [file:line] @ seconds:message" and a line break to every sink whose level is
-    /// at least `severity`: 0 "ERROR", 1 "WARNING", 2 "INFO", 3 "DEBUG", anything else "ERROR" too.
+    /// at least `severity`: "ERROR", "WARNING", "INFO" or "DEBUG".
     /// Seconds count from the logger's creation and follow no locale. `file` is the source file's
     /// stem. A message with a zero byte is cut there on standard error, whole in the file.
     ///
