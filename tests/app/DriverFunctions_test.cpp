@@ -1,10 +1,8 @@
 // The three functions that the tool exports and never calls.
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -22,10 +20,9 @@ using thermika_test::inSandbox;
 
 /// What `printUsage` writes for a program of that name.
 thermika_test::RunResult usageOf(std::string program) {
-    return thermika_test::run("not started", {}, [&program] {
+    return thermika_test::runInProcess([&program] {
         printUsage(program.data());
-        std::fflush(stdout);
-        _exit(0);
+        return 0;
     });
 }
 

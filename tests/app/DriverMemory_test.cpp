@@ -1,8 +1,5 @@
 // Runs out of memory: in every allocation of a run of the tool, and while the manager is made.
-#include <unistd.h>
-
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -50,14 +47,13 @@ constexpr int kMostAllocations = 500;
 
 /// A run of the tool whose memory ends after so many allocations.
 RunResult runWithMemoryFor(int allocations, std::string option) {
-    return thermika_test::run("not started", {}, [allocations, &option] {
+    return thermika_test::runInProcess([allocations, &option] {
         char name[] = "genconfig";
         char* argv[] = {name, option.data(), nullptr};
         g_allocationsLeft = allocations;
         const int status = thermikaMain(option.empty() ? 1 : 2, argv);
         g_allocationsLeft = -1;
-        std::fflush(stdout);
-        _exit(status & 0xff);
+        return status;
     });
 }
 

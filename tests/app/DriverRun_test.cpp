@@ -1,8 +1,5 @@
 // What a run does to the process around it: the manager's directories, and the log sink.
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -62,12 +59,10 @@ std::vector<std::string> filesIn(const std::string& dir) {
 
 TEST(DriverRun, replacesTheDirectoriesThatTheManagerHad) {
     inSandbox([] {
-        const RunResult result = thermika_test::run("not started", {}, [] {
+        const RunResult result = thermika_test::runInProcess([] {
             IRCalibrationManager::getInstance()->setCalibrationDir("/x");
             IRCalibrationManager::getInstance()->setFormatsDir("/x");
-            const int status = runDriver("/usr/share/genconfig", "-d14080045");
-            std::fflush(stdout);
-            _exit(status & 0xff);
+            return runDriver("/usr/share/genconfig", "-d14080045");
         });
         thermika_test::ExpectedDocument document;
         document.serial = "14080045";

@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -218,13 +217,10 @@ TEST(Driver, runsWithoutAName) {
         bus.addCamera("1-1", "14080045");
         EXPECT_EQ(thermika_test::run(THERMIKA_TOOL, {}), delivered(documentFor("14080045")));
         // Newer kernels give a program without arguments an empty name; this is the real thing.
-        EXPECT_EQ(thermika_test::run("not started", {},
-                                     [] {
-                                         char* argv[] = {nullptr};
-                                         const int status = thermikaMain(0, argv);
-                                         std::fflush(stdout);
-                                         _exit(status & 0xff);
-                                     }),
+        EXPECT_EQ(thermika_test::runInProcess([] {
+                      char* argv[] = {nullptr};
+                      return thermikaMain(0, argv);
+                  }),
                   delivered(documentFor("14080045")));
     });
 }

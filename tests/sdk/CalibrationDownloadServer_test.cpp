@@ -1,11 +1,9 @@
 // The download against servers, networks and disks that fail on the way: what it answers and says,
 // and what lies in the calibration directory and in /tmp afterwards.
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "sdk/IRCalibrationManager.h"
 #include "support/CameraSet.h"
 #include "support/DownloadWorld.h"
 #include "support/FileServer.h"
@@ -14,39 +12,13 @@
 
 namespace {
 
-using thermika_test::cameraFiles;
-using thermika_test::contents;
-using thermika_test::DownloadWorld;
-using thermika_test::Files;
-using thermika_test::FileServer;
-using thermika_test::inSandbox;
-using thermika_test::installFiles;
-using thermika_test::kCaliDir;
-using thermika_test::kCamera;
-using thermika_test::kDescriptionName;
-using thermika_test::kFirstCurve;
-using thermika_test::kFirstData;
-using thermika_test::kLastCurve;
-using thermika_test::kLastData;
-using thermika_test::kLinksPath;
-using thermika_test::managerLine;
-using thermika_test::onServer;
-using thermika_test::Outcome;
-using thermika_test::outcomeOf;
-using thermika_test::serveFiles;
-using thermika_test::writeFile;
+using namespace thermika_test;
 
-const std::string kInstalled = managerLine("INFO", "All files installed.");
 const std::string kNoLinks = managerLine("ERROR", "Error reading /tmp/downloadlinks.xml") +
                              managerLine("INFO", "Download failed.");
 const std::string kBadLinks =
     managerLine("ERROR", "Error parsing download links file: /tmp/downloadlinks.xml") +
     managerLine("INFO", "Download failed.");
-
-Outcome download() {
-    return outcomeOf(
-        [] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera); });
-}
 
 /// Downloads the whole set; the server has `fault` at `path`, and `got` is what arrives of the
 /// files.
@@ -121,7 +93,7 @@ TEST(CalibrationDownloadServer, takesADescriptionCutOnTheWayAtItsWord) {
         serveFiles(server, cameraFiles());
         server.setFault(onServer(kDescriptionName), "cut");
         EXPECT_TRUE(download().result);
-        const std::string whole = thermika_test::cameraDescription();
+        const std::string whole = cameraDescription();
         EXPECT_EQ(contents(kCaliDir).at(kDescriptionName), whole.substr(0, whole.size() / 2));
     });
 }
@@ -155,7 +127,7 @@ TEST(CalibrationDownloadServer, failsWithoutALinksDocumentAndLeavesTheEmptyFile)
             EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
             EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
             EXPECT_EQ(contents(kCaliDir), Files());
-            EXPECT_EQ(FileServer::requests(), (std::vector<std::string>{kLinksPath}));
+            EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath}));
         });
     }
 }
@@ -182,7 +154,7 @@ TEST(CalibrationDownloadServer, failsWithoutARoute) {
         writeFile("/etc/hosts", "192.0.2.1 " THERMIKA_DOWNLOAD_HOST "\n");
         EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
-        EXPECT_EQ(FileServer::requests(), std::vector<std::string>());
+        EXPECT_EQ(FileServer::requests(), Texts());
     });
 }
 
@@ -194,7 +166,7 @@ TEST(CalibrationDownloadServer, failsWhenNobodyKnowsTheHost) {
         writeFile("/etc/hosts", "127.0.0.1 localhost\n");
         EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
-        EXPECT_EQ(FileServer::requests(), std::vector<std::string>());
+        EXPECT_EQ(FileServer::requests(), Texts());
     });
 }
 
@@ -213,7 +185,7 @@ TEST(CalibrationDownloadServer, failsWithoutWget) {
 TEST(CalibrationDownloadServer, believesALinksDocumentThatLiesThereWhenNoneCanBeFetched) {
     inSandbox([] {
         const DownloadWorld world;
-        writeFile(thermika_test::kLinksFile, thermika_test::linksDocument());
+        writeFile(kLinksFile, linksDocument());
         DownloadWorld::hideAllPrograms();
         // The first pass fetches nothing but takes its commands for started; it also removes the
         // document, so the second pass has none.
@@ -232,7 +204,7 @@ TEST(CalibrationDownloadServer, replacesALinksDocumentThatLiesThere) {
         FileServer server;
         serveFiles(server, cameraFiles());
         server.setFault(kLinksPath, "missing");
-        writeFile(thermika_test::kLinksFile, thermika_test::linksDocument());
+        writeFile(kLinksFile, linksDocument());
         EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
     });
@@ -255,7 +227,7 @@ TEST(CalibrationDownloadServer, countsFilesCutByAFullDiskAsPresent) {
     inSandbox([] {
         const DownloadWorld world;
         FileServer server;
-        thermika_test::mountOver(kCaliDir, "size=8k");
+        mountOver(kCaliDir, "size=8k");
         serveFiles(server, cameraFilesWith(kFirstData, std::string(65536, 'd')));
         EXPECT_EQ(download(), (Outcome{true, kInstalled}));
         const Files got = contents(kCaliDir);
@@ -272,7 +244,7 @@ TEST(CalibrationDownloadServer, makesThreePassesWhenTheDiskHasRoomForOneFileOnly
         const DownloadWorld world;
         FileServer server;
         serveFiles(server, cameraFiles());
-        thermika_test::mountOver(kCaliDir, "nr_inodes=2");
+        mountOver(kCaliDir, "nr_inodes=2");
         std::string complaints;
         for (const std::string& name : {kFirstData, kFirstCurve, kLastData, kLastCurve})
             complaints += std::string(kCaliDir) + "/" + name + ": No space left on device\n";
@@ -287,7 +259,7 @@ TEST(CalibrationDownloadServer, failsWhenTheLinksDocumentFindsNoRoom) {
         const DownloadWorld world;
         FileServer server;
         serveFiles(server, cameraFiles());
-        thermika_test::mountOver("/tmp", "size=4k");
+        mountOver("/tmp", "size=4k");
         writeFile("/tmp/full", std::string(4096, 'f'));
         EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
         EXPECT_EQ(contents("/tmp"),
@@ -300,7 +272,7 @@ TEST(CalibrationDownloadServer, failsWhenTmpIsReadOnly) {
         const DownloadWorld world;
         FileServer server;
         serveFiles(server, cameraFiles());
-        thermika_test::makeReadOnly("/tmp");
+        makeReadOnly("/tmp");
         EXPECT_EQ(download(),
                   (Outcome{false, "/tmp/downloadlinks.xml: Read-only file system\n" + kNoLinks}));
         EXPECT_EQ(contents("/tmp"), Files());

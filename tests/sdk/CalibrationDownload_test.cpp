@@ -7,10 +7,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -27,49 +25,19 @@
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::callsOf;
-using thermika_test::cameraFiles;
-using thermika_test::contents;
-using thermika_test::DownloadWorld;
-using thermika_test::Files;
-using thermika_test::FileServer;
-using thermika_test::inSandbox;
-using thermika_test::installFiles;
-using thermika_test::kCaliDir;
-using thermika_test::kCamera;
-using thermika_test::kDescriptionName;
-using thermika_test::kFirstCurve;
-using thermika_test::kFirstData;
-using thermika_test::kLastCurve;
-using thermika_test::kLastData;
-using thermika_test::kLinksPath;
-using thermika_test::linksDocument;
-using thermika_test::managerLine;
-using thermika_test::onServer;
-using thermika_test::Outcome;
-using thermika_test::outcomeOf;
-using thermika_test::serveFiles;
-using thermika_test::shellTexts;
-using thermika_test::writeFile;
+using namespace thermika_test;
 
-const std::string kInstalled = managerLine("INFO", "All files installed.");
 const std::string kNoSerial = managerLine("ERROR", "No serial number specified.");
 
-Outcome download(unsigned long serial = kCamera) {
-    return outcomeOf(
-        [serial] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(serial); });
-}
-
 /// The names of the files created (or emptied) and removed in `dir` during `operation`.
-std::vector<std::string> changesDuring(const std::string& dir,
-                                       const std::function<void()>& operation) {
+Texts changesDuring(const std::string& dir, const std::function<void()>& operation) {
     const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
     EXPECT_GE(inotify_add_watch(watch, dir.c_str(), IN_CREATE | IN_DELETE), 0);
     operation();
     alignas(inotify_event) char events[16384];
     const ssize_t got = read(watch, events, sizeof events);
     close(watch);
-    std::vector<std::string> changes;
+    Texts changes;
     for (const char* at = events; at < events + got;) {
         const auto* const event = reinterpret_cast<const inotify_event*>(at);
         changes.push_back(((event->mask & IN_CREATE) != 0 ? "+" : "-") + std::string(event->name));
@@ -78,7 +46,7 @@ std::vector<std::string> changesDuring(const std::string& dir,
     return changes;
 }
 
-const std::vector<std::string> kAccessTest = {"+.thermika_access", "-.thermika_access"};
+const Texts kAccessTest = {"+.thermika_access", "-.thermika_access"};
 
 TEST(CalibrationDownload, fetchesTheDescriptionFirstAndThenWhatItCallsFor) {
     inSandbox([] {
@@ -89,9 +57,8 @@ TEST(CalibrationDownload, fetchesTheDescriptionFirstAndThenWhatItCallsFor) {
         EXPECT_EQ(contents(kCaliDir), cameraFiles());
         EXPECT_EQ(contents("/tmp"), Files());
         EXPECT_EQ(FileServer::requests(),
-                  (std::vector<std::string>{kLinksPath, onServer(kDescriptionName), kLinksPath,
-                                            onServer(kFirstData), onServer(kFirstCurve),
-                                            onServer(kLastData), onServer(kLastCurve)}));
+                  (Texts{kLinksPath, onServer(kDescriptionName), kLinksPath, onServer(kFirstData),
+                         onServer(kFirstCurve), onServer(kLastData), onServer(kLastCurve)}));
     });
 }
 
@@ -107,8 +74,7 @@ TEST(CalibrationDownload, fetchesNothingButWhatIsMissing) {
         EXPECT_EQ(download(), (Outcome{true, kInstalled}));
         present[kFirstCurve] = "curve at 27 Hz\n";
         EXPECT_EQ(contents(kCaliDir), present);
-        EXPECT_EQ(FileServer::requests(),
-                  (std::vector<std::string>{kLinksPath, onServer(kFirstCurve)}));
+        EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath, onServer(kFirstCurve)}));
     });
 }
 
@@ -116,12 +82,12 @@ TEST(CalibrationDownload, runsNoCommandWhenAllFilesArePresent) {
     inSandbox([] {
         const DownloadWorld world;
         installFiles(cameraFiles());
-        thermika_test::recordShell();
-        std::vector<std::string> changes = changesDuring(kCaliDir, [] {
+        recordShell();
+        Texts changes = changesDuring(kCaliDir, [] {
             EXPECT_EQ(download(), (Outcome{true, kInstalled}));
         });
         EXPECT_EQ(changes, kAccessTest);
-        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(shellTexts(), Texts());
         EXPECT_EQ(contents(kCaliDir), cameraFiles());
     });
 }
@@ -129,12 +95,12 @@ TEST(CalibrationDownload, runsNoCommandWhenAllFilesArePresent) {
 TEST(CalibrationDownload, testsForAccessBeforeItRefusesSerialZero) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::recordShell();
-        std::vector<std::string> changes = changesDuring(kCaliDir, [] {
+        recordShell();
+        Texts changes = changesDuring(kCaliDir, [] {
             EXPECT_EQ(download(0), (Outcome{false, kNoSerial}));
         });
         EXPECT_EQ(changes, kAccessTest);
-        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(shellTexts(), Texts());
         EXPECT_EQ(contents(kCaliDir), Files());
     });
 }
@@ -153,7 +119,7 @@ TEST(CalibrationDownload, testsForAccessOnceHoweverManyPassesItMakes) {
         const DownloadWorld world;
         FileServer server;
         serveFiles(server, cameraFiles());
-        std::vector<std::string> changes = changesDuring(kCaliDir, [] { download(); });
+        Texts changes = changesDuring(kCaliDir, [] { download(); });
         EXPECT_EQ(std::count(changes.begin(), changes.end(), kAccessTest[0]), 1);
         EXPECT_EQ(changes.front(), kAccessTest[0]);
         EXPECT_EQ(changes.at(1), kAccessTest[1]);
@@ -162,10 +128,10 @@ TEST(CalibrationDownload, testsForAccessOnceHoweverManyPassesItMakes) {
 
 /// `dir` cannot be used; nothing is fetched and nothing left, and the log says `message`.
 void expectRefusal(const std::string& dir, const std::string& message) {
-    thermika_test::recordShell();
+    recordShell();
     dax::IRCalibrationManager::getInstance()->setCalibrationDir(dir.c_str());
     EXPECT_EQ(download(), (Outcome{false, managerLine("ERROR", message)}));
-    EXPECT_EQ(shellTexts(), std::vector<std::string>());
+    EXPECT_EQ(shellTexts(), Texts());
     EXPECT_EQ(contents("/tmp"), Files());
 }
 
@@ -190,7 +156,7 @@ TEST(CalibrationDownload, namesADirectoryBehindAForbiddenOneAsItWasGiven) {
 TEST(CalibrationDownload, tellsThatTheFileSystemIsReadOnly) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::makeReadOnly(kCaliDir);
+        makeReadOnly(kCaliDir);
         expectRefusal(kCaliDir, "Something went wrong: Read-only file system");
     });
 }
@@ -216,7 +182,7 @@ TEST(CalibrationDownload, tellsThatTheDirectoryIsAFile) {
 TEST(CalibrationDownload, tellsThatNoFileFitsAnyMore) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::mountOver(kCaliDir, "nr_inodes=1");
+        mountOver(kCaliDir, "nr_inodes=1");
         expectRefusal(kCaliDir, "Something went wrong: No space left on device");
     });
 }
@@ -252,7 +218,7 @@ TEST(CalibrationDownload, answersTrueWithoutAWordAfterThreePassesThatBringNothin
         const DownloadWorld world;
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        thermika_test::recordProgram("wget");
+        recordProgram("wget");
         EXPECT_EQ(download(), (Outcome{true, ""}));
         // What wget leaves of a description that the server does not have is an empty file, which
         // cannot be loaded.
@@ -261,17 +227,17 @@ TEST(CalibrationDownload, answersTrueWithoutAWordAfterThreePassesThatBringNothin
         EXPECT_EQ(callsOf("wget").size(), 6U);
         const std::string path = onServer(kDescriptionName);
         EXPECT_EQ(FileServer::requests(),
-                  (std::vector<std::string>{kLinksPath, path, kLinksPath, path, kLinksPath, path}));
+                  (Texts{kLinksPath, path, kLinksPath, path, kLinksPath, path}));
     });
 }
 
 TEST(CalibrationDownload, runsNoCommandWhenTheFilesAppearBetweenTheTwoLooksAtTheList) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::recordShell();
-        EXPECT_TRUE(thermika_test::answerWhenFilesAppear(
+        recordShell();
+        EXPECT_TRUE(answerWhenFilesAppear(
             [] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera); }));
-        EXPECT_EQ(shellTexts(), std::vector<std::string>());
+        EXPECT_EQ(shellTexts(), Texts());
         EXPECT_EQ(contents(kCaliDir), cameraFiles());
     });
 }
@@ -282,10 +248,9 @@ TEST(CalibrationDownload, makesNoCheckAfterTheThirdPass) {
         FileServer server;
         serveFiles(server, cameraFiles());
         // Comes with the third pass only: all is there then, but nobody looks.
-        thermika_test::recordProgram(
-            "wget",
-            "case \"$*\" in *Kennlinie*80.prn*) echo >>/tmp/tries\n"
-            "[ $(wc -l </tmp/tries) -ge 2 ] || exit 0;; esac\nexec /usr/bin/wget \"$@\"");
+        recordProgram("wget",
+                      "case \"$*\" in *Kennlinie*80.prn*) echo >>/tmp/tries\n"
+                      "[ $(wc -l </tmp/tries) -ge 2 ] || exit 0;; esac\nexec /usr/bin/wget \"$@\"");
         EXPECT_EQ(download(), (Outcome{true, ""}));
         EXPECT_EQ(contents(kCaliDir), cameraFiles());
     });
@@ -298,7 +263,7 @@ TEST(CalibrationDownload, endsWithTheFirstPassThatFails) {
         server.add(kLinksPath, linksDocument(""));
         EXPECT_EQ(download(), (Outcome{false, managerLine("ERROR", "Error downloading ") +
                                                   managerLine("INFO", "Download failed.")}));
-        EXPECT_EQ(FileServer::requests(), (std::vector<std::string>{kLinksPath}));
+        EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath}));
         EXPECT_EQ(contents(kCaliDir), Files());
         EXPECT_EQ(contents("/tmp"), Files());
     });
@@ -309,7 +274,7 @@ TEST(CalibrationDownload, writesTheSerialInPlainDigitsWhateverTheLocale) {
         const DownloadWorld world;
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        const thermika_test::ScopedLocale locale({{LC_ALL, thermika_test::kDecimalCommaLocale}});
+        const ScopedLocale locale({{LC_ALL, kDecimalCommaLocale}});
         EXPECT_TRUE(download(7).result);
         EXPECT_EQ(FileServer::requests().at(1), "/7/7/Califiles SN7/Cali-7.xml");
     });
@@ -320,7 +285,7 @@ TEST(CalibrationDownload, neverCompletesASetWhoseFileNamesHaveBlanks) {
         // Names reach the shell unquoted: what stands behind the blank is an address of its own.
         const DownloadWorld world;
         FileServer server;
-        const std::string described = thermika_test::cameraDescription("T18 HT");
+        const std::string described = cameraDescription("T18 HT");
         serveFiles(server, {{kDescriptionName, described},
                             {"Cali-14080045-33-T18 HT-M20-100-80.dat", "data"},
                             {"Kennlinie-14080045-33-T18 HT-M20-100-80.prn", "curve"}});

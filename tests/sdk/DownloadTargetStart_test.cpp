@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -21,27 +20,7 @@
 
 namespace {
 
-using thermika_test::callsOf;
-using thermika_test::contents;
-using thermika_test::DownloadWorld;
-using thermika_test::FileServer;
-using thermika_test::inSandbox;
-using thermika_test::kCaliDir;
-using thermika_test::kLinksPath;
-using thermika_test::linksDocument;
-using thermika_test::managerLine;
-using thermika_test::Outcome;
-using thermika_test::outcomeOf;
-using thermika_test::recordProgram;
-using thermika_test::recordShell;
-using thermika_test::run;
-using thermika_test::RunResult;
-using thermika_test::serverAddress;
-using thermika_test::serverPath;
-using thermika_test::shellTexts;
-
-using Files = std::map<std::string, std::string>;
-using Texts = std::vector<std::string>;
+using namespace thermika_test;
 
 const std::string kSerial = "14080045";
 
@@ -59,8 +38,7 @@ std::string errorDownloading(const std::string& name) {
 
 /// A links document that wget's stand-in leaves in the named place, whatever it is asked for.
 std::string leaveLinks(const std::string& base) {
-    thermika_test::writeFile("/usr/share/world/links.xml",
-                             linksDocument("<string>" + base + "</string>\n"));
+    writeFile("/usr/share/world/links.xml", linksDocument("<string>" + base + "</string>\n"));
     return "case $3 in /tmp/*) cat /usr/share/world/links.xml >$3;; esac";
 }
 
@@ -203,15 +181,14 @@ TEST(DownloadTargetStart, readsALinksDocumentThoughItsCommandCouldNotBeWaitedFor
 TEST(DownloadTargetStart, readsWhatLiesThereWhenNoProcessCanBeStarted) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::writeFile(thermika_test::kLinksFile, linksDocument());
+        writeFile(kLinksFile, linksDocument());
         // C libraries before glibc 2.41 answer as if a shell had run and found no command.
-        const RunResult result = run("not started", {}, [] {
-            thermika_test::forbidNewProcesses();
+        const RunResult result = runInProcess([] {
+            forbidNewProcesses();
             const bool isStarted = std::system("true") != -1;
             const Outcome outcome = outcomeOf([] { return fetch("a.dat;"); });
             EXPECT_EQ(outcome, (Outcome{isStarted, isStarted ? "" : errorDownloading("a.dat")}));
-            std::fflush(stdout);
-            _exit(testing::Test::HasFailure() ? 1 : 0);
+            return testing::Test::HasFailure() ? 1 : 0;
         });
         EXPECT_EQ(result, (RunResult{"", "", 0}));
         EXPECT_EQ(contents("/tmp"), Files());
@@ -223,12 +200,11 @@ TEST(DownloadTargetStart, flushesStandardOutputBeforeEveryCommand) {
     inSandbox([] {
         const DownloadWorld world;
         recordProgram("wget", "echo wget\n" + leaveLinks("B"));
-        const RunResult result = run("not started", {}, [] {
+        const RunResult result = runInProcess([] {
             std::printf("before\n");
             fetch("f;");
             std::printf("after\n");
-            std::fflush(stdout);
-            _exit(0);
+            return 0;
         });
         EXPECT_EQ(result, (RunResult{"before\nwget\nwget\nafter\n", "", 0}));
     });

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <map>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -20,22 +19,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::contents;
-using thermika_test::DownloadWorld;
-using thermika_test::FileServer;
-using thermika_test::inSandbox;
-using thermika_test::kCaliDir;
-using thermika_test::kLinksPath;
-using thermika_test::linksDocument;
-using thermika_test::managerLine;
-using thermika_test::Outcome;
-using thermika_test::outcomeOf;
-using thermika_test::serverAddress;
-using thermika_test::serverPath;
-using thermika_test::writeFile;
-
-using Files = std::map<std::string, std::string>;
-using Texts = std::vector<std::string>;
+using namespace thermika_test;
 
 const std::string kSerial = "14080045";
 const std::string kBadLinks =
@@ -155,7 +139,7 @@ TEST(DownloadTarget, leavesALinksDocumentThatItCannotRead) {
 TEST(DownloadTarget, leavesWhateverLiesInTheLinksDocumentsPlace) {
     inSandbox([] {
         const DownloadWorld world;
-        fs::create_directory(thermika_test::kLinksFile);
+        fs::create_directory(kLinksFile);
         EXPECT_EQ(fetch("a.dat;"),
                   (Outcome{false, "/tmp/downloadlinks.xml: Is a directory\n" + kNoLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml/", ""}}));
@@ -167,9 +151,9 @@ TEST(DownloadTarget, keepsWhiteSpaceAroundTheBase) {
         const DownloadWorld world;
         FileServer server;
         server.add(kLinksPath, linksDocument("<string> " + serverAddress("") + "\t</string>\n"));
-        thermika_test::recordProgram("wget");
+        recordProgram("wget");
         EXPECT_EQ(fetch("a.dat;"), (Outcome{true, ""}));
-        EXPECT_EQ(thermika_test::callsOf("wget").at(1),
+        EXPECT_EQ(callsOf("wget").at(1),
                   (Texts{" " + serverAddress("") + "\t" + serverPath(kSerial, "a.dat"), "-O",
                          std::string(kCaliDir) + "/a.dat"}));
     });
@@ -218,9 +202,9 @@ TEST(DownloadTarget, takesAnEmptyNameForAFileLikeAnyOther) {
         const DownloadWorld world;
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        thermika_test::recordShell();
+        recordShell();
         EXPECT_TRUE(fetch("a.dat;;").result);
-        EXPECT_EQ(thermika_test::shellTexts().at(2),
+        EXPECT_EQ(shellTexts().at(2),
                   "wget \"" + serverAddress(serverPath(kSerial, "")) + "\" -O " + kCaliDir + "/");
     });
 }
@@ -279,12 +263,11 @@ TEST(DownloadTarget, leavesTheNumericLocaleAtCEvenWhenItFails) {
             const DownloadWorld world;
             FileServer server;
             if (isServed) server.add(kLinksPath, linksDocument());
-            const thermika_test::ScopedLocale locale(
-                {{LC_ALL, thermika_test::kDecimalCommaLocale}});
-            ASSERT_EQ(thermika_test::numericLocale(), thermika_test::kDecimalCommaLocale);
+            const ScopedLocale locale({{LC_ALL, kDecimalCommaLocale}});
+            ASSERT_EQ(numericLocale(), kDecimalCommaLocale);
             EXPECT_EQ(fetch("a.dat;").result, isServed);
-            EXPECT_EQ(thermika_test::numericLocale(), "C");
-            EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), thermika_test::kDecimalCommaLocale);
+            EXPECT_EQ(numericLocale(), "C");
+            EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), kDecimalCommaLocale);
         });
     }
 }

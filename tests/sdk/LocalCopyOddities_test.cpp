@@ -3,7 +3,6 @@
 #include <csignal>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -18,21 +17,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::cameraFiles;
-using thermika_test::contents;
-using thermika_test::copied;
-using thermika_test::copyCommand;
-using thermika_test::copyFrom;
-using thermika_test::copyInProcess;
-using thermika_test::inQuietWorld;
-using thermika_test::kCaliDir;
-using thermika_test::kCamera;
-using thermika_test::kCopiedAll;
-using thermika_test::kCopiedLess;
-using thermika_test::kCopySource;
-using thermika_test::lay;
-using thermika_test::recordProgram;
-using thermika_test::RunResult;
+using namespace thermika_test;
 
 TEST(LocalCopyOddities, printsAFormatInTheSourceAsItStands) {
     inQuietWorld([] {
@@ -45,7 +30,7 @@ TEST(LocalCopyOddities, printsAFormatInTheSourceAsItStands) {
 
 /// Frees memory of the size of a manager's arrays: in those created next, what follows is not zero.
 void leaveUncleanMemory() {
-    const std::vector<std::string> blocks(16, std::string(263, 'x'));
+    const Texts blocks(16, std::string(263, 'x'));
     EXPECT_EQ(blocks.back().back(), 'x');
 }
 
@@ -71,7 +56,7 @@ TEST(LocalCopyOddities, keepsTheCommandsOutputFromItsOwn) {
     inQuietWorld([] {
         recordProgram("find", "echo found something");
         EXPECT_EQ(copyFrom(kCopySource), copied(kCopiedLess));
-        EXPECT_EQ(thermika_test::callsOf("find").size(), 1U);
+        EXPECT_EQ(callsOf("find").size(), 1U);
     });
 }
 
@@ -79,7 +64,7 @@ TEST(LocalCopyOddities, answersTrueWhenTheFilesAppearBetweenTheTwoLooksAtTheList
     inQuietWorld([] {
         lay(kCopySource, {});
         const RunResult result = copyInProcess([] {
-            return thermika_test::answerWhenFilesAppear([] {
+            return answerWhenFilesAppear([] {
                 return dax::IRCalibrationManager::getInstance()->copyCalibrationFromLocalRepo(
                     kCamera, kCopySource);
             });

@@ -1,7 +1,6 @@
 // The copy of a camera's files from a folder with the real find and cp: what it runs, prints,
 // copies and answers.
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,30 +22,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::callsOf;
-using thermika_test::cameraFiles;
-using thermika_test::contents;
-using thermika_test::copied;
-using thermika_test::copyCommand;
-using thermika_test::copyFrom;
-using thermika_test::DownloadWorld;
-using thermika_test::Files;
-using thermika_test::inQuietWorld;
-using thermika_test::installFiles;
-using thermika_test::kCaliDir;
-using thermika_test::kCopiedAll;
-using thermika_test::kCopiedLess;
-using thermika_test::kCopySource;
-using thermika_test::kDescriptionName;
-using thermika_test::kFirstCurve;
-using thermika_test::kFirstData;
-using thermika_test::kLastCurve;
-using thermika_test::kLastData;
-using thermika_test::lay;
-using thermika_test::recordProgram;
-using thermika_test::RunResult;
-
-using Texts = std::vector<std::string>;
+using namespace thermika_test;
 
 TEST(LocalCopy, copiesAWholeSet) {
     inQuietWorld([] {
@@ -60,15 +36,15 @@ TEST(LocalCopy, copiesAWholeSet) {
 TEST(LocalCopy, printsAndRunsTheSameCommand) {
     inQuietWorld([] {
         lay(kCopySource, cameraFiles());
-        thermika_test::recordShell();
+        recordShell();
         const RunResult result = copyFrom(kCopySource);
         EXPECT_EQ(result.out,
                   R"(find /usr/share/medium -name Cali-14080045* -exec cp "{}" )"
                   R"(/usr/share/libthermika/cali \; -o -name Kennlinie-14080045* -exec cp "{}" )"
                   R"(/usr/share/libthermika/cali \; 2> /dev/null)"
                   "\n");
-        ASSERT_EQ(thermika_test::shellTexts().size(), 1U);
-        EXPECT_EQ(thermika_test::shellTexts()[0] + "\n", result.out);
+        ASSERT_EQ(shellTexts().size(), 1U);
+        EXPECT_EQ(shellTexts()[0] + "\n", result.out);
     });
 }
 
@@ -238,7 +214,7 @@ TEST(LocalCopy, leavesEachFileInPlaceOfTheLastWhenTheDirectoryIsMissing) {
         lay(kCopySource, {{kFirstData, "data"}});
         fs::remove(kCaliDir);
         EXPECT_EQ(copyFrom(kCopySource), copied(kCopiedLess));
-        EXPECT_EQ(thermika_test::readFile(kCaliDir), "data");
+        EXPECT_EQ(readFile(kCaliDir), "data");
     });
 }
 
@@ -254,8 +230,7 @@ TEST(LocalCopy, createsAMissingDirectoryOnlyWhenItLooksForTheFiles) {
 TEST(LocalCopy, answersFalseWithoutFindAndCp) {
     inQuietWorld([] {
         lay(kCopySource, cameraFiles());
-        EXPECT_EQ(copyFrom(kCopySource, [] { DownloadWorld::hideAllPrograms(); }),
-                  copied(kCopiedLess));
+        EXPECT_EQ(copyFrom(kCopySource, DownloadWorld::hideAllPrograms), copied(kCopiedLess));
         EXPECT_EQ(contents(kCaliDir), Files());
     });
 }
@@ -264,24 +239,14 @@ TEST(LocalCopy, answersFalseUnlookedWhenThereIsNoDescriptorForThePipe) {
     inQuietWorld([] {
         installFiles(cameraFiles());
         lay(kCopySource, cameraFiles());
-        EXPECT_EQ(
-            copyFrom(
-                kCopySource,
-                [] {
-                    const int lowest = dup(STDIN_FILENO);
-                    close(lowest);
-                    const rlimit none{static_cast<rlim_t>(lowest), static_cast<rlim_t>(lowest)};
-                    setrlimit(RLIMIT_NOFILE, &none);
-                }),
-            copied(kCopiedLess));
+        EXPECT_EQ(copyFrom(kCopySource, forbidNewDescriptors), copied(kCopiedLess));
     });
 }
 
 TEST(LocalCopy, answersFalseUnlookedWhenNoProcessCanBeStarted) {
     inQuietWorld([] {
         installFiles(cameraFiles());
-        EXPECT_EQ(copyFrom(kCopySource, [] { thermika_test::forbidNewProcesses(); }),
-                  copied(kCopiedLess));
+        EXPECT_EQ(copyFrom(kCopySource, forbidNewProcesses), copied(kCopiedLess));
     });
 }
 
@@ -299,7 +264,7 @@ TEST(LocalCopy, printsTheCommandBeforeItRuns) {
             if (std::freopen("/usr/share/out", "w", stdout) == nullptr) _exit(kCopiedAll);
             std::printf("before\n");
         });
-        EXPECT_EQ(thermika_test::readFile("/usr/share/seen"),
+        EXPECT_EQ(readFile("/usr/share/seen"),
                   std::to_string(("before\n" + copyCommand(kCopySource) + "\n").size()) + "\n");
     });
 }

@@ -1,9 +1,7 @@
 // Whether the host has a default route, by real routing tables in networks of the tests' own.
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <functional>
 #include <string>
 #include <utility>
@@ -18,16 +16,7 @@
 
 namespace {
 
-using thermika_test::callsOf;
-using thermika_test::DownloadWorld;
-using thermika_test::inSandbox;
-using thermika_test::Outcome;
-using thermika_test::outcomeOf;
-using thermika_test::recordProgram;
-using thermika_test::run;
-using thermika_test::RunResult;
-
-using Texts = std::vector<std::string>;
+using namespace thermika_test;
 
 bool isAccessible() {
     return dax::IRCalibrationManager::getInstance()->isOnlineCalibrationRepoAccessible();
@@ -108,7 +97,7 @@ TEST(RouteCheck, saysNoWithoutTheRouteProgram) {
     inSandbox([] {
         const DownloadWorld world;
         addRoute({"route", "add", "default", "dev", "lo"});
-        thermika_test::mountEmptyFolder("/usr/sbin");
+        mountEmptyFolder("/usr/sbin");
         EXPECT_EQ(outcomeOf(isAccessible), (Outcome{false, "sh: 1: /sbin/route: not found\n"}));
     });
 }
@@ -125,11 +114,10 @@ TEST(RouteCheck, saysNoWithoutGrep) {
 TEST(RouteCheck, givesTheShellAndGrepExactlyThis) {
     inSandbox([] {
         const DownloadWorld world;
-        thermika_test::recordShell();
+        recordShell();
         recordProgram("grep");
         isAccessible();
-        EXPECT_EQ(thermika_test::shellTexts(),
-                  (Texts{"/sbin/route -n | grep -c '^0\\.0\\.0\\.0'"}));
+        EXPECT_EQ(shellTexts(), (Texts{"/sbin/route -n | grep -c '^0\\.0\\.0\\.0'"}));
         EXPECT_EQ(callsOf("grep"), (std::vector<Texts>{{"-c", "^0\\.0\\.0\\.0"}}));
     });
 }
@@ -160,11 +148,9 @@ TEST(RouteCheck, saysNoWhenNoNumberComes) {
 
 /// The answer of a process that did `prepare` first, as its exit status.
 RunResult answerAfter(const std::function<void()>& prepare) {
-    return run("not started", {}, [&prepare] {
+    return runInProcess([&prepare] {
         prepare();
-        const bool answer = isAccessible();
-        std::fflush(stdout);
-        _exit(answer ? 1 : 0);
+        return isAccessible() ? 1 : 0;
     });
 }
 
@@ -173,14 +159,8 @@ TEST(RouteCheck, saysNoWhenThePipelineCannotBeStarted) {
         const DownloadWorld world;
         addRoute({"route", "add", "default", "dev", "lo"});
         EXPECT_EQ(answerAfter([] {}), (RunResult{"", "", 1}));
-        EXPECT_EQ(answerAfter([] {
-                      const int lowest = dup(STDIN_FILENO);
-                      close(lowest);
-                      const rlimit none{static_cast<rlim_t>(lowest), static_cast<rlim_t>(lowest)};
-                      setrlimit(RLIMIT_NOFILE, &none);
-                  }),
-                  (RunResult{"", "", 0}));
-        EXPECT_EQ(answerAfter([] { thermika_test::forbidNewProcesses(); }), (RunResult{"", "", 0}));
+        EXPECT_EQ(answerAfter(forbidNewDescriptors), (RunResult{"", "", 0}));
+        EXPECT_EQ(answerAfter(forbidNewProcesses), (RunResult{"", "", 0}));
     });
 }
 

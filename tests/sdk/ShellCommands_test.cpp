@@ -1,8 +1,6 @@
 // The exact texts that reach the shell, and what running one answers.
 #include "sdk/ShellCommands.h"
 
-#include <unistd.h>
-
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +15,6 @@ namespace {
 
 using dax::quotedFileAddress;
 using dax::runCommand;
-using thermika_test::run;
 using thermika_test::RunResult;
 
 TEST(ShellCommands, fetchesTheLinksDocumentFromTheHostThisWasBuiltFor) {
@@ -81,11 +78,7 @@ TEST(ShellCommands, countsTheLinesOfTheDefaultRoutes) {
 
 /// What a process writes that runs `action` and ends; its status is 1 for true.
 RunResult ask(bool (*action)()) {
-    return run("not started", {}, [action] {
-        const bool answer = action();
-        std::fflush(stdout);
-        _exit(answer ? 1 : 0);
-    });
+    return thermika_test::runInProcess([action] { return action() ? 1 : 0; });
 }
 
 TEST(ShellCommands, takesACommandForStartedWhateverItAnswers) {

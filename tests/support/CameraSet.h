@@ -1,10 +1,10 @@
 // One small camera for tests: its description and all the files that it calls for, in the
-// calibration directory or on the file server.
+// calibration directory or on the file server, and the download from there to here.
 #pragma once
 
-#include <map>
 #include <string>
 
+#include "sdk/IRCalibrationManager.h"
 #include "support/DownloadWorld.h"
 #include "support/FileServer.h"
 #include "support/TestFiles.h"
@@ -18,8 +18,6 @@ inline const std::string kFirstData = "Cali-14080045-33-M20-100-27.dat";
 inline const std::string kFirstCurve = "Kennlinie-14080045-33-M20-100-27.prn";
 inline const std::string kLastData = "Cali-14080045-33-M20-100-80.dat";
 inline const std::string kLastCurve = "Kennlinie-14080045-33-M20-100-80.prn";
-
-using Files = std::map<std::string, std::string>;  // bytes by name
 
 /// Two frame rates make four files beside the description.
 inline std::string cameraDescription(const std::string& opticsText = "") {
@@ -56,5 +54,14 @@ inline void serveFiles(FileServer& server, const Files& files) {
     server.add(kLinksPath, linksDocument());
     for (const auto& [name, bytes] : files) server.add(onServer(name), bytes);
 }
+
+/// Downloads what the calibration directory lacks.
+inline Outcome download(unsigned long serial = kCamera) {
+    return outcomeOf(
+        [serial] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(serial); });
+}
+
+/// The one line of a download that ends with everything there.
+inline const std::string kInstalled = managerLine("INFO", "All files installed.");
 
 }  // namespace thermika_test

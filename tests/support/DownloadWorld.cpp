@@ -8,6 +8,7 @@
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -130,6 +131,15 @@ void forbidNewProcesses() {
         fail("cannot filter system calls");
 }
 
+void forbidNewDescriptors() {
+    const int lowest = dup(STDERR_FILENO);
+    rlimit files{};
+    if (lowest < 0 || close(lowest) != 0 || getrlimit(RLIMIT_NOFILE, &files) != 0)
+        fail("cannot find the next descriptor");
+    files.rlim_cur = static_cast<rlim_t>(lowest);
+    if (setrlimit(RLIMIT_NOFILE, &files) != 0) fail("cannot limit descriptors");
+}
+
 bool operator==(const Outcome& a, const Outcome& b) {
     return a.result == b.result && a.log == b.log;
 }
@@ -151,8 +161,8 @@ std::string managerLine(const std::string& severity, const std::string& message)
     return severity + " [IRCalibrationManager:#] @ #s :" + message + "\n";
 }
 
-std::map<std::string, std::string> contents(const std::string& dir) {
-    std::map<std::string, std::string> found;
+Files contents(const std::string& dir) {
+    Files found;
     for (const auto& entry : fs::recursive_directory_iterator(dir)) {
         const std::string name = entry.path().lexically_relative(dir).string();
         if (entry.is_directory())

@@ -19,6 +19,9 @@ constexpr const char* kServerScript = "/usr/share/world/file-server.py";
 constexpr const char* kCaliDir = "/usr/share/libthermika/cali";  // the manager's own default
 constexpr const char* kLinksFile = "/tmp/downloadlinks.xml";
 
+using Files = std::map<std::string, std::string>;  // bytes by name
+using Texts = std::vector<std::string>;
+
 /// While it lives: loopback is up, the download host is this machine, /tmp is empty, the
 /// calibration directory exists and is empty. The environment holds a plain PATH and what keeps
 /// wget from the machine's own settings: it is quiet, tries twice and does not pause between tries.
@@ -46,6 +49,9 @@ void makeReadOnly(const std::string& dir);
 /// No process can be started from here on.
 void forbidNewProcesses();
 
+/// No file can be opened from here on.
+void forbidNewDescriptors();
+
 /// What an operation answered, and all that went to standard error meanwhile: log lines (severities
 /// 0 to 2) with "#" for seconds and line numbers, and the words of the programs it started.
 struct Outcome {
@@ -62,6 +68,6 @@ Outcome outcomeOf(const std::function<bool()>& operation);
 std::string managerLine(const std::string& severity, const std::string& message);
 
 /// Every file below `dir` by its path there, with its bytes; folders end in "/".
-std::map<std::string, std::string> contents(const std::string& dir);
+Files contents(const std::string& dir);
 
 }  // namespace thermika_test

@@ -1,9 +1,6 @@
 // See the header.
 #include "support/LocalCopy.h"
 
-#include <unistd.h>
-
-#include <cstdio>
 #include <filesystem>
 
 #include "sdk/IRCalibrationManager.h"
@@ -35,11 +32,7 @@ std::string copyCommand(const std::string& source, const std::string& dir,
 }
 
 RunResult copyInProcess(const std::function<bool()>& operation) {
-    return run("not started", {}, [&operation] {
-        const bool answer = operation();
-        std::fflush(stdout);
-        _exit(answer ? kCopiedAll : kCopiedLess);
-    });
+    return runInProcess([&operation] { return operation() ? kCopiedAll : kCopiedLess; });
 }
 
 RunResult copyFrom(const std::string& source, const std::function<void()>& prepare,

@@ -243,4 +243,12 @@ RunResult run(const std::string& program, const std::vector<std::string>& argv,
     return result;
 }
 
+RunResult runInProcess(const std::function<int()>& body) {
+    return run("not started", {}, [&body] {
+        const int status = body();
+        std::fflush(stdout);
+        _exit(status);
+    });
+}
+
 }  // namespace thermika_test

@@ -36,4 +36,8 @@ std::ostream& operator<<(std::ostream& out, const RunResult& result);
 RunResult run(const std::string& program, const std::vector<std::string>& argv,
               const std::function<void()>& prepare = {});
 
+/// Runs `body` in a process of its own as run() does a program; the low byte of what it returns is
+/// the status. Nothing is done at the process's end but to flush standard output.
+RunResult runInProcess(const std::function<int()>& body);
+
 }  // namespace thermika_test

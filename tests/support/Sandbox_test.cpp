@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
@@ -22,14 +21,14 @@ namespace {
 namespace fs = std::filesystem;
 using thermika_test::inSandbox;
 using thermika_test::run;
+using thermika_test::runInProcess;
 using thermika_test::RunResult;
 
 /// A test's process whose only step is a sandbox with `body`: status 1 when that failed the test.
 RunResult runAsTest(const std::function<void()>& body) {
-    return run("not started", {}, [&body] {
+    return runInProcess([&body] {
         inSandbox(body);
-        std::fflush(stdout);
-        _exit(testing::Test::HasFailure() ? 1 : 0);
+        return testing::Test::HasFailure() ? 1 : 0;
     });
 }
 
