@@ -17,19 +17,13 @@
 #include <system_error>
 
 #include "imgproc/Cali.h"
-#include "support/CaliDescriptions.h"
-#include "support/CaliTest.h"
+#include "support/FileCheckTest.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::opticsElement;
-using thermika_test::rangeElement;
-using thermika_test::samplePointOpticsElement;
-using thermika_test::writeFile;
+using namespace thermika_test;
 
-constexpr int kSerial = 12345678;
-constexpr const char* kComplete = "(null)";
 constexpr const char* kDataFile = "Cali-12345678-33-0-250.dat";
 
 /// Works in another directory while it lives.
@@ -100,13 +94,11 @@ std::string makeDirectoryOfLength(const std::string& folder, std::size_t length)
     return path;
 }
 
-class FileCheckPaths : public thermika_test::CaliTest {
+class FileCheckPaths : public FileCheckTest {
 protected:
-    std::string missingIn(const std::string& directory, int serial = kSerial) const {
+    std::string missingIn(const std::string& directory, unsigned long serial = kSerial) const {
         manager().setCalibrationDir(directory.c_str());
-        const std::unique_ptr<char[]> list(
-            manager().checkCalibration(static_cast<unsigned long>(serial)));
-        return list ? list.get() : kComplete;
+        return missing(serial);
     }
 
     /// A description that asks for kDataFile alone.
@@ -193,7 +185,7 @@ TEST_F(FileCheckPaths, reportsEverythingMissingBelowAFile) {
     loadOneFile();
     writeFile(beside("file"), "text");
     EXPECT_EQ(missingIn(beside("file")), std::string(kDataFile) + ";");
-    EXPECT_EQ(thermika_test::readFile(beside("file")), "text");
+    EXPECT_EQ(readFile(beside("file")), "text");
 }
 
 TEST_F(FileCheckPaths, looksIntoImagerBelowTheWorkingDirectoryWhenTheDirectoryIsEmpty) {
@@ -261,9 +253,9 @@ TEST_F(FileCheckPaths, followsLinksToTheirFile) {
 TEST_F(FileCheckPaths, leavesNoFileOpen) {
     describe(kSerial, opticsElement(33, "", rangeElement("0", "250")));
     writeFile(cali() + "/" + kDataFile, "");
-    const std::size_t before = thermika_test::openDescriptors();
+    const std::size_t before = openDescriptors();
     missingIn(cali());
-    EXPECT_EQ(thermika_test::openDescriptors(), before);
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(FileCheckPaths, loadsFromADirectoryOf241Characters) {

@@ -1,9 +1,6 @@
-// Which files the file check expects of a camera, in which order it lists the missing ones, and the
-// two-step protocol of asking for a list. What it does to directories stands in
+// The list of a camera's missing files: when it is complete, and the two-step protocol of asking for
+// one. Which names are on it stands in FileCheckNames_test.cpp, what is done to directories in
 // FileCheckPaths_test.cpp.
-#include <gtest/gtest.h>
-
-#include <clocale>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -12,24 +9,15 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "imgproc/Cali.h"
-#include "support/CaliDescriptions.h"
-#include "support/CaliTest.h"
-#include "support/Locales.h"
+#include "support/FileCheckTest.h"
 #include "support/LogLines.h"
 
 namespace {
 
-using thermika_test::LogLines;
-using thermika_test::opticsElement;
-using thermika_test::rangeElement;
-using thermika_test::samplePointOpticsElement;
-using thermika_test::ScopedLocale;
-using thermika_test::writeFile;
-
-constexpr int kSerial = 12345678;
-constexpr int kOtherSerial = 12345679;
-constexpr const char* kComplete = "(null)";
+using namespace thermika_test;
 
 /// What checkCaliFiles() is told beside the directory, the serial and the buffer.
 struct Names {
@@ -39,14 +27,8 @@ struct Names {
     const char* separator = ";";
 };
 
-class FileCheck : public thermika_test::CaliTest {
+class FileCheck : public FileCheckTest {
 protected:
-    /// What checkCalibration() lists.
-    std::string missing(unsigned long serial = kSerial) const {
-        const std::unique_ptr<char[]> list(manager().checkCalibration(serial));
-        return list ? list.get() : kComplete;
-    }
-
     bool check(char* list, int& size, int serial = kSerial, const Names& names = {}) const {
         return manager().checkCaliFiles(cali().c_str(), serial, list, &size, names.description,
                                         names.data, names.curve, names.separator);
@@ -64,151 +46,8 @@ protected:
         return buffer.get();
     }
 
-    /// One optics, field of view 33, no text, from -20 to 100 with 27 and 80 frames per second.
-    void describeUsualCamera() const {
-        describe(kSerial, opticsElement(33, "", rangeElement("-20", "100", {27, 80})));
-    }
-
     void provide(const std::string& file) const { writeFile(cali() + "/" + file, ""); }
 };
-
-TEST_F(FileCheck, listsDataAndCurveFileOfEveryFrameRateInOrder) {
-    describeUsualCamera();
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-M20-100-27.dat;Kennlinie-12345678-33-M20-100-27.prn;"
-              "Cali-12345678-33-M20-100-80.dat;Kennlinie-12345678-33-M20-100-80.prn;");
-}
-
-TEST_F(FileCheck, putsTheOpticsTextAfterTheFieldOfView) {
-    describe(kSerial, opticsElement(33, "O33", rangeElement("-20", "100", {27, 80})));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-O33-M20-100-27.dat;Kennlinie-12345678-33-O33-M20-100-27.prn;"
-              "Cali-12345678-33-O33-M20-100-80.dat;Kennlinie-12345678-33-O33-M20-100-80.prn;");
-}
-
-TEST_F(FileCheck, takesAnEmptyTextForNone) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "250", {27})) +
-                          "<OpticsDef>\n<FOV>60</FOV>\n<TempRanges>\n" +
-                          rangeElement("0", "250", {27}) + "</TempRanges>\n</OpticsDef>\n");
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-0-250-27.dat;Kennlinie-12345678-33-0-250-27.prn;"
-              "Cali-12345678-60-0-250-27.dat;Kennlinie-12345678-60-0-250-27.prn;");
-}
-
-TEST_F(FileCheck, asksForNoCurveFilesOfSamplePointOptics) {
-    describe(kSerial, samplePointOpticsElement(
-                          33, "", rangeElement("-20", "100", {27, 80}) + rangeElement("0", "250")));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-M20-100-27.dat;Cali-12345678-33-M20-100-80.dat;"
-              "Cali-12345678-33-0-250.dat;");
-}
-
-TEST_F(FileCheck, leavesFrameRateZeroOutOfTheName) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "250", {27, 0, 80})));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-0-250-27.dat;Kennlinie-12345678-33-0-250-27.prn;"
-              "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;"
-              "Cali-12345678-33-0-250-80.dat;Kennlinie-12345678-33-0-250-80.prn;");
-}
-
-TEST_F(FileCheck, expectsOneNameOfARangeWithoutFrameRates) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "250")));
-    EXPECT_EQ(missing(), "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;");
-}
-
-TEST_F(FileCheck, expectsOneNameOfARangeWithAnEmptyListOfFrameRates) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "250", std::vector<int>{})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;");
-}
-
-TEST_F(FileCheck, walksOpticsThenRangesThenFrameRates) {
-    describe(kSerial,
-             opticsElement(60, "HT", rangeElement("150", "900") + rangeElement("0", "250", {27})) +
-                 samplePointOpticsElement(30, "", rangeElement("-20", "100", {80, 27})));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-60-HT-150-900.dat;Kennlinie-12345678-60-HT-150-900.prn;"
-              "Cali-12345678-60-HT-0-250-27.dat;Kennlinie-12345678-60-HT-0-250-27.prn;"
-              "Cali-12345678-30-M20-100-80.dat;Cali-12345678-30-M20-100-27.dat;");
-}
-
-TEST_F(FileCheck, expectsTheDefaultRangesOfOpticsThatTellNone) {
-    describe(kSerial, "<OpticsDef>\n<FOV>33</FOV>\n</OpticsDef>\n");
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-M20-100.dat;Kennlinie-12345678-33-M20-100.prn;"
-              "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;"
-              "Cali-12345678-33-150-900.dat;Kennlinie-12345678-33-150-900.prn;");
-}
-
-TEST_F(FileCheck, signsABoundBelowZeroWhoseNumberIsZero) {
-    describe(kSerial, samplePointOpticsElement(33, "", rangeElement("-0.5", "-0.1", {27})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-M0-M0-27.dat;");
-}
-
-TEST_F(FileCheck, cutsFractionsOffAndSaturatesWhatNoIntHolds) {
-    describe(kSerial, samplePointOpticsElement(33, "",
-                                               rangeElement("-20.7", "100.9", {27}) +
-                                                   rangeElement("-1e30", "1e30", {27})));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-M20-100-27.dat;Cali-12345678-33-M2147483647-2147483647-27.dat;");
-}
-
-// A bound that is no number equals nothing, so the range's own frame rates are not found by it.
-TEST_F(FileCheck, expectsOneNameOfARangeThatIsNotFoundByItsBounds) {
-    describe(kSerial, samplePointOpticsElement(33, "", rangeElement("nan", "100", {27, 80})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-0-100.dat;");
-}
-
-TEST_F(FileCheck, readsBoundsWithAPointWhateverTheLocale) {
-    const ScopedLocale locale({{LC_NUMERIC, thermika_test::kDecimalCommaLocale},
-                               {LC_CTYPE, thermika_test::kDecimalCommaLocale}});
-    describe(kSerial, samplePointOpticsElement(33, "", rangeElement("-0.5", "1.9e2", {27})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-M0-190-27.dat;");
-}
-
-TEST_F(FileCheck, usesTheFrameRatesOfTheFirstRangeWithEqualBounds) {
-    describe(kSerial,
-             samplePointOpticsElement(
-                 33, "", rangeElement("0", "250", {27}) + rangeElement("0", "250", {80, 125})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-0-250-27.dat;Cali-12345678-33-0-250-27.dat;");
-}
-
-TEST_F(FileCheck, findsTheFrameRatesOfARangeByBothBounds) {
-    describe(kSerial, samplePointOpticsElement(33, "",
-                                               rangeElement("0", "250", {27}) +
-                                                   rangeElement("0", "100", {80}) +
-                                                   rangeElement("-20", "100", {125})));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-0-250-27.dat;Cali-12345678-33-0-100-80.dat;"
-              "Cali-12345678-33-M20-100-125.dat;");
-}
-
-TEST_F(FileCheck, expectsFilesOfARangeWhoseBoundsAreOneNumber) {
-    describe(kSerial, samplePointOpticsElement(33, "", rangeElement("50", "50", {27})));
-    EXPECT_EQ(missing(), "Cali-12345678-33-50-50-27.dat;");
-}
-
-TEST_F(FileCheck, takesTheFlagByPositionButTheRangesByKey) {
-    const std::string first = rangeElement("-20", "100", {27});
-    const std::string second = rangeElement("0", "250", {80});
-    describe(kSerial, opticsElement(33, "", first) + samplePointOpticsElement(33, "", second));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-M20-100-27.dat;Kennlinie-12345678-33-M20-100-27.prn;"
-              "Cali-12345678-33-M20-100-27.dat;");
-
-    describe(kOtherSerial, samplePointOpticsElement(33, "", first) + opticsElement(33, "", second));
-    EXPECT_EQ(missing(kOtherSerial),
-              "Cali-12345679-33-M20-100-27.dat;Cali-12345679-33-M20-100-27.dat;"
-              "Kennlinie-12345679-33-M20-100-27.prn;");
-}
-
-TEST_F(FileCheck, tellsOpticsOfOneFieldOfViewApartByTheirText) {
-    describe(kSerial, samplePointOpticsElement(33, "A", rangeElement("0", "100", {27})) +
-                          samplePointOpticsElement(33, "", rangeElement("0", "200", {80})) +
-                          samplePointOpticsElement(33, "a", rangeElement("0", "300")));
-    EXPECT_EQ(missing(),
-              "Cali-12345678-33-A-0-100-27.dat;Cali-12345678-33-0-200-80.dat;"
-              "Cali-12345678-33-a-0-300.dat;");
-}
 
 TEST_F(FileCheck, isCompleteWhenNothingIsExpected) {
     describe(kSerial, "");
