@@ -212,11 +212,12 @@ std::unique_ptr<char[]> IRCalibrationManager::missingFiles(unsigned long serial)
     MissingFileList counted(nullptr, &size);
     recordMissingFiles(directory.c_str(), camera, {}, counted);
     if (size == 0) return nullptr;
-    const auto capacity = static_cast<std::size_t>(size);
-    auto list = std::make_unique<char[]>(capacity + 1);
-    // Files that vanished meanwhile find no room.
-    MissingFileList filled(list.get(), &size, capacity);
+    // More may be missing now than was counted: names are never cut, each would be another file's.
+    std::string names;
+    MissingFileList filled(names);
     recordMissingFiles(directory.c_str(), camera, {}, filled);
+    auto list = std::make_unique<char[]>(names.size() + 1);
+    names.copy(list.get(), names.size());
     return list;
 }
 

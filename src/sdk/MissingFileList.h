@@ -1,27 +1,27 @@
-// The list of missing files as callers of the file check hold it: first only its size is counted,
-// then a buffer is filled.
+// The list of missing files: as callers of the file check hold it, who first have its size counted
+// and then a buffer filled; or as a text that grows.
 #pragma once
 
 #include <cstddef>
-#include <limits>
+#include <string>
 #include <string_view>
 
 namespace dax {
 
 class MissingFileList {
 public:
-    static constexpr std::size_t kTrusted = std::numeric_limits<std::size_t>::max();
-
     /// Counts into `*size` when `list` is null. Otherwise appends to the terminated text in `list`,
-    /// of each piece at most `*size` characters, and never more than `capacity` characters in all:
-    /// a list that is kTrusted has to have room for whatever is recorded.
-    MissingFileList(char* list, int* size, std::size_t capacity = kTrusted);
+    /// which has room for whatever is recorded, of each piece at most `*size` characters.
+    MissingFileList(char* list, int* size);
+
+    /// Appends to `list`, every piece whole.
+    explicit MissingFileList(std::string& list);
 
     /// Records `name` and the `separator` after it.
     void add(std::string_view name, std::string_view separator);
 
-    /// Records the only file of a list: `name` and the `separator`, `*size` characters at most. A
-    /// count has one byte for the separator, whatever it is, and none for the terminator.
+    /// Records the only file of a list: `name` and the `separator`, in a buffer `*size` characters at
+    /// most. A count has one byte for the separator, whatever it is, and none for the terminator.
     void addDescription(std::string_view name, std::string_view separator);
 
     /// Nothing more is recorded: a count gets the terminator's byte.
@@ -31,14 +31,15 @@ public:
     bool isEmpty() const;
 
 private:
+    bool isCounting() const;
     void append(std::string_view piece);
     void count(std::size_t bytes);
     std::size_t bound() const;
 
-    char* m_list;
-    int* m_size;
-    std::size_t m_capacity;
-    std::size_t m_used;  ///< characters in the list
+    std::string* m_text = nullptr;  ///< null: a buffer is filled, or its size counted
+    char* m_list = nullptr;
+    int* m_size = nullptr;
+    std::size_t m_used = 0;  ///< characters in the buffer
 };
 
 }  // namespace dax

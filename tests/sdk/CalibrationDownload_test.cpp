@@ -242,6 +242,21 @@ TEST(CalibrationDownload, runsNoCommandWhenTheFilesAppearBetweenTheTwoLooksAtThe
     });
 }
 
+// The list was as long as the first look had counted: its last name was cut, and what the server
+// answered to that name lay in the directory afterwards.
+TEST(CalibrationDownload, fetchesWholeNamesWhenMoreIsMissingAtTheSecondLookAtTheList) {
+    inSandbox([] {
+        const DownloadWorld world;
+        FileServer server;
+        serveFiles(server, cameraFiles());
+        EXPECT_TRUE(thermika_test::answerWhenFilesAppear(
+            [] { return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera); },
+            {{kDescriptionName, thermika_test::cameraDescription()}}));
+        EXPECT_EQ(contents(kCaliDir), cameraFiles());
+        EXPECT_EQ(FileServer::requests().at(1), onServer(kFirstData));
+    });
+}
+
 TEST(CalibrationDownload, makesNoCheckAfterTheThirdPass) {
     inSandbox([] {
         const DownloadWorld world;

@@ -11,7 +11,6 @@
 #include <system_error>
 
 #include "sdk/IRLogger.h"
-#include "support/CameraSet.h"
 
 namespace thermika_test {
 
@@ -31,16 +30,16 @@ std::string lengthyDescription() {
 }
 
 /// Puts the files there once the complaint has begun, and reads the rest of it only then.
-[[noreturn]] void installDuring(int complaint) {
+[[noreturn]] void installDuring(int complaint, const Files& files) {
     char bytes[kComplaintRoom];
-    if (read(complaint, bytes, 1) == 1) installFiles(cameraFiles());
+    if (read(complaint, bytes, 1) == 1) installFiles(files);
     while (read(complaint, bytes, sizeof bytes) > 0) continue;
     _exit(0);
 }
 
 }  // namespace
 
-bool answerWhenFilesAppear(const std::function<bool()>& operation) {
+bool answerWhenFilesAppear(const std::function<bool()>& operation, const Files& files) {
     installFiles({{kDescriptionName, lengthyDescription()}});
     // The first look complains at length, and waits in the middle of that until the other process
     // has put the files there.
@@ -51,7 +50,7 @@ bool answerWhenFilesAppear(const std::function<bool()>& operation) {
     require(installer >= 0, "fork");
     if (installer == 0) {
         close(complaint[1]);
-        installDuring(complaint[0]);
+        installDuring(complaint[0], files);
     }
     close(complaint[0]);
     std::fflush(stderr);
