@@ -114,8 +114,10 @@ int mkDir(const char* path) { return mkdir(path, kDirectoryMode); }
 }  // namespace dax
 
 int main(int argc, char** argv) {
-    // A reader that goes away is a failed write with a message, not a silent death.
+    // A reader that goes away and a file that may not grow (ulimit -f) are failed writes with a
+    // message, not a silent death.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     // There is one text to write: a buffer would only be filled and emptied.
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     try {
