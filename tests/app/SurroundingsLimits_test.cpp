@@ -34,6 +34,7 @@ constexpr rlim_t kMiB = 1 << 20;
 /// The tool under a limit of the system's.
 RunResult runLimited(int resource, rlim_t most, const std::vector<std::string>& arguments) {
     return runTool(arguments, [resource, most] {
+        closefrom(STDERR_FILENO + 1);  // what the test was started with counts, too
         const rlimit limit{most, most};
         if (setrlimit(static_cast<__rlimit_resource>(resource), &limit) != 0) _exit(99);
     });
