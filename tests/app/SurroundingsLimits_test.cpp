@@ -114,7 +114,7 @@ TEST(SurroundingsLimits, needsTwoDescriptorsForTheBusAndOneForADescription) {
                               kToolFailure};
         const RunResult noCamera{kNoCamera, "", kToolFailure};
         const RunResult delivered{document(33), "", 0};
-        for (const rlim_t most : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
+        for (const rlim_t most : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U}) {
             EXPECT_EQ(runLimited(RLIMIT_NOFILE, most, {}), most <= 3   ? noBus
                                                            : most == 4 ? noCamera
                                                                        : delivered)
