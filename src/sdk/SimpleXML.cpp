@@ -18,6 +18,7 @@
 #include "sdk/Logger.h"
 #include "sdk/NumberText.h"
 #include "sdk/NumericLocale.h"
+#include "sdk/PathLimits.h"
 #include "sdk/StringHelpers.h"
 #include "sdk/TagSearch.h"
 #include "sdk/XmlComments.h"
@@ -26,13 +27,10 @@ namespace dax {
 
 namespace {
 
-constexpr std::size_t kPathChars = 259;        // the system's limit for composed paths
+constexpr std::size_t kPathChars = kPathBytes - 1;
 constexpr std::uint16_t kDeepestParent = 253;  // one level below is the deepest that is reached
 constexpr std::int32_t kNoOccurrence = -1;
 constexpr std::int32_t kNotFound = -1;
-
-constexpr unsigned int kError = 0;  // severities of the log sink
-constexpr unsigned int kDebug = 3;
 
 void log(unsigned int severity, int line, const std::string& message) {
     kelvra::Logger::getInstance()->print(severity, "SimpleXML", line, message);
@@ -74,7 +72,7 @@ bool SimpleXML::open(const char* dir, char* name, const char* rootName) {
     std::optional<std::string> path = caliDirectory(dir, kPathChars + 1);
     if (!path) return false;
     if (path->size() > kPathChars) endOnLongPath(*path);
-    mkdir(path->c_str(), 0777);
+    mkdir(path->c_str(), kDirectoryMode);
     path->append("/").append(name).append(".xml");
     if (path->size() > kPathChars) endOnLongPath(*path);
     return open(path->c_str(), rootName);
@@ -84,7 +82,7 @@ bool SimpleXML::open(const char* file, const char* rootName) {
     if (file == nullptr || rootName == nullptr) return false;
     std::optional<DocumentText> document = readDocumentText(file, rootName);
     if (!document) {
-        log(kDebug, __LINE__, std::string("Failed to open file ") + file);
+        log(kelvra::kLogDebug, __LINE__, std::string("Failed to open file ") + file);
         return false;
     }
     text = std::move(document->text);
@@ -96,8 +94,8 @@ bool SimpleXML::open(const char* file, const char* rootName) {
 
     const std::optional<std::size_t> kept = removeComments(text.get(), m_length);
     if (!kept) {
-        log(kError, __LINE__, text.get());
-        log(kError, __LINE__,
+        log(kelvra::kLogError, __LINE__, text.get());
+        log(kelvra::kLogError, __LINE__,
             std::string("Format of file ") + file +
                 " is wrong. Verify, that the XML document is well-formed!");
         return false;
