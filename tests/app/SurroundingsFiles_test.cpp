@@ -98,7 +98,7 @@ TEST(SurroundingsFiles, stopsAtALineWithoutEnd) {
 TEST(SurroundingsFiles, findsTheOpticsBehindAnyCharacter) {
     inSandbox([] {
         fs::create_directories(kFolder);
-        for (const char character : {'<', 'x', '\r', '\0'})
+        for (const char character : {'<', '\r', '\0'})
             EXPECT_EQ(answerTo(inRoot(floodOfLines({character}) + kOptics)),
                       delivered(kDescribedFov))
                 << static_cast<int>(character);
@@ -110,7 +110,7 @@ TEST(SurroundingsFiles, findsTheOpticsBehindAnyCharacter) {
 TEST(SurroundingsFiles, findsTheOpticsBehindAnyTags) {
     inSandbox([] {
         fs::create_directories(kFolder);
-        for (const char* const tags : {"<a>", "</a>", "<a></a>", "</Temperature>", "<!-- -->"})
+        for (const char* const tags : {"<a>", "</Temperature>", "<!-- -->"})
             EXPECT_EQ(answerTo(inRoot(floodOfLines(tags) + kOptics)), delivered(kDescribedFov))
                 << tags;
     });
