@@ -58,22 +58,6 @@ std::string_view cutAtZeroByte(std::string_view line) {
     return line.substr(0, std::min(line.find('\0'), line.size()));
 }
 
-/// What follows the first line that contains the root's opening tag; nothing when none does before
-/// a line that is too long.
-std::optional<std::string_view> behindOpeningLine(std::string_view text,
-                                                  std::string_view rootName) {
-    // Deliberate: without ">", so the root's opening tag may carry attributes.
-    const std::string marker = "<" + std::string(rootName);
-    text.remove_prefix(std::min(text.find('<'), text.size()));
-    while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find('\n'));
-        if (line.size() > kMaxLineChars) break;
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (cutAtZeroByte(line).find(marker) != std::string_view::npos) return text;
-    }
-    return std::nullopt;
-}
-
 void replaceCarriageReturns(char* at, const char* end) {
     while (void* const found = std::memchr(at, '\r', static_cast<std::size_t>(end - at))) {
         at = static_cast<char*>(found);
@@ -109,27 +93,76 @@ std::string_view firstPiece(std::string_view text) {
     return text.substr(0, text.find('\n', kPieceBytes));
 }
 
+/// Makes a file's bytes the document's text, in place and while they arrive: what is written always
+/// lies before what is still to be looked at.
+class TextBuilder {
+public:
+    explicit TextBuilder(std::string_view rootName)
+        // Deliberate: without ">", so the root's opening tag may carry attributes.
+        : m_rootName(rootName), m_opening("<" + std::string(rootName)) {}
+
+    /// Works on the lines that are complete by now; at the end, on all that are left.
+    void take(const FileBytes& file, bool isEnd) {
+        const std::string_view bytes(file.bytes.get(), file.size);
+        std::size_t upTo = bytes.size();
+        if (!isEnd) upTo = lastFeed(bytes, std::exchange(m_arrived, bytes.size()));
+        if (upTo == std::string_view::npos || m_isOver) return;
+        std::string_view lines = bytes.substr(m_begin, upTo - m_begin);
+        m_begin = std::min(upTo + 1, bytes.size());
+        if (!m_isInRoot) lines = behindOpeningLine(lines);
+        char* to = file.bytes.get() + m_size;
+        while (!lines.empty() && !m_isOver) {
+            const std::string_view piece = firstPiece(lines);
+            const std::string_view content = beforeClosingLine(piece, m_rootName);
+            m_isOver = !joinLines(content, bytes.data() + bytes.size(), to) ||
+                       content.size() < piece.size();
+            lines.remove_prefix(std::min(piece.size() + 1, lines.size()));
+        }
+        m_size = static_cast<std::size_t>(to - file.bytes.get());
+    }
+
+    /// Bytes of the text.
+    std::size_t size() const { return m_size; }
+
+private:
+    static std::size_t lastFeed(std::string_view bytes, std::size_t from) {
+        const std::size_t feed = bytes.substr(from).rfind('\n');
+        return feed == std::string_view::npos ? feed : from + feed;
+    }
+
+    /// What follows the line that holds the root's opening tag; nothing while there is none.
+    std::string_view behindOpeningLine(std::string_view lines) {
+        if (!m_hasBegun) lines.remove_prefix(std::min(lines.find('<'), lines.size()));
+        while (!lines.empty() && !m_isInRoot && !m_isOver) {
+            m_hasBegun = true;
+            const std::string_view line = lines.substr(0, lines.find('\n'));
+            m_isOver = line.size() > kMaxLineChars;
+            m_isInRoot = cutAtZeroByte(line).find(m_opening) != std::string_view::npos;
+            lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+        }
+        return lines;
+    }
+
+    std::string_view m_rootName;
+    std::string m_opening;
+    std::size_t m_arrived = 0;  ///< bytes that were there the last time
+    std::size_t m_begin = 0;    ///< of the first line not yet worked on
+    std::size_t m_size = 0;
+    bool m_hasBegun = false;  ///< with the file's first "<"
+    bool m_isInRoot = false;
+    bool m_isOver = false;  ///< the root was closed, or a line is too long
+};
+
 }  // namespace
 
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName) {
-    std::optional<FileBytes> read = readRegularFile(file, kMaxFileBytes);
+    TextBuilder builder(rootName);
+    std::optional<FileBytes> read = readRegularFile(
+        file, kMaxFileBytes, [&](const FileBytes& soFar) { builder.take(soFar, false); });
     if (!read || read->size == 0) return std::nullopt;
-
-    DocumentText document;
-    document.text = std::move(read->bytes);
-    const std::string_view bytes(document.text.get(), read->size);
-    // Joined in place: what is written always lies before what is still to be read.
-    char* to = document.text.get();
-    std::string_view rest = behindOpeningLine(bytes, rootName).value_or(std::string_view());
-    while (!rest.empty()) {
-        const std::string_view piece = firstPiece(rest);
-        const std::string_view lines = beforeClosingLine(piece, rootName);
-        if (!joinLines(lines, bytes.data() + bytes.size(), to) || lines.size() < piece.size())
-            break;
-        rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
-    }
-    *to = '\0';
-    document.size = static_cast<std::size_t>(to - document.text.get());
+    builder.take(*read, true);
+    DocumentText document{std::move(read->bytes), builder.size()};
+    document.text[document.size] = '\0';
     return document;
 }
 

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -12,7 +13,8 @@ namespace dax {
 
 namespace {
 
-constexpr std::size_t kLineChunkBytes = 256;  // a USB attribute fits: its text has 126 at most
+constexpr std::size_t kPieceBytes = 128 * 1024;  // little beside a processor's second cache
+constexpr std::size_t kLineChunkBytes = 256;     // a USB attribute fits: its text has 126 at most
 
 class Descriptor {
 public:
@@ -47,7 +49,8 @@ private:
 
 }  // namespace
 
-std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes) {
+std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
+                                         const std::function<void(const FileBytes&)>& arrived) {
     errno = 0;
     const Descriptor file(path);
     if (!file.isOpen()) return std::nullopt;
@@ -61,10 +64,12 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes)
     // Not make_unique: it would write every byte once more before read() does.
     result.bytes.reset(new char[expected + 1]);
     while (result.size < expected) {
-        const ssize_t got = file.readSome(result.bytes.get() + result.size, expected - result.size);
+        const ssize_t got = file.readSome(result.bytes.get() + result.size,
+                                          std::min(expected - result.size, kPieceBytes));
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         result.size += static_cast<std::size_t>(got);
+        arrived(result);
     }
     return result;
 }

@@ -1,6 +1,7 @@
 // Which bytes of a file become the document's text: the lines between the root's two.
 #include "sdk/DocumentText.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -142,7 +143,7 @@ TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
         before += filler;
         joined += lineOf(1021) + "\n";
     }
-    for (std::size_t length = 900; length < 1300; ++length) {
+    for (std::size_t length = 1010; length < 1060; ++length) {
         const std::string start = before + lineOf(length) + "\n";
         const std::string text = joined + lineOf(length);
         ASSERT_EQ(textOf(start), text) << length;
@@ -152,6 +153,31 @@ TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
         ASSERT_EQ(textOf(start + std::string("a\0b\rc\n\rd\n</R>\n", 14)), text + "a\nd") << length;
         ASSERT_EQ(textOf(start + lineOf(kMaxLineChars + 1) + "\nbehind\n"), text) << length;
     }
+}
+
+// A file of more than 128 KiB comes in several reads; these end at every place of what matters.
+TEST(DocumentText, readsALongFileWhereverItsReadsEnd) {
+    constexpr std::size_t kReadBytes = 128 * 1024;
+    const std::string marks = "<R>\r\none\n\ntwo\n</R>\nthree\n";
+    for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
+        std::string blank(kReadBytes - behind, ' ');
+        ASSERT_EQ(textOf(blank + marks), "onetwo") << behind;
+        for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
+        ASSERT_EQ(textOf("<" + blank.substr(1) + marks), "onetwo") << behind;
+        std::string joined = blank.substr(5);
+        joined.erase(std::remove(joined.begin(), joined.end(), '\n'), joined.end());
+        ASSERT_EQ(textOf("<R>\n" + blank.substr(5) + "\n" + marks), joined + "<R>\nonetwo")
+            << behind;
+    }
+}
+
+TEST(DocumentText, leavesOutWhatFollowsTheRootInLaterReads) {
+    std::string behind;
+    for (int i = 0; i < 200; ++i) behind += lineOf(1023) + "\n";
+    EXPECT_EQ(textOf("<R>\none\n</R>\n" + behind + "<R>\ntwo\n</R>\n"), "one");
+    EXPECT_EQ(textOf("<R>\none\n" + lineOf(kMaxLineChars + 1) + "\n" + behind), "one");
+    EXPECT_EQ(textOf("<x>" + lineOf(kMaxLineChars) + "\n" + behind + "<R>\ntwo\n</R>\n"), "");
+    EXPECT_EQ(textOf("<x>\n" + behind + lineOf(kMaxLineChars) + "<\n<R>\ntwo\n</R>\n"), "");
 }
 
 TEST(DocumentText, endsBeforeALineThatIsLongerThanAPiece) {

@@ -75,6 +75,27 @@ TEST(FileRead, givesEveryByteOfAFile) {
     }
 }
 
+TEST(FileRead, showsWhatHasArrivedInPiecesThatMayBeChanged) {
+    const TempDir dir;
+    const std::string bytes = everyByte(300'000);
+    writeFile(dir / "file", bytes);
+    std::size_t before = 0;
+    int pieces = 0;
+    const auto read =
+        readRegularFile((dir / "file").c_str(), kNoLimit, [&](const dax::FileBytes& soFar) {
+            EXPECT_GT(soFar.size, before);
+            EXPECT_TRUE(std::string_view(soFar.bytes.get() + before, soFar.size - before) ==
+                        std::string_view(bytes).substr(before, soFar.size - before));
+            soFar.bytes[before] = '!';
+            before = soFar.size;
+            ++pieces;
+        });
+    ASSERT_TRUE(read.has_value());
+    EXPECT_EQ(before, read->size);
+    EXPECT_EQ(pieces, 3);
+    EXPECT_EQ(read->bytes[0], '!');
+}
+
 TEST(FileRead, givesNoBytesOfAnEmptyFile) {
     const TempDir dir;
     writeFile(dir / "empty", "");
