@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -87,7 +88,7 @@ struct DirectoryCloser {
 IRCalibrationManager* IRCalibrationManager::_this = nullptr;
 
 IRCalibrationManager* IRCalibrationManager::getInstance() {
-    if (_this == nullptr) _this = new IRCalibrationManager;
+    if (_this == nullptr) _this = std::make_unique<IRCalibrationManager>().release();
     return _this;
 }
 
@@ -241,9 +242,10 @@ bool IRCalibrationManager::createConfigFilepath(char* out, const char* directory
 bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
     const std::string directory(directoryText(m_calibrationDir.get()));
     if (const int reason = accessError(directory); reason != 0) {
-        log(kelvra::kLogError, __LINE__,
-            reason == EACCES ? "No writing permissions to " + directory
-                             : std::string("Something went wrong: ") + std::strerror(reason));
+        std::string message = "No writing permissions to " + directory;
+        if (reason != EACCES)
+            message = std::string("Something went wrong: ") + std::strerror(reason);
+        log(kelvra::kLogError, __LINE__, message);
         return false;
     }
     // Deliberate: only after the access test, which serial 0 goes through as any other.
@@ -341,7 +343,8 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
     rebuilt.resize(static_cast<std::size_t>(count));
     OPTICS key{};
     std::vector<Range> ranges;
-    for (int i = 0; i < count && cali->copyOptics(i, key); ++i) {
+    for (int i = 0; i < count; ++i) {
+        cali->copyOptics(i, key);
         OpticsEntry& entry = rebuilt[static_cast<std::size_t>(i)];
         entry.fov = key.fov;
         entry.text = key.text == nullptr ? "" : key.text;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <iterator>
+#include <memory>
 
 #include "sdk/WallClock.h"
 
@@ -26,11 +27,12 @@ const char* levelWord(unsigned int severity) {
 /// Six significant digits with "." as the decimal point, as a stream in the classic locale shows
 /// them; the calling thread's locale is left as it was.
 std::string anySecondsText(long double seconds) {
-    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
     const locale_t callers = uselocale(classic);
     char text[32];
     std::snprintf(text, sizeof text, "%Lg", seconds);
     uselocale(callers);
+    freelocale(classic);
     return text;
 }
 
@@ -61,7 +63,8 @@ std::string secondsText(long double seconds) {
 std::string stampedName(const std::string& name) {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
-    if (const std::tm* const read = std::localtime(&now)) local = *read;
+    tzset();
+    localtime_r(&now, &local);
     std::string stamped = name;
     for (const int number : {local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_hour})
         stamped.append("_").append(std::to_string(number));
@@ -87,8 +90,8 @@ Logger* Logger::m_ = nullptr;
 
 Logger* Logger::getInstance() {
     if (m_ == nullptr) {
-        auto* const created = new Logger;
-        m_ = created;
+        auto created = std::make_unique<Logger>();
+        m_ = created.release();
     }
     return m_;
 }

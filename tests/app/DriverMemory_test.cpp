@@ -12,6 +12,7 @@
 #include "support/ExpectedDocument.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
+#include "support/Tool.h"
 #include "support/UsbTree.h"
 
 int thermikaMain(int argc, char** argv);
@@ -44,6 +45,7 @@ using thermika_test::inSandbox;
 using thermika_test::RunResult;
 
 constexpr int kMostAllocations = 500;
+const RunResult kOutOfMemory{"", "out of memory\n", thermika_test::kToolFailure};
 
 /// A run of the tool whose memory ends after so many allocations.
 RunResult runWithMemoryFor(int allocations, std::string option) {
@@ -63,7 +65,6 @@ void expectOneMessageUntilDelivered(const std::string& option) {
     document.serial = "14080045";
     document.fovDeg = 33;
     const RunResult delivered{document.text() + "\n", "", 0};
-    const RunResult outOfMemory{"", "out of memory\n", 255};
 
     std::filesystem::create_directories(document.calibrationDir);
     std::filesystem::copy(THERMIKA_EXAMPLES "/Cali-14080045.xml", document.calibrationDir);
@@ -74,7 +75,7 @@ void expectOneMessageUntilDelivered(const std::string& option) {
             EXPECT_EQ(result, delivered);
             break;
         }
-        EXPECT_EQ(result, outOfMemory) << "with memory for " << allocations << " allocations";
+        EXPECT_EQ(result, kOutOfMemory) << "with memory for " << allocations << " allocations";
         ++allocations;
     }
     EXPECT_GT(allocations, 5);
@@ -90,6 +91,18 @@ TEST(DriverMemory, endsWithOneMessageWhicheverAllocationFailsWhileACameraIsLooke
         thermika_test::UsbTree bus;
         bus.addCamera("1-1", "14080045");
         expectOneMessageUntilDelivered("");
+    });
+}
+
+TEST(DriverMemory, saysThatThereIsNoCameraOnceMemorySufficesToLook) {
+    inSandbox([] {
+        const thermika_test::UsbTree bus;
+        int allocations = 0;
+        RunResult result = runWithMemoryFor(allocations, "");
+        for (; result == kOutOfMemory && allocations < kMostAllocations; ++allocations)
+            result = runWithMemoryFor(allocations + 1, "");
+        EXPECT_GT(allocations, 3);
+        EXPECT_EQ(result, (RunResult{thermika_test::kNoCamera, "", thermika_test::kToolFailure}));
     });
 }
 

@@ -48,6 +48,15 @@ TEST(XmlComments, removesCommentsWithTheirDelimiters) {
     for (const Row& row : kRows) EXPECT_EQ(without(row.text), row.left) << row.text;
 }
 
+// The text is scanned in blocks, so each dash is one time the first of a block and the last of one.
+TEST(XmlComments, removesACommentWhereverItStands) {
+    for (std::size_t before = 0; before < 200; ++before) {
+        const std::string left(before, 'x');
+        const std::string behind(150, 'y');
+        EXPECT_EQ(without(left + "<!-- c -->" + behind), left + behind) << before;
+    }
+}
+
 TEST(XmlComments, removesNeighboursWithoutAnythingBetweenThem) {
     EXPECT_EQ(without("a<!--1--><!--2-->b"), "ab");
     EXPECT_EQ(without("<!--1--><!--2--><!--3-->"), "");
