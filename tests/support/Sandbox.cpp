@@ -25,6 +25,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Coverage.h"
+
 namespace thermika_test {
 
 namespace {
@@ -247,6 +249,7 @@ RunResult runInProcess(const std::function<int()>& body) {
     return run("not started", {}, [&body] {
         const int status = body();
         std::fflush(stdout);
+        keepCoverage();
         _exit(status);
     });
 }
