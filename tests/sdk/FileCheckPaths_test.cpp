@@ -285,6 +285,19 @@ TEST_F(FileCheckPaths, findsFilesInDirectoriesOfUpTo259CharactersOnceTheDescript
     }
 }
 
+TEST_F(FileCheckPaths, findsFilesBelowTheWorkingDirectoryUnderPathsOfUpTo520Characters) {
+    loadOneFile();
+    const std::size_t below = std::string("/Imager/").size() + std::string(kDataFile).size();
+    for (const std::size_t length : {519U, 520U, 521U}) {
+        const WorkingDirectory there(
+            makeDirectoryOfLength(beside(std::to_string(length)), length - below));
+        fs::create_directory("Imager");
+        writeFile(std::string("Imager/") + kDataFile, "");
+        EXPECT_EQ(missingIn(""), length <= 520 ? kComplete : std::string(kDataFile) + ";")
+            << length;
+    }
+}
+
 TEST_F(FileCheckPaths, findsNothingInADirectoryOf260Characters) {
     loadOneFile();
     const std::string directory = makeDirectoryOfLength(beside("x"), 260);
