@@ -6,6 +6,12 @@ function(thermika_settings target)
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow
         -ffunction-sections -fdata-sections
         $<$<BOOL:${THERMIKA_WARNINGS_AS_ERRORS}>:-Werror>)
+    if(THERMIKA_ANALYZER)
+        # g++ 12 takes a value that a function returns in place for uninitialised, and the memory of
+        # a std::vector for null; memcheck and clang's analyzer look for these instead.
+        target_compile_options(${target} PRIVATE -fanalyzer
+            -Wno-analyzer-use-of-uninitialized-value -Wno-analyzer-null-dereference)
+    endif()
     if(THERMIKA_SANITIZERS)
         target_compile_options(${target} PRIVATE
             -fsanitize=${THERMIKA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)

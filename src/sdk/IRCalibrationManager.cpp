@@ -92,11 +92,10 @@ IRCalibrationManager* IRCalibrationManager::getInstance() {
     return _this;
 }
 
-IRCalibrationManager::IRCalibrationManager() {
-    m_availableOptics = std::make_unique<std::vector<OpticsEntry>>();
-    m_calibrationDir = makeDirectoryArray(kDefaultCalibrationDir);
-    m_formatsDir = makeDirectoryArray(kDefaultFormatsDir);
-}
+IRCalibrationManager::IRCalibrationManager()
+    : m_calibrationDir(makeDirectoryArray(kDefaultCalibrationDir)),
+      m_formatsDir(makeDirectoryArray(kDefaultFormatsDir)),
+      m_availableOptics(std::make_unique<std::vector<OpticsEntry>>()) {}
 
 IRCalibrationManager::~IRCalibrationManager() { _this = nullptr; }
 

@@ -48,7 +48,7 @@ std::string worldFile(const std::string& name, std::string_view bytes) {
 
 /// `file` stands for `target` from here on.
 void cover(const std::string& target, const std::string& file) {
-    if (mount(file.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    if (mount(file.c_str(), target.c_str(), "none", MS_BIND, nullptr) != 0)
         fail("cannot mount over " + target);
 }
 
@@ -107,7 +107,7 @@ void mountOver(const std::string& dir, const std::string& options) {
 void makeReadOnly(const std::string& dir) {
     cover(dir, dir);
     // A file system of this sandbox's own: no flag of it is locked.
-    if (mount(nullptr, dir.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
+    if (mount("none", dir.c_str(), "none", MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
         fail("cannot make read-only: " + dir);
 }
 

@@ -66,7 +66,7 @@ void recordShell() {
     const std::string script = kFolder + "/record-shell";
     writeScript(script, "for text; do :; done\nprintf '%s\\0' \"$text\" >>" + kShellTexts +
                             "\nexec " + kShell + " \"$@\"\n");
-    if (mount(script.c_str(), "/bin/sh", nullptr, MS_BIND, nullptr) != 0)
+    if (mount(script.c_str(), "/bin/sh", "none", MS_BIND, nullptr) != 0)
         throw std::system_error(errno, std::generic_category(), "cannot mount over /bin/sh");
 }
 

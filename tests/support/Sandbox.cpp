@@ -69,10 +69,16 @@ private:
     int m_fd;
 };
 
+/// More time for what runs slowly, as under valgrind.
+unsigned int longestRunSeconds() {
+    const char* const seconds = std::getenv("THERMIKA_SANDBOX_SECONDS");
+    return seconds == nullptr ? kLongestRunSeconds : static_cast<unsigned int>(std::stoul(seconds));
+}
+
 /// A forked process ends with its parent, and after a while in any case.
 void limitLife() {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    alarm(kLongestRunSeconds);
+    alarm(longestRunSeconds());
 }
 
 /// As a shell gives it.
@@ -102,7 +108,7 @@ void enterNamespaces() {
     } else if (unshare(kMountsAndNetwork) != 0) {  // possible for root, where users have none
         fail("no private namespaces here (are user namespaces allowed?): unshare");
     }
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) fail("private mounts");
+    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) fail("private mounts");
 }
 
 /// From here on file modes bind this process and the programs that it starts.
