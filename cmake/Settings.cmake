@@ -14,7 +14,8 @@ function(thermika_settings target)
     endif()
     if(THERMIKA_SANITIZERS)
         target_compile_options(${target} PRIVATE
-            -fsanitize=${THERMIKA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+            -fsanitize=${THERMIKA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+            $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignored>)
         target_link_options(${target} PUBLIC -fsanitize=${THERMIKA_SANITIZERS})
     elseif(THERMIKA_HARDENING)
         # FORTIFY works in optimised code only; distributions may have set a level of their own.
