@@ -136,8 +136,8 @@ void switchHearing(int from, bool isHeard) {
     const std::string process = std::to_string(getpid());
     const std::string ignored = "ignored() { grep SigIgn /proc/" + process + "/status; }\n";
     recordProgram("wget", "echo >>/usr/share/world/turns\n[ $(wc -l </usr/share/world/turns) != " +
-                              std::to_string(from) + " ] && exec /usr/bin/wget \"$@\"\n" +
-                              ignored + "before=$(ignored)\nkill -USR1 " + process +
+                              std::to_string(from) + " ] && exec /usr/bin/wget \"$@\"\n" + ignored +
+                              "before=$(ignored)\nkill -USR1 " + process +
                               "\nwhile [ \"$(ignored)\" = \"$before\" ]; do :; done\n" +
                               "exec /usr/bin/wget \"$@\"");
 }
