@@ -5,8 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <utility>
 
 #include "sdk/StringHelpers.h"
 
@@ -38,11 +36,24 @@ void readTableParams(SimpleXML& document, TableParams& table) {
     if (document.getFloat("Lambda", &lambda)) table.Lambda = static_cast<double>(lambda);
 }
 
+/// Room for the elements `name` of the current one.
+template <typename Record>
+std::vector<Record> roomFor(SimpleXML& document, const char* name) {
+    std::vector<Record> records;
+    records.reserve(static_cast<std::size_t>(document.getNodeCount(name)));
+    return records;
+}
+
+/// Descends to the element `name` that becomes the next of `records`.
+template <typename Record>
+bool descendToNext(SimpleXML& document, const char* name, const std::vector<Record>& records) {
+    return document.setNode(name, static_cast<int>(records.size()));
+}
+
 std::vector<std::uint16_t> readFramerates(SimpleXML& document) {
-    std::vector<std::uint16_t> rates(static_cast<std::size_t>(document.getNodeCount("Framerate")));
-    for (std::size_t k = 0; k < rates.size(); ++k) {
-        if (!document.setNode("Framerate", static_cast<int>(k))) continue;
-        readInteger(document, "FR", rates[k]);
+    auto rates = roomFor<std::uint16_t>(document, "Framerate");
+    while (descendToNext(document, "Framerate", rates)) {
+        readInteger(document, "FR", rates.emplace_back());
         document.resetNode();
     }
     return rates;
@@ -72,29 +83,27 @@ void readTemperatureRange(SimpleXML& document, TemperatureRange& range) {
 }
 
 std::vector<TemperatureRange> readTemperatureRanges(SimpleXML& document) {
-    std::vector<TemperatureRange> ranges(
-        static_cast<std::size_t>(document.getNodeCount("TemperatureRange")));
-    for (std::size_t j = 0; j < ranges.size(); ++j) {
-        if (!document.setNode("TemperatureRange", static_cast<int>(j))) continue;
-        readTemperatureRange(document, ranges[j]);
+    auto ranges = roomFor<TemperatureRange>(document, "TemperatureRange");
+    while (descendToNext(document, "TemperatureRange", ranges)) {
+        readTemperatureRange(document, ranges.emplace_back());
         document.resetNode();
     }
     return ranges;
 }
 
-OpticsDef readOpticsDef(SimpleXML& document) {
-    std::optional<std::vector<TemperatureRange>> ranges;
+void readOpticsDef(SimpleXML& document, std::vector<OpticsDef>& all) {
     if (document.setNode("TempRanges")) {
-        ranges = readTemperatureRanges(document);
+        all.emplace_back(readTemperatureRanges(document));
         document.resetNode();
+    } else {
+        all.emplace_back();
     }
-    OpticsDef optics = ranges ? OpticsDef(std::move(*ranges)) : OpticsDef();
+    OpticsDef& optics = all.back();
     document.getInt("FOV", &optics.FOV);
     document.getInt("SerNo", &optics.SerNo);
     optics.Text = readString(document, "Text");
     if (const auto flag = readString(document, "SamplePointCali"))
         optics.SamplePointCali = tstrcmp(tstrlwr(flag.get()), "true") == 0;
-    return optics;
 }
 
 }  // namespace
@@ -133,15 +142,9 @@ std::vector<OpticsDef> readOptics(SimpleXML& document) {
     document.setNode();
     document.setNode("Temperature");
     document.setNode("Optics");
-    std::vector<OpticsDef> optics;
-    const int count = document.getNodeCount("OpticsDef");
-    optics.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        if (!document.setNode("OpticsDef", i)) {
-            optics.emplace_back();
-            continue;
-        }
-        optics.push_back(readOpticsDef(document));
+    auto optics = roomFor<OpticsDef>(document, "OpticsDef");
+    while (descendToNext(document, "OpticsDef", optics)) {
+        readOpticsDef(document, optics);
         document.resetNode();
     }
     return optics;

@@ -164,12 +164,10 @@ int SimpleXML::countElements(const ElementName& name) {
     std::size_t from = m_firstTag[depth];
     const std::size_t to = m_closingTag[depth];
     const std::size_t closingTo = std::min(to + 1, m_tags.count());
-    for (int count = 0;; ++count) {
-        Element found;
-        if (!findElement(name, from, to, closingTo, found) || found.start > end[depth])
-            return count;
+    int count = 0;
+    for (Element found; findElement(name, from, to, closingTo, found); ++count)
         from = found.closingTag;
-    }
+    return count;
 }
 
 int SimpleXML::getKey(const char* name, int from, int limit, bool closing) {
