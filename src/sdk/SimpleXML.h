@@ -47,11 +47,10 @@ public:
     /// than 4095 characters ends the document there; a line is read up to its first zero byte. A
     /// document without the root reads as empty, and that is success, as is a file without any "<".
     ///
-    /// False, with a DEBUG line in the log (none for null) and what was loaded before still there, when
-    /// the file is
-    /// empty, is no regular file, has more than 2^31 bytes or cannot be read. False, with the
-    /// document and a message as ERROR lines, when comment delimiters do not pair up; the text with
-    /// its comments is loaded then. A document loaded before is released.
+    /// False when the file is empty, is no regular file, has more than 2^31 bytes or cannot be read:
+    /// with a DEBUG line in the log (none for null), and what was loaded before still there. False,
+    /// with the document and a message as ERROR lines, when comment delimiters do not pair up; the
+    /// text with its comments is loaded then. A document loaded before is released.
     bool open(const char* file, const char* rootName);
 
     /// Moves the cursor to the whole document. Always true.
@@ -120,9 +119,8 @@ private:
     /// Bytes before the text's terminator; less than `size` once comments are gone.
     std::size_t m_length = 0;
     TagIndex m_tags;  ///< built by the first search of the document
-    /// For each depth, the tags that belong to `start` and `end`, the first one between them, and
-    /// which occurrence of its name in the level above that element is, so that the next sibling is
-    /// searched from there.
+    /// For each depth, the tags of `start` and `end`, the first one between them, and which
+    /// occurrence of its name that element is: the next sibling is searched from there.
     std::array<std::uint32_t, kCursorLevels> m_openingTag{};
     std::array<std::uint32_t, kCursorLevels> m_firstTag{};
     std::array<std::uint32_t, kCursorLevels> m_closingTag{};
