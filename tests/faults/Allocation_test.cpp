@@ -1,16 +1,13 @@
-// Every allocation fails once: for n = 0, 1, ... the n-th one that a public operation makes throws,
-// until the operation gets by without it. The failure must reach the caller, nothing may leak, and
-// the same operation must give its full answer afterwards. Replaces operator new, so it is a
-// program of its own.
-#include <gtest/gtest.h>
+// Every allocation of a public operation fails once: of those that start no program.
+#include "faults/EachAllocation.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <new>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "imgproc/Cali.h"
 #include "sdk/IRCalibrationManager.h"
@@ -21,73 +18,13 @@
 
 namespace {
 
-constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
-
-constexpr int kManyTags = 6000;
-
-std::size_t g_untilFailure = kNever;
-std::ptrdiff_t g_live = 0;
-
-void* allocate(std::size_t bytes) {
-    if (g_untilFailure != kNever && g_untilFailure-- == 0) {
-        g_untilFailure = kNever;
-        throw std::bad_alloc();
-    }
-    void* const block = std::malloc(bytes == 0 ? 1 : bytes);
-    if (block == nullptr) throw std::bad_alloc();
-    ++g_live;
-    return block;
-}
-
-void release(void* block) {
-    if (block == nullptr) return;
-    --g_live;
-    std::free(block);
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) { return allocate(bytes); }
-void* operator new[](std::size_t bytes) { return allocate(bytes); }
-void operator delete(void* block) noexcept { release(block); }
-void operator delete[](void* block) noexcept { release(block); }
-void operator delete(void* block, std::size_t) noexcept { release(block); }
-void operator delete[](void* block, std::size_t) noexcept { release(block); }
-
-namespace {
-
+using thermika_test::failAllocation;
+using thermika_test::failEachAllocation;
+using thermika_test::failNoAllocation;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
-/// A complete use of something: from nothing to an answer, with all it made gone again.
-using Use = std::function<std::string()>;
-
-/// How many allocations of `use` were made to fail, one at a time.
-std::size_t failEachAllocation(const Use& use) {
-    const std::string expected = use();  // also creates what stays for the process's life
-    for (std::size_t n = 0;; ++n) {
-        const std::ptrdiff_t liveBefore = g_live;
-        bool isThrown = false;
-        std::string answer;
-        g_untilFailure = n;
-        try {
-            answer = use();
-        } catch (const std::bad_alloc&) {
-            isThrown = true;
-        }
-        const bool isReached = g_untilFailure == kNever;
-        g_untilFailure = kNever;
-        if (!isReached) {
-            EXPECT_EQ(answer, expected);
-            return n;
-        }
-        EXPECT_TRUE(isThrown) << "allocation " << n << " failed and nobody was told";
-        answer = std::string();
-        EXPECT_EQ(g_live, liveBefore) << "allocation " << n << " failed and something leaked";
-        EXPECT_EQ(use(), expected) << "after allocation " << n << " had failed";
-        if (testing::Test::HasFailure()) return n;
-    }
-}
+constexpr int kManyTags = 6000;
 
 std::string owned(char* text) {
     const std::unique_ptr<char[]> owner(text);
@@ -180,13 +117,13 @@ void expectAFailedSearchForgotten(const std::string& path,
         ASSERT_TRUE(open(fresh));
         ASSERT_TRUE(open(reader));
         isThrown = false;
-        g_untilFailure = failures;
+        failAllocation(failures);
         try {
             search(reader);
         } catch (const std::bad_alloc&) {
             isThrown = true;
         }
-        g_untilFailure = kNever;
+        failNoAllocation();
         ASSERT_EQ(answerOf(reader), answerOf(fresh)) << "after allocation " << failures;
     }
     EXPECT_GT(failures, 3U) << "the index was meant to grow while it is built";
@@ -220,14 +157,14 @@ TEST_F(EveryAllocation, ofLoadingADescriptionReachesTheCaller) {
 TEST_F(EveryAllocation, ofAFailedLoadLeavesTheObjectAbleToLoad) {
     ConfigCali cali;
     for (std::size_t n = 0;; ++n) {
-        g_untilFailure = n;
+        failAllocation(n);
         bool isThrown = false;
         try {
             cali.load(m_dir.path().c_str(), 14080045);
         } catch (const std::bad_alloc&) {
             isThrown = true;
         }
-        g_untilFailure = kNever;
+        failNoAllocation();
         if (!isThrown) break;
         ASSERT_FALSE(cali.isLoaded(14080045)) << n;
     }
