@@ -342,7 +342,6 @@ void ConfigCali::reset() {
 void ConfigCali::hold(std::vector<OpticsDef> optics) {
     m_index = indexOf(optics);
     m_optics = std::move(optics);
-    m_lastAsked = 0;
 }
 
 /// The first optics of a key; null when there is none.
