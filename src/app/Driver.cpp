@@ -58,8 +58,8 @@ bool readOptions(int argc, char** argv, Options& options) {
             if (!readSerial(optarg, options)) return false;
             continue;
         }
-        // Deliberate: a source directory is accepted, and then ends the run with -1 before any camera
-        // is looked for, just as an unknown option does. So nobody sees the copy.
+        // Deliberate: a source directory is accepted, and then ends the run with -1 before any
+        // camera is looked for, just as an unknown option does. So nobody sees the copy.
         options.isStopped = true;
         if (option == 't' && std::isprint(static_cast<unsigned char>(optarg[0])) != 0)
             options.calibrationDir = optarg;

@@ -117,10 +117,10 @@ public:
     ConfigCali& operator=(const ConfigCali&) = delete;
 
     /// Loads "Cali-<serial>.xml" from `dir`: 0, also when that serial is loaded already, whatever
-    /// `dir` says. -2147024891 when the file cannot be opened or read, is empty or no regular file, or its
-    /// comments do not pair up: the built-in description is held
-    /// then if another serial was loaded before, else what was held. What the file lacks keeps its
-    /// default; whole numbers are cut to 16 bits where the field has 16.
+    /// `dir` says. -2147024891 when the file cannot be opened or read, is empty or no regular file,
+    /// or its comments do not pair up: the built-in description is held then if another serial was
+    /// loaded before, else what was held. What the file lacks keeps its default; whole numbers are
+    /// cut to 16 bits where the field has 16.
     /// Process: creates `dir`, one level; an over-long path ends the process (see SimpleXML::open);
     /// LC_NUMERIC becomes "C", and what the reader's getters leave once a value was read.
     int load(const char* dir, int serial);

@@ -17,8 +17,8 @@ namespace {
 // The reader keeps a file's length less one in 32 signed bits.
 constexpr std::size_t kMaxFileBytes = std::size_t{1} << 31;
 
-// A text is worked on in pieces that stay in the processor's nearest memory from one look at them to
-// the next.
+// A text is worked on in pieces that stay in the processor's nearest memory from one look at them
+// to the next.
 constexpr std::size_t kPieceBytes = 16384;
 
 /// The part of a text before the first line that holds the root's closing tag, before that line's

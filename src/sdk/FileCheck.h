@@ -20,8 +20,8 @@ struct FileFormats {
 bool recordMissingFiles(const char* directory, int serial, const FileFormats& formats,
                         MissingFileList& missing);
 
-/// Records the file that `format` names after `name`, and ";", when `directory` has none that can be
-/// opened for reading.
+/// Records the file that `format` names after `name`, and ";", when `directory` has none that can
+/// be opened for reading.
 void recordFileIfMissing(const char* directory, const char* name, const char* format,
                          MissingFileList& missing);
 

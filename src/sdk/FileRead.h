@@ -19,8 +19,8 @@ struct FileBytes {
 /// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
 /// shrinks meanwhile gives what is left of it. `errno` tells why, 0 when the file itself is unfit.
 ///
-/// `arrived` is called, often, with what has been read so far, so that it can be looked at while the
-/// processor has it near; it may change those bytes.
+/// `arrived` is called, often, with what has been read so far, so that it can be looked at while
+/// the processor has it near; it may change those bytes.
 std::optional<FileBytes> readRegularFile(
     const char* path, std::size_t maxBytes,
     const std::function<void(const FileBytes&)>& arrived = [](const FileBytes&) {});

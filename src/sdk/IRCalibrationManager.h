@@ -47,24 +47,26 @@ public:
     void setCalibrationDir(const char* dir);
     void setFormatsDir(const char* dir);
 
-    /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores its
-    /// number there. The first camera in the order of /sys/bus/usb/devices wins. False when there is
-    /// none (`serial` becomes 0) or when that directory cannot be entered or read (`serial` stays as
-    /// it was, the log tells why). An allocation failure propagates; `serial` may be 0 then.
+    /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores
+    /// its number there. The first camera in the order of /sys/bus/usb/devices wins. False when
+    /// there is none (`serial` becomes 0) or when that directory cannot be entered or read
+    /// (`serial` stays as it was, the log tells why). An allocation failure propagates; `serial`
+    /// may be 0 then.
     /// Process: the working directory is /sys/bus/usb/devices afterwards unless it could not be
     /// entered; `errno` is 0.
     bool findSerial(unsigned long& serial);
 
     /// The configuration document of camera `serial`, each of its 33 lines ended by a line feed. It
-    /// suggests field of view (degrees) and limits (degrees Celsius) of the first optics and range in
-    /// the file "Cali-<serial>.xml" of the calibration directory, looked for further out where an
-    /// enclosing element is missing; what is nowhere, or all when the file cannot be read, is 0, -20
-    /// and 100. The reader logs why a file cannot be read. Only an allocation failure propagates.
+    /// suggests field of view (degrees) and limits (degrees Celsius) of the first optics and range
+    /// in the file "Cali-<serial>.xml" of the calibration directory, looked for further out where
+    /// an enclosing element is missing; what is nowhere, or all when the file cannot be read, is 0,
+    /// -20 and 100. The reader logs why a file cannot be read. Only an allocation failure
+    /// propagates.
     /// Process: LC_NUMERIC is "C" afterwards.
     std::string generateConfiguration(unsigned long serial);
 
-    /// The calibration files that camera `serial` needs and the calibration directory lacks, each name
-    /// followed by ";"; the caller frees the list with delete[]. Null when it lacks none. A
+    /// The calibration files that camera `serial` needs and the calibration directory lacks, each
+    /// name followed by ";"; the caller frees the list with delete[]. Null when it lacks none. A
     /// description that cannot be loaded is the one file named; one that was loaded before, from
     /// whatever directory, is used as it is and not named.
     /// Process: as checkCaliFiles().
@@ -73,32 +75,33 @@ public:
     /// The same for any directory and names; true when nothing is missing. Ask first with `missing`
     /// null: `*size` becomes the bytes that the list needs (the largest int where none holds them).
     /// Then pass a buffer of one byte more than that (the list of a missing description alone needs
-    /// it) and `*size` as it is. `*size` bounds each name, not the list: a buffer smaller than told,
-    /// or files that vanish between the two calls, let the list run over its end, which
+    /// it) and `*size` as it is. `*size` bounds each name, not the list: a buffer smaller than
+    /// told, or files that vanish between the two calls, let the list run over its end, which
     /// checkCalibration() is safe from. The formats are printf's: of an int in `xmlFormat` (cut to
     /// 19 characters), of a string in the others (to 259). `separator` stands after the
     /// description's name only; other names have ";". No other pointer may be null.
     /// Process: loads the description (see ConfigCali::load(), which ends the process for a
-    /// directory of more than 241 characters); creates the directory, one level, when it is missing.
+    /// directory of more than 241 characters); creates the directory, one level, when it is
+    /// missing.
     bool checkCaliFiles(const char* directory, int serial, char* missing, int* size,
                         const char* xmlFormat, const char* datFormat, const char* prnFormat,
                         const char* separator);
 
-    /// Composes "<directory>/<name><suffix>" in `out`, which has 2 * `length` + 1 bytes; in place of
-    /// an empty `directory`, "Imager" below the working directory. Name and suffix are cut to
-    /// `length` characters. False, `out` unchanged, when `length` is not positive, the directory has
-    /// `length` characters or more, the path does not fit or there is no working directory.
-    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing, also
-    /// when only the whole path does not fit.
+    /// Composes "<directory>/<name><suffix>" in `out`, which has 2 * `length` + 1 bytes; in place
+    /// of an empty `directory`, "Imager" below the working directory. Name and suffix are cut to
+    /// `length` characters. False, `out` unchanged, when `length` is not positive, the directory
+    /// has `length` characters or more, the path does not fit or there is no working directory.
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing,
+    /// also when only the whole path does not fit.
     bool createConfigFilepath(char* out, const char* directory, short length, const char* name,
                               const char* suffix);
 
     /// Fetches the missing files of camera `serial` from the vendor's server into the calibration
     /// directory, which must exist; blocks meanwhile. True when nothing is missing, and after three
-    /// passes whatever is missing then. A file counts as there once it can be opened, and wget leaves
-    /// an empty one for a file that the server lacks: true is no proof of what the files hold. False,
-    /// with a line in the log, when the directory is not writable, `serial` is 0 or a pass could not
-    /// be made.
+    /// passes whatever is missing then. A file counts as there once it can be opened, and wget
+    /// leaves an empty one for a file that the server lacks: true is no proof of what the files
+    /// hold. False, with a line in the log, when the directory is not writable, `serial` is 0 or a
+    /// pass could not be made.
     /// Process: creates and removes ".thermika_access" in the directory (a link of that name is
     /// followed and what it leads to emptied); as checkCaliFiles() and downloadTarget().
     bool downloadCalibration(unsigned long serial);
@@ -114,11 +117,11 @@ public:
     static bool downloadTarget(char* targets, std::string serial, std::string targetDir);
 
     /// Copies what is named like a file of camera `serial` (or of one whose number begins with it)
-    /// anywhere below `sourceDir` into the calibration directory, over what is there, by running find
-    /// and cp; blocks meanwhile. The directory must exist: cp writes a file of its name otherwise.
-    /// True when nothing is missing afterwards. Both directories reach the shell unquoted: one with
-    /// blanks becomes several arguments; so do the name patterns, which the shell may expand in the
-    /// working directory.
+    /// anywhere below `sourceDir` into the calibration directory, over what is there, by running
+    /// find and cp; blocks meanwhile. The directory must exist: cp writes a file of its name
+    /// otherwise. True when nothing is missing afterwards. Both directories reach the shell
+    /// unquoted: one with blanks becomes several arguments; so do the name patterns, which the
+    /// shell may expand in the working directory.
     /// Process: prints the command on standard output and flushes it; as checkCaliFiles().
     bool copyCalibrationFromLocalRepo(unsigned long serial, std::string sourceDir);
 

@@ -20,8 +20,9 @@ public:
     /// Records `name` and the `separator` after it.
     void add(std::string_view name, std::string_view separator);
 
-    /// Records the only file of a list: `name` and the `separator`, in a buffer `*size` characters at
-    /// most. A count has one byte for the separator, whatever it is, and none for the terminator.
+    /// Records the only file of a list: `name` and the `separator`, in a buffer `*size` characters
+    /// at most. A count has one byte for the separator, whatever it is, and none for the
+    /// terminator.
     void addDescription(std::string_view name, std::string_view separator);
 
     /// Nothing more is recorded: a count gets the terminator's byte.

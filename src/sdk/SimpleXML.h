@@ -3,9 +3,10 @@
 // the text between the first "<name>" and the first "</name>" after it, at whatever nesting level.
 //
 // Use: open(), then setNode() to stand on the whole document, then descend and read. An operation
-// called before that, or with a null pointer, finds nothing. Nothing outside the loaded text is ever
-// read. The first search lists the document's tags; from then on looking for an element costs a look
-// at one byte for each tag before it. Allocation failures propagate, and the object stays usable.
+// called before that, or with a null pointer, finds nothing. Nothing outside the loaded text is
+// ever read. The first search lists the document's tags; from then on looking for an element costs
+// a look at one byte for each tag before it. Allocation failures propagate, and the object stays
+// usable.
 #pragma once
 
 #include <array>
@@ -47,10 +48,10 @@ public:
     /// than 4095 characters ends the document there; a line is read up to its first zero byte. A
     /// document without the root reads as empty, and that is success, as is a file without any "<".
     ///
-    /// False when the file is empty, is no regular file, has more than 2^31 bytes or cannot be read:
-    /// with a DEBUG line in the log (none for null), and what was loaded before still there. False,
-    /// with the document and a message as ERROR lines, when comment delimiters do not pair up; the
-    /// text with its comments is loaded then. A document loaded before is released.
+    /// False when the file is empty, is no regular file, has more than 2^31 bytes or cannot be
+    /// read: with a DEBUG line in the log (none for null), and what was loaded before still there.
+    /// False, with the document and a message as ERROR lines, when comment delimiters do not pair
+    /// up; the text with its comments is loaded then. A document loaded before is released.
     bool open(const char* file, const char* rootName);
 
     /// Moves the cursor to the whole document. Always true.
@@ -72,8 +73,8 @@ public:
     /// unchanged, when it is empty.
     bool getNode(char** out);
 
-    /// How many elements `name` follow one another in the current one; 0 at depth 254. May count one
-    /// more than setNode() reaches, whose tag stands right at the current element's end.
+    /// How many elements `name` follow one another in the current one; 0 at depth 254. May count
+    /// one more than setNode() reaches, whose tag stands right at the current element's end.
     int getNodeCount(const char* name) { return countElements(ElementName(name)); }
 
     /// Searches "<name>" (or "</name>" when `closing`) from byte offset `from` on. The offset of

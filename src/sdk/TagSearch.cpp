@@ -51,8 +51,8 @@ namespace {
 constexpr std::size_t kStep = 16;
 constexpr std::size_t kBlock = 4 * kStep;
 
-/// Looks at many places at a time: a tag can only stand where a tag's length further on a ">" is and
-/// before it the name's last character. Few places pass, and those are compared in full.
+/// Looks at many places at a time: a tag can only stand where a tag's length further on a ">" is
+/// and before it the name's last character. Few places pass, and those are compared in full.
 class WideSearch {
 public:
     WideSearch(const char* text, std::string_view name, TagKind kind)
@@ -69,8 +69,8 @@ public:
         return firstOf(bits(candidates(at)) >> skipped, at + skipped);
     }
 
-    /// Whether there may be a tag among the kBlock places from `at` on. Most often there is none, so
-    /// this is asked of all of them at once.
+    /// Whether there may be a tag among the kBlock places from `at` on. Most often there is none,
+    /// so this is asked of all of them at once.
     bool mayBeInBlock(std::size_t at) const {
         return bits(_mm_or_si128(
                    _mm_or_si128(candidates(at), candidates(at + kStep)),

@@ -1,5 +1,6 @@
-// The kernel moves only a few bytes in each read and write of the real tool, as it may: the document
-// must come out whole. A tracer lowers the number of bytes asked for; the kernel does the rest.
+// The kernel moves only a few bytes in each read and write of the real tool, as it may: the
+// document must come out whole. A tracer lowers the number of bytes asked for; the kernel does the
+// rest.
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>

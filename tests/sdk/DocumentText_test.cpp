@@ -134,7 +134,8 @@ TEST(DocumentText, endsBeforeALineThatIsTooLong) {
     }
 }
 
-// Documents are worked on in pieces of whole lines; these have lines of every length where one ends.
+// Documents are worked on in pieces of whole lines; these have lines of every length where one
+// ends.
 TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
     const std::string filler = lineOf(1021) + "\r\n";
     std::string before = "<R>\n";

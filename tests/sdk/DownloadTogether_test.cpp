@@ -1,5 +1,6 @@
-// Two processes that download into one directory at once. Nothing keeps them apart: one may take the
-// other's links document away, so either may answer no. But both come to an end, and no file is half.
+// Two processes that download into one directory at once. Nothing keeps them apart: one may take
+// the other's links document away, so either may answer no. But both come to an end, and no file is
+// half.
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
-// The list of a camera's missing files: when it is complete, and the two-step protocol of asking for
-// one. Which names are on it stands in FileCheckNames_test.cpp, what is done to directories in
+// The list of a camera's missing files: when it is complete, and the two-step protocol of asking
+// for one. Which names are on it stands in FileCheckNames_test.cpp, what is done to directories in
 // FileCheckPaths_test.cpp.
 #include <cstddef>
 #include <cstring>

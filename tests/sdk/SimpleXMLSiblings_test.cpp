@@ -93,8 +93,8 @@ TEST(SimpleXMLSiblings, takesNoElementForOneOfALongerNameThatEndsInIt) {
     EXPECT_EQ(visited(*document, "a", {0}), "1");
 }
 
-// What was found in an element stays found while the element is the same. Two that begin at the same
-// place are not the same when they end at different ones.
+// What was found in an element stays found while the element is the same. Two that begin at the
+// same place are not the same when they end at different ones.
 TEST(SimpleXMLSiblings, forgetsTheSiblingsOfAnElementThatBeganAtTheSamePlaceAndEndedLater) {
     LoadedDocument document("<b<a><c>1</c></a><c>2</c></b<a>");
     ASSERT_TRUE(document->setNode("b<a", 0));

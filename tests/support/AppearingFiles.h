@@ -9,8 +9,8 @@
 namespace thermika_test {
 
 /// What `operation` answers, which looks at the calibration directory twice: at its first look only
-/// a description lies there that cannot be loaded, at its second every one of `files`. Standard error
-/// goes nowhere meanwhile.
+/// a description lies there that cannot be loaded, at its second every one of `files`. Standard
+/// error goes nowhere meanwhile.
 bool answerWhenFilesAppear(const std::function<bool()>& operation,
                            const Files& files = cameraFiles());
 

@@ -1,5 +1,5 @@
-// Keeps what a build that measures coverage has counted, where a process ends without its usual end.
-// Does nothing in other builds.
+// Keeps what a build that measures coverage has counted, where a process ends without its usual
+// end. Does nothing in other builds.
 #pragma once
 
 namespace thermika_test {

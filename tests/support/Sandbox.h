@@ -14,9 +14,9 @@ namespace thermika_test {
 /// as before. The caller is user 0 there, whom file modes bind as they bind anybody.
 ///
 /// Failed assertions in `body` fail the calling test, and so do an exception, a signal, an early
-/// exit, a minute (THERMIKA_SANDBOX_SECONDS in the environment: so many seconds) without an end, and
-/// a system without such namespaces. Nothing that `body` does to its process (working directory,
-/// locale, singletons, mounts) is left afterwards.
+/// exit, a minute (THERMIKA_SANDBOX_SECONDS in the environment: so many seconds) without an end,
+/// and a system without such namespaces. Nothing that `body` does to its process (working
+/// directory, locale, singletons, mounts) is left afterwards.
 void inSandbox(const std::function<void()>& body);
 
 /// Hides what is below `dir` behind an empty, writable folder. For use in a sandbox.
