@@ -24,6 +24,7 @@ namespace {
 
 constexpr int kLoaded = 0;
 constexpr int kCannotOpen = static_cast<int>(0x80070005U);  // what callers compare with
+constexpr int kNoSerial = -1;
 constexpr int kNotFound = -1;
 constexpr int kNoSuchFramerate = -2;
 constexpr std::int32_t kBuiltInFov = 30;
@@ -146,11 +147,13 @@ int ConfigCali::load(const char* dir, int serialToLoad) {
 
     dax::SimpleXML document;
     if (!document.open(dir, stem, "CaliData")) return kCannotOpen;
-    readMainSection(document, m_main);
-    log(__LINE__, "Calibration data A: " + std::to_string(m_main.TecA) +
-                      " B:" + std::to_string(m_main.TecB) + " C:" + std::to_string(m_main.TecC) +
-                      " D:" + std::to_string(m_main.TecD));
+    MainSection main = m_main;
+    readMainSection(document, main);
+    log(__LINE__, "Calibration data A: " + std::to_string(main.TecA) +
+                      " B:" + std::to_string(main.TecB) + " C:" + std::to_string(main.TecC) +
+                      " D:" + std::to_string(main.TecD));
     hold(readOptics(document));
+    m_main = main;
     loaded = m_hasEverLoaded = true;
     serial = serialToLoad;
     return kLoaded;
@@ -336,6 +339,7 @@ void ConfigCali::reset() {
     hold(std::move(builtIn));
     m_main = MainSection();
     loaded = false;
+    serial = kNoSerial;
 }
 
 /// Replaces the list and the positions that belong to it; neither when memory is short.

@@ -182,7 +182,7 @@ public:
     /// Writes "<serial>-<fov>[-<text>]-<min>-<max>[-<framerate>]", cut to `outSize` bytes and
     /// terminated (nothing when that is not positive): bounds without fraction, "M" for minus, text
     /// and frame rate left out when empty or 0. A number that no int holds is the largest int,
-    /// NaN is 0. False when `range` is null or nothing could be composed.
+    /// NaN is 0. False only when `range` is null.
     static bool caliFilenameString(int serial, int fov, char* text, Range* range,
                                    unsigned short framerate, char* out, int outSize);
     static bool caliFilenameString(int serial, int fov, char* text, float min, float max,

@@ -44,7 +44,8 @@ std::vector<Record> roomFor(SimpleXML& document, const char* name) {
     return records;
 }
 
-/// Descends to the element `name` that becomes the next of `records`.
+/// Descends to the element `name` that becomes the next of `records`. There are as many as were
+/// counted: a further one would have to end with the current element, which has another name.
 template <typename Record>
 bool descendToNext(SimpleXML& document, const char* name, const std::vector<Record>& records) {
     return document.setNode(name, static_cast<int>(records.size()));
@@ -92,18 +93,18 @@ std::vector<TemperatureRange> readTemperatureRanges(SimpleXML& document) {
 }
 
 void readOpticsDef(SimpleXML& document, std::vector<OpticsDef>& all) {
-    if (document.setNode("TempRanges")) {
-        all.emplace_back(readTemperatureRanges(document));
-        document.resetNode();
-    } else {
-        all.emplace_back();
-    }
-    OpticsDef& optics = all.back();
+    OpticsDef& optics = all.emplace_back(std::vector<TemperatureRange>());
     document.getInt("FOV", &optics.FOV);
     document.getInt("SerNo", &optics.SerNo);
     optics.Text = readString(document, "Text");
     if (const auto flag = readString(document, "SamplePointCali"))
         optics.SamplePointCali = tstrcmp(tstrlwr(flag.get()), "true") == 0;
+    if (document.setNode("TempRanges")) {
+        optics.TempRanges = readTemperatureRanges(document);
+        document.resetNode();
+    } else {
+        optics.TempRanges = OpticsDef().TempRanges;
+    }
 }
 
 }  // namespace

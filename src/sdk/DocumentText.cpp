@@ -25,8 +25,6 @@ constexpr std::size_t kPieceBytes = 16384;
 /// first zero byte if it has one; all of it when there is none. When the line is too long to be
 /// read it is there up to the tag, too long still.
 std::string_view beforeClosingLine(std::string_view text, std::string_view rootName) {
-    constexpr std::string_view kLineEnds("\n\0", 2);
-    const std::size_t tag = tagLength(rootName, TagKind::kClosing);
     for (std::size_t at = 0;; ++at) {
         at = findTag(text, rootName, TagKind::kClosing, at, text.size());
         if (at == kNoTag) return text;
@@ -35,8 +33,10 @@ std::string_view beforeClosingLine(std::string_view text, std::string_view rootN
         const std::size_t feed = text.substr(searched, at - searched).rfind('\n');
         if (feed == std::string_view::npos && searched > 0) return text.substr(0, at);
         const std::size_t begin = feed == std::string_view::npos ? 0 : searched + feed + 1;
-        if (text.substr(begin, at + tag - begin).find_first_of(kLineEnds) == std::string_view::npos)
+        if (text.substr(begin, at - begin).find('\0') == std::string_view::npos)
             return text.substr(0, begin);
+        // Nothing in the rest of that line counts.
+        at = std::min(text.find('\n', at), text.size());
     }
 }
 

@@ -51,7 +51,6 @@ private:
 
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
                                          const std::function<void(const FileBytes&)>& arrived) {
-    errno = 0;
     const Descriptor file(path);
     if (!file.isOpen()) return std::nullopt;
     struct stat status {};

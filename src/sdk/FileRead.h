@@ -17,13 +17,12 @@ struct FileBytes {
 
 /// The bytes of a regular file. Nothing when `path` is no regular file, cannot be opened, is longer
 /// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
-/// shrinks meanwhile gives what is left of it. `errno` tells why, 0 when the file itself is unfit.
+/// shrinks meanwhile gives what is left of it.
 ///
 /// `arrived` is called, often, with what has been read so far, so that it can be looked at while
 /// the processor has it near; it may change those bytes.
-std::optional<FileBytes> readRegularFile(
-    const char* path, std::size_t maxBytes,
-    const std::function<void(const FileBytes&)>& arrived = [](const FileBytes&) {});
+std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
+                                         const std::function<void(const FileBytes&)>& arrived);
 
 /// False when `path` cannot be opened. Otherwise true, and `line` holds the text before the first
 /// line feed, or all of it: zero and control bytes included, empty when reading failed.

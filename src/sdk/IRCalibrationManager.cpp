@@ -3,7 +3,6 @@
 #include "sdk/IRCalibrationManager.h"
 
 #include <dirent.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>

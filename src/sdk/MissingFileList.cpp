@@ -62,7 +62,7 @@ std::size_t MissingFileList::bound() const {
 }
 
 void MissingFileList::count(std::size_t bytes) {
-    const auto room = static_cast<std::size_t>(std::numeric_limits<int>::max() - *m_size);
+    const std::size_t room = std::numeric_limits<int>::max() - bound();
     *m_size += static_cast<int>(std::min(bytes, room));
 }
 

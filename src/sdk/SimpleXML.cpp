@@ -251,8 +251,8 @@ bool SimpleXML::holdsElement(std::size_t level, const ElementName& name) const {
 
 /// Looks for the first element `name` whose opening tag is one of the tags `from` to `to` - 1 and
 /// whose closing tag comes before `closingTo`.
-inline bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size_t to,
-                                   std::size_t closingTo, Element& found) const {
+bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size_t to,
+                            std::size_t closingTo, Element& found) const {
     const std::size_t opening = m_tags.find(loadedText(), name, TagKind::kOpening, from, to);
     return opening != kNoTag && completeElement(name, opening, closingTo, found);
 }

@@ -17,6 +17,7 @@
 #include <string_view>
 
 #include "sdk/TagIndex.h"
+#include "sdk/TagPrint.h"
 
 namespace dax {
 

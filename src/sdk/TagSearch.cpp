@@ -2,7 +2,6 @@
 #include "sdk/TagSearch.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 
 #ifdef __SSE2__

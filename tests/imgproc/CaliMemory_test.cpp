@@ -7,6 +7,7 @@
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
 #include "support/FailingNew.h"
+#include "support/LogLines.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -106,6 +107,27 @@ TEST(CaliMemory, staysWholeWhicheverAllocationOfALoadFails) {
         EXPECT_EQ(cali.getOpticsCount(), 3) << failed;
     }
     EXPECT_GT(failed, 10) << "a load allocates more than that";
+}
+
+TEST(CaliMemory, keepsNoParameterOfALoadThatFailed) {
+    const TempDir folder;
+    writeDescription(folder, kSerial, "<Main><TecA>7</TecA></Main>" + manyOptics(31, 3));
+    writeDescription(folder, kOtherSerial, manyOptics(61, 3));
+    for (int failed = 0;; ++failed) {
+        ASSERT_LT(failed, 10000) << "loading never ends without a failure";
+        ConfigCali cali;
+        try {
+            const FailingNew failing(Failure::kThrowsBadAlloc, failed);
+            cali.load(folder.path().c_str(), kSerial);
+            EXPECT_GT(failed, 10) << "a load allocates more than that";
+            break;
+        } catch (const std::bad_alloc&) {
+        }
+        LogLines log;
+        EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), 0) << failed;
+        EXPECT_EQ(log.all().at(2), "DEBUG [Cali] Calibration data A: 3400 B:400 C:400 D:120")
+            << failed;
+    }
 }
 
 }  // namespace

@@ -365,27 +365,5 @@ TEST(CaliQueries, findsNoRangesInOpticsThatHaveNone) {
     EXPECT_EQ(rangeIndex(*cali, 30, nullptr, 0.0F, 0.0F), -1);
 }
 
-TEST(CaliQueries, copiesAnOpticsAndItsRanges) {
-    ConfigCali cali;
-    OPTICS optics{};
-    std::vector<Range> ranges;
-    EXPECT_TRUE(cali.copyOptics(0, optics));
-    EXPECT_EQ(optics.fov, 30);
-    EXPECT_TRUE(cali.copyTempRanges(optics, ranges));
-    ASSERT_EQ(ranges.size(), 3U);
-    EXPECT_EQ(ranges[1].max, 250);
-}
-
-TEST(CaliQueries, copiesNothingWhenThereIsNoSuchOptics) {
-    ConfigCali cali;
-    OPTICS optics{7, nullptr};
-    EXPECT_FALSE(cali.copyOptics(1, optics));
-    EXPECT_EQ(optics.fov, 7);
-    std::vector<Range> ranges(1, Range{1, 2});
-    EXPECT_FALSE(cali.copyTempRanges({29, nullptr}, ranges));
-    ASSERT_EQ(ranges.size(), 1U);
-    EXPECT_EQ(ranges[0].max, 2);
-}
-
 }  // namespace
 }  // namespace thermika_test

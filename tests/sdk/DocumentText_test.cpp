@@ -189,6 +189,14 @@ TEST(DocumentText, endsBeforeALineThatIsLongerThanAPiece) {
     EXPECT_EQ(textOf(start + "two\n" + longLine), "onetwo");
 }
 
+TEST(DocumentText, seesNoClosingTagBehindAZeroByte) {
+    const std::string zero(1, '\0');
+    EXPECT_EQ(textOf("<R>\none" + zero + "</R></R>\ntwo</R>\nthree\n</R>\n"), "one");
+    EXPECT_EQ(textOf("<R>\none" + zero + "</R></R>\ntwo\n</R>\n"), "onetwo");
+    EXPECT_EQ(textOf("<R>\none" + zero + "</R>"), "one");
+    EXPECT_EQ(textOf("<R>\none" + zero + "</R>\n</R>" + zero + "\ntwo\n"), "one");
+}
+
 TEST(DocumentText, countsTheBytesBehindAZeroByteToTheLine) {
     std::string line = lineOf(4096);
     line[1] = '\0';

@@ -35,6 +35,16 @@ TEST(MissingFileList, stopsCountingAtTheLargestInt) {
     EXPECT_EQ(size, kMostBytes);
 }
 
+TEST(MissingFileList, countsOnFromASizeBelowZero) {
+    int size = -5;
+    MissingFileList list(nullptr, &size);
+    list.add("seven77", ";");
+    EXPECT_EQ(size, 3);
+    size = std::numeric_limits<int>::min();
+    list.add("four", ";");
+    EXPECT_EQ(size, std::numeric_limits<int>::min() + 5);
+}
+
 TEST(MissingFileList, appendsToTheTextThatIsThere) {
     char text[32] = "one;";
     int size = 31;

@@ -92,8 +92,9 @@ TEST(XmlComments, refusesTheThirdOfThreeClosingDelimitersInARow) {
 }
 
 TEST(XmlComments, refusesAClosingDelimiterWithoutAnOpening) {
-    for (const char* const text : {"-->", "a-->b", "<x-- y -->", "--> <!-- x -->",
-                                   "<!-- x --> y -->", "-->-->", "--><!-- x -->"})
+    for (const char* const text :
+         {"-->", "a-->b", "<x-- y -->", "--> <!-- x -->", "<!-- x --> y -->", "-->-->",
+          "--><!-- x -->", "--><!--", "<!--a--> --><!-- b"})
         EXPECT_EQ(without(text), std::nullopt) << text;
 }
 
