@@ -249,14 +249,7 @@ bool SimpleXML::holdsElement(std::size_t level, const ElementName& name) const {
            m_tags.isAt(loadedText(), name, TagKind::kOpening, m_openingTag[level]);
 }
 
-/// Looks for the first element `name` whose opening tag is one of the tags `from` to `to` - 1 and
-/// whose closing tag comes before `closingTo`.
-bool SimpleXML::findElement(const ElementName& name, std::size_t from, std::size_t to,
-                            std::size_t closingTo, Element& found) const {
-    const std::size_t opening = m_tags.find(loadedText(), name, TagKind::kOpening, from, to);
-    return opening != kNoTag && completeElement(name, opening, closingTo, found);
-}
-
+/// The element whose opening tag is `opening`, when its closing tag comes before `closingTo`.
 bool SimpleXML::completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
                                 Element& found) const {
     const std::string_view all = loadedText();

@@ -145,8 +145,13 @@ private:
     }
     void buildIndex();
     bool holdsElement(std::size_t level, const ElementName& name) const;
+    /// The first element `name` whose opening tag is one of the tags `from` to `to` - 1 and whose
+    /// closing tag comes before `closingTo`.
     bool findElement(const ElementName& name, std::size_t from, std::size_t to,
-                     std::size_t closingTo, Element& found) const;
+                     std::size_t closingTo, Element& found) const {
+        const std::size_t opening = m_tags.find(loadedText(), name, TagKind::kOpening, from, to);
+        return opening != kNoTag && completeElement(name, opening, closingTo, found);
+    }
     bool completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
                          Element& found) const;
     std::optional<std::string_view> firstValue(const ElementName& name);
