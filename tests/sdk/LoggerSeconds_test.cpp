@@ -1,5 +1,6 @@
 // A line's seconds beside what a stream in the classic locale shows: hundreds of thousands of times
 // of every magnitude, among them those that lie halfway between two texts, and their neighbours.
+#include <clocale>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -130,6 +131,14 @@ TEST(LoggerSeconds, areThoseOfAStreamAroundEachPowerOfTenAndBeforeTheStart) {
             ++count;
         }
     seconds.expectAlike(count);
+}
+
+TEST(LoggerSeconds, leaveTheThreadsLocaleAsItWasHoweverMany) {
+    const locale_t before = uselocale(locale_t{});
+    Seconds seconds(kMorningUs);
+    seconds.print(2'000'000'000'000);
+    EXPECT_EQ(uselocale(locale_t{}), before);
+    seconds.expectAlike(1);
 }
 
 }  // namespace

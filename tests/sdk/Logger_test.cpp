@@ -223,6 +223,14 @@ TEST_F(Logger, stampsFileNamesWithTheLocalTimeWithoutLeadingZeros) {
     EXPECT_EQ(std::distance(begin(files), end(files)), std::ptrdiff_t(std::size(rows)));
 }
 
+TEST_F(Logger, stampsAFileNameInTheTimeZoneThatTheEnvironmentNamesThen) {
+    const ScopedTimeZone zone("UTC");
+    setenv("TZ", "Asia/Kathmandu", 1);
+    renew();
+    configure(kBoth, 3, 3);
+    EXPECT_TRUE(hasFile("_15_11_2026_14-50-7.log"));
+}
+
 TEST_F(Logger, stampsAnEmptyNameToo) {
     logger().configure(m_dir / "", kFile, 3, 3);
     EXPECT_TRUE(std::filesystem::exists(m_dir / kMorning));
