@@ -270,6 +270,12 @@ TEST(StringHelpers, givesMinusOneWhenAWideTextDoesNotFit) {
     }
 }
 
+TEST(StringHelpers, writesNothingBehindAnEmptyWideText) {
+    wchar_t buffer[] = L"????";
+    EXPECT_EQ(tsnprintf(buffer, 4, L"%ls", L""), 0);
+    EXPECT_EQ(std::wstring(buffer, 4), std::wstring(L"\0???", 4));
+}
+
 TEST(StringHelpers, terminatesAWideTextThatDoesNotFit) {
     for (const unsigned int size : {1U, 4U, 10U}) {
         std::wstring buffer(16, L'?');
