@@ -27,26 +27,43 @@ constexpr const char* kNameEnd = ";";
 /// What a composed path may take, with its terminator; `bound` limits the directory and the name.
 constexpr std::size_t composedBytes(std::size_t bound) { return 2 * bound + 1; }
 
-/// Writes the directory and "/" into the composedBytes() of `out` and creates the directory. How
-/// many characters that are; nothing, and `out` untouched, when it is too long or unknown or when
-/// there is no room for the `following` characters.
-std::optional<std::size_t> composeDirectory(char* out, const char* directory, std::size_t bound,
-                                            std::size_t following) {
-    std::optional<std::string> fallback;
-    std::string_view base = directory;
-    if (base.empty()) {
-        fallback = caliDirectory(directory, composedBytes(bound));
-        if (!fallback) return std::nullopt;
-        base = *fallback;
-    } else if (base.size() >= bound) {
-        return std::nullopt;
-    }
-    mkdir(base.data(), kDirectoryMode);
-    if (base.size() + 1 + following >= composedBytes(bound)) return std::nullopt;
-    std::memcpy(out, base.data(), base.size());
-    out[base.size()] = '/';
-    return base.size() + 1;
+/// The directory that is meant; nothing when it is too long or unknown.
+std::optional<std::string> usedDirectory(const char* directory, std::size_t bound) {
+    const std::string_view given = directory;
+    if (given.empty()) return caliDirectory(directory, composedBytes(bound));
+    if (given.size() >= bound) return std::nullopt;
+    return std::string(given);
 }
+
+/// The files of one directory, each under a path of which only the name is composed anew.
+class FilesOfDirectory {
+public:
+    explicit FilesOfDirectory(const char* directory)
+        : m_directory(usedDirectory(directory, kPathBytes)) {
+        if (!m_directory) return;
+        m_directory->copy(m_path, m_directory->size());
+        m_path[m_directory->size()] = '/';
+        m_before = m_directory->size() + 1;
+    }
+
+    void recordIfMissing(const char* name, const char* format, MissingFileList& missing) {
+        char* const fileName = m_path + m_before;
+        const std::size_t length = printName(fileName, kPathBytes, format, name);
+        // Deliberate: whatever separator a caller names, these names are followed by ";".
+        if (!isThere(length)) missing.add({fileName, length}, kNameEnd);
+    }
+
+private:
+    bool isThere(std::size_t nameLength) const {
+        if (!m_directory) return false;
+        mkdir(m_directory->c_str(), kDirectoryMode);
+        return m_before + nameLength < composedBytes(kPathBytes) && isReadable(m_path);
+    }
+
+    std::optional<std::string> m_directory;
+    std::size_t m_before = 0;  ///< characters before the name
+    char m_path[composedBytes(kPathBytes) + kPathBytes];
+};
 
 }  // namespace
 
@@ -59,9 +76,10 @@ bool recordMissingFiles(const char* directory, int serial, const FileFormats& fo
         missing.addDescription(name, formats.separator);
         return false;
     }
+    FilesOfDirectory files(directory);
     forEachFileStem(serial, [&](const char* stem, bool needsCurve) {
-        recordFileIfMissing(directory, stem, formats.data, missing);
-        if (needsCurve) recordFileIfMissing(directory, stem, formats.curve, missing);
+        files.recordIfMissing(stem, formats.data, missing);
+        if (needsCurve) files.recordIfMissing(stem, formats.curve, missing);
     });
     if (missing.isEmpty()) return true;
     missing.end();
@@ -70,25 +88,25 @@ bool recordMissingFiles(const char* directory, int serial, const FileFormats& fo
 
 void recordFileIfMissing(const char* directory, const char* name, const char* format,
                          MissingFileList& missing) {
-    char path[composedBytes(kPathBytes) + kPathBytes];
-    const std::optional<std::size_t> before = composeDirectory(path, directory, kPathBytes, 0);
-    char* const fileName = path + before.value_or(0);
-    const std::size_t length = printName(fileName, kPathBytes, format, name);
-    const bool isPath = before && *before + length < composedBytes(kPathBytes);
-    // Deliberate: whatever separator a caller names, these names are followed by ";".
-    if (!isPath || !isReadable(path)) missing.add({fileName, length}, kNameEnd);
+    FilesOfDirectory(directory).recordIfMissing(name, format, missing);
 }
 
 bool composeFilePath(char* out, const char* directory, short length, const char* name,
                      const char* suffix) {
     if (length <= 0) return false;
     const auto bound = static_cast<std::size_t>(length);
+    const std::optional<std::string> base = usedDirectory(directory, bound);
+    if (!base) return false;
+    mkdir(base->c_str(), kDirectoryMode);
     const std::string_view cutName(name, strnlen(name, bound));
     const std::string_view cutSuffix(suffix, strnlen(suffix, bound));
-    const std::optional<std::size_t> before =
-        composeDirectory(out, directory, bound, cutName.size() + cutSuffix.size());
-    if (!before) return false;
-    BoundedText(out + *before, composedBytes(bound) - *before).append(cutName).append(cutSuffix);
+    const std::size_t characters = base->size() + 1 + cutName.size() + cutSuffix.size();
+    if (characters >= composedBytes(bound)) return false;
+    BoundedText(out, composedBytes(bound))
+        .append(*base)
+        .append('/')
+        .append(cutName)
+        .append(cutSuffix);
     return true;
 }
 
