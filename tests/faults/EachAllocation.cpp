@@ -18,10 +18,11 @@ std::size_t g_untilFailure = kNever;
 std::ptrdiff_t g_live = 0;
 
 void* allocate(std::size_t bytes) {
-    if (g_untilFailure != kNever && g_untilFailure-- == 0) {
+    if (g_untilFailure == 0) {
         g_untilFailure = kNever;
         throw std::bad_alloc();
     }
+    if (g_untilFailure != kNever) --g_untilFailure;
     void* const block = std::malloc(bytes == 0 ? 1 : bytes);
     if (block == nullptr) throw std::bad_alloc();
     ++g_live;
