@@ -1,14 +1,15 @@
-// Joins a file's lines in the memory the file was read into; nothing is copied elsewhere.
+// Joins a file's lines and takes out its comments in the memory the file is read into, and while it
+// arrives: a text of many megabytes is gone through once.
 #include "sdk/DocumentText.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "sdk/FileRead.h"
 #include "sdk/RunScan.h"
 #include "sdk/TagSearch.h"
+#include "sdk/XmlComments.h"
 
 namespace dax {
 
@@ -93,48 +94,72 @@ std::string_view firstPiece(std::string_view text) {
     return text.substr(0, text.find('\n', kPieceBytes));
 }
 
+/// How many bytes there are up to the last line feed and with it.
+std::size_t bytesOfLines(std::string_view text) {
+    const std::size_t feed = text.rfind('\n');
+    return feed == std::string_view::npos ? 0 : feed + 1;
+}
+
+enum class Comments { kTakeOut, kLeave };
+
 /// Makes a file's bytes the document's text, in place and while they arrive: what is written always
 /// lies before what is still to be looked at.
 class TextBuilder {
 public:
-    explicit TextBuilder(std::string_view rootName)
-        // Deliberate: without ">", so the root's opening tag may carry attributes.
-        : m_rootName(rootName), m_opening("<" + std::string(rootName)) {}
+    TextBuilder(std::string_view rootName, Comments comments)
+        : m_rootName(rootName),
+          // Deliberate: without ">", so the root's opening tag may carry attributes.
+          m_opening("<" + std::string(rootName)),
+          m_comments(comments) {}
 
-    /// Works on the lines that are complete by now; at the end, on all that are left.
-    void take(const FileBytes& file, bool isEnd) {
-        const std::string_view bytes(file.bytes.get(), file.size);
-        std::size_t upTo = bytes.size();
-        if (!isEnd) upTo = lastFeed(bytes, std::exchange(m_arrived, bytes.size()));
-        if (upTo == std::string_view::npos || m_isOver) return;
-        std::string_view lines = bytes.substr(m_begin, upTo - m_begin);
-        m_begin = std::min(upTo + 1, bytes.size());
+    /// Works on the lines that are complete by now; at the end, on all that are left. Leaves the
+    /// text, and the beginning of a line that is not complete.
+    void take(FileBytes& file, bool isEnd) {
+        char* const text = file.bytes.get();
+        std::string_view bytes(text + m_size, file.size - m_size);
+        if (!m_hasBegun) bytes.remove_prefix(std::min(bytes.find('<'), bytes.size()));
+        m_hasBegun = m_hasBegun || !bytes.empty();
+        const std::size_t complete = isEnd ? bytes.size() : bytesOfLines(bytes);
+        const std::string_view rest = bytes.substr(complete);
+        takeLines(bytes.substr(0, complete), file);
+        if (isEnd) removeComments(text, m_size, true);
+        m_isOver = m_isOver || rest.size() > kMaxLineChars;
+        file.size = m_size;
+        if (m_isOver) return;
+        std::memmove(text + m_size, rest.data(), rest.size());
+        file.size += rest.size();
+    }
+
+    /// What became of it, once the end was taken.
+    DocumentText document(FileBytes& file) const {
+        DocumentText document{std::move(file.bytes), m_size, m_joinedSize, m_remover.pairUp()};
+        document.text[document.size] = '\0';
+        return document;
+    }
+
+private:
+    void takeLines(std::string_view lines, const FileBytes& file) {
+        char* const text = file.bytes.get();
         if (!m_isInRoot) lines = behindOpeningLine(lines);
-        char* to = file.bytes.get() + m_size;
         while (!lines.empty() && !m_isOver) {
             const std::string_view piece = firstPiece(lines);
             const std::string_view content = beforeClosingLine(piece, m_rootName);
-            m_isOver = !joinLines(content, bytes.data() + bytes.size(), to) ||
-                       content.size() < piece.size();
+            char* to = text + m_size;
+            m_isOver = !joinLines(content, text + file.size, to) || content.size() < piece.size();
+            const auto size = static_cast<std::size_t>(to - text);
+            m_joinedSize += size - m_size;
+            removeComments(text, size, false);
             lines.remove_prefix(std::min(piece.size() + 1, lines.size()));
         }
-        m_size = static_cast<std::size_t>(to - file.bytes.get());
     }
 
-    /// Bytes of the text.
-    std::size_t size() const { return m_size; }
-
-private:
-    static std::size_t lastFeed(std::string_view bytes, std::size_t from) {
-        const std::size_t feed = bytes.substr(from).rfind('\n');
-        return feed == std::string_view::npos ? feed : from + feed;
+    void removeComments(char* text, std::size_t size, bool isEnd) {
+        m_size = m_comments == Comments::kTakeOut ? m_remover.take(text, size, isEnd) : size;
     }
 
     /// What follows the line that holds the root's opening tag; nothing while there is none.
     std::string_view behindOpeningLine(std::string_view lines) {
-        if (!m_hasBegun) lines.remove_prefix(std::min(lines.find('<'), lines.size()));
         while (!lines.empty() && !m_isInRoot && !m_isOver) {
-            m_hasBegun = true;
             const std::string_view line = lines.substr(0, lines.find('\n'));
             m_isOver = line.size() > kMaxLineChars;
             m_isInRoot = cutAtZeroByte(line).find(m_opening) != std::string_view::npos;
@@ -145,24 +170,36 @@ private:
 
     std::string_view m_rootName;
     std::string m_opening;
-    std::size_t m_arrived = 0;  ///< bytes that were there the last time
-    std::size_t m_begin = 0;    ///< of the first line not yet worked on
-    std::size_t m_size = 0;
+    Comments m_comments;
+    CommentRemover m_remover;
+    std::size_t m_size = 0;  ///< of the text so far
+    std::size_t m_joinedSize = 0;
     bool m_hasBegun = false;  ///< with the file's first "<"
     bool m_isInRoot = false;
     bool m_isOver = false;  ///< the root was closed, or a line is too long
 };
 
+std::optional<DocumentText> readText(const char* file, std::string_view rootName,
+                                     Comments comments) {
+    TextBuilder builder(rootName, comments);
+    bool isEmpty = true;
+    std::optional<FileBytes> read = readRegularFile(file, kMaxFileBytes, [&](FileBytes& soFar) {
+        isEmpty = false;
+        builder.take(soFar, false);
+    });
+    if (!read || isEmpty) return std::nullopt;
+    builder.take(*read, true);
+    return builder.document(*read);
+}
+
 }  // namespace
 
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName) {
-    TextBuilder builder(rootName);
-    std::optional<FileBytes> read = readRegularFile(
-        file, kMaxFileBytes, [&](const FileBytes& soFar) { builder.take(soFar, false); });
-    if (!read || read->size == 0) return std::nullopt;
-    builder.take(*read, true);
-    DocumentText document{std::move(read->bytes), builder.size()};
-    document.text[document.size] = '\0';
+    std::optional<DocumentText> document = readText(file, rootName, Comments::kTakeOut);
+    if (!document || document->commentsPairUp) return document;
+    // Rare, so the comments are not kept for this.
+    document = readText(file, rootName, Comments::kLeave);
+    if (document) document->commentsPairUp = false;
     return document;
 }
 

@@ -1,5 +1,5 @@
-// The text of an XML file between the lines of its root element, its lines joined. Knows tags only
-// as far as the root's two lines go; comments are still in the text.
+// The text of an XML file between the lines of its root element: its lines joined, its comments
+// taken out. Knows tags only as far as the root's two lines go.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +12,8 @@ namespace dax {
 struct DocumentText {
     std::unique_ptr<char[]> text;  ///< zero-terminated, without another zero byte
     std::size_t size = 0;          ///< bytes before the terminator
+    std::size_t joinedSize = 0;    ///< bytes that there were with the comments
+    bool commentsPairUp = true;    ///< else the comments are still in the text
 };
 
 /// Longest line, in characters without its line feed, that is still read.
@@ -22,7 +24,7 @@ constexpr std::size_t kMaxLineChars = 4095;
 /// and carriage returns become line feeds. Reading begins at the file's first "<" and ends for good
 /// at a line of more than kMaxLineChars; a line ends at its first zero byte. Empty when no line
 /// contains "<rootName". Nothing when the file is empty, is no regular file, has more than 2^31
-/// bytes or cannot be read.
+/// bytes or cannot be read. A file whose comments do not pair up is read twice.
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName);
 
 }  // namespace dax

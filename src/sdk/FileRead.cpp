@@ -50,7 +50,7 @@ private:
 }  // namespace
 
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
-                                         const std::function<void(const FileBytes&)>& arrived) {
+                                         const std::function<void(FileBytes&)>& arrived) {
     const Descriptor file(path);
     if (!file.isOpen()) return std::nullopt;
     struct stat status {};
@@ -59,14 +59,15 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
         return std::nullopt;
 
     FileBytes result;
-    const auto expected = static_cast<std::size_t>(status.st_size);
+    auto left = static_cast<std::size_t>(status.st_size);
     // Not make_unique: it would write every byte once more before read() does.
-    result.bytes.reset(new char[expected + 1]);
-    while (result.size < expected) {
-        const ssize_t got = file.readSome(result.bytes.get() + result.size,
-                                          std::min(expected - result.size, kPieceBytes));
+    result.bytes.reset(new char[left + 1]);
+    while (left > 0) {
+        const ssize_t got =
+            file.readSome(result.bytes.get() + result.size, std::min(left, kPieceBytes));
         if (got < 0) return std::nullopt;
         if (got == 0) break;
+        left -= static_cast<std::size_t>(got);
         result.size += static_cast<std::size_t>(got);
         arrived(result);
     }

@@ -19,10 +19,11 @@ struct FileBytes {
 /// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
 /// shrinks meanwhile gives what is left of it.
 ///
-/// `arrived` is called, often, with what has been read so far, so that it can be looked at while
-/// the processor has it near; it may change those bytes.
+/// `arrived` is called, often, with what is there so far, so that it can be looked at while the
+/// processor has it near. It may change those bytes and take some from their end: what comes next
+/// is put behind what it leaves.
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
-                                         const std::function<void(const FileBytes&)>& arrived);
+                                         const std::function<void(FileBytes&)>& arrived);
 
 /// False when `path` cannot be opened. Otherwise true, and `line` holds the text before the first
 /// line feed, or all of it: zero and control bytes included, empty when reading failed.

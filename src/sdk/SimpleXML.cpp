@@ -1,5 +1,5 @@
-// The reader's cursor and getters. How a file becomes text, tags are found and comments removed,
-// stands in units of its own.
+// The reader's cursor and getters. How a file becomes text and how tags are found stands in
+// units of its own.
 #include "sdk/SimpleXML.h"
 
 #include <sys/stat.h>
@@ -21,7 +21,6 @@
 #include "sdk/PathLimits.h"
 #include "sdk/StringHelpers.h"
 #include "sdk/TagSearch.h"
-#include "sdk/XmlComments.h"
 
 namespace dax {
 
@@ -86,24 +85,18 @@ bool SimpleXML::open(const char* file, const char* rootName) {
         return false;
     }
     text = std::move(document->text);
-    size = static_cast<std::int32_t>(document->size);
+    // Deliberate: `size` also counts the comments; every search stops at the zero byte.
+    size = static_cast<std::int32_t>(document->joinedSize);
     m_length = document->size;
     depth = 0;
     start[0] = end[0] = 0;
     forgetElements();
-
-    const std::optional<std::size_t> kept = removeComments(text.get(), m_length);
-    if (!kept) {
-        log(kelvra::kLogError, __LINE__, text.get());
-        log(kelvra::kLogError, __LINE__,
-            std::string("Format of file ") + file +
-                " is wrong. Verify, that the XML document is well-formed!");
-        return false;
-    }
-    // Deliberate: `size` keeps counting the comments; every search stops at the zero byte.
-    m_length = *kept;
-    text[m_length] = '\0';
-    return true;
+    if (document->commentsPairUp) return true;
+    log(kelvra::kLogError, __LINE__, text.get());
+    log(kelvra::kLogError, __LINE__,
+        std::string("Format of file ") + file +
+            " is wrong. Verify, that the XML document is well-formed!");
+    return false;
 }
 
 bool SimpleXML::setNode() {

@@ -74,7 +74,7 @@ protected:
     std::string bytes(const Faults& faults) {
         g_faults = faults;
         const auto read =
-            dax::readRegularFile(m_path.c_str(), kNoLimit, [](const dax::FileBytes&) {});
+            dax::readRegularFile(m_path.c_str(), kNoLimit, [](dax::FileBytes&) {});
         g_faults = {};
         return read ? std::string(read->bytes.get(), read->size) : "none";
     }

@@ -3,21 +3,39 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-/// What is left of `text`; nothing when its delimiters do not pair up, and then it has to be
-/// unchanged.
+/// What is left of a text that arrives in pieces of `pieceBytes`; nothing when its delimiters do not
+/// pair up.
+std::optional<std::string> withoutInPieces(const std::string& text, std::size_t pieceBytes) {
+    // Not a string, so that reading behind what is there shows.
+    std::vector<char> left;
+    dax::CommentRemover remover;
+    for (std::size_t at = 0; at < text.size(); at += pieceBytes) {
+        const std::string piece = text.substr(at, pieceBytes);
+        left.insert(left.end(), piece.begin(), piece.end());
+        left.shrink_to_fit();
+        left.resize(remover.take(left.data(), left.size(), false));
+    }
+    left.resize(remover.take(left.data(), left.size(), true));
+    if (!remover.pairUp()) return std::nullopt;
+    return std::string(left.begin(), left.end());
+}
+
+/// The same, at once; it has to be the same however it arrives.
 std::optional<std::string> without(const std::string& text) {
     std::string copy = text;
-    const std::optional<std::size_t> kept = dax::removeComments(copy.data(), copy.size());
-    if (!kept) {
-        EXPECT_EQ(copy, text);
-        return std::nullopt;
-    }
-    return copy.substr(0, *kept);
+    dax::CommentRemover remover;
+    copy.resize(remover.take(copy.data(), copy.size(), true));
+    const std::optional<std::string> left =
+        remover.pairUp() ? std::optional<std::string>(copy) : std::nullopt;
+    for (std::size_t pieceBytes = 1; pieceBytes <= text.size(); ++pieceBytes)
+        EXPECT_EQ(withoutInPieces(text, pieceBytes), left) << text << ", by " << pieceBytes;
+    return left;
 }
 
 struct Row {
@@ -104,7 +122,7 @@ TEST(XmlComments, refusesACommentThatIsNeverClosed) {
         EXPECT_EQ(without(text), std::nullopt) << text;
 }
 
-TEST(XmlComments, changesNothingWhenOnlyTheLastCommentIsWrong) {
+TEST(XmlComments, refusesATextOfWhichOnlyTheLastCommentIsWrong) {
     EXPECT_EQ(without("a<!-- 1 -->b<!-- 2 -->c<!-- 3"), std::nullopt);
     EXPECT_EQ(without("a<!-- 1 -->b<!-- 2 -->c -->"), std::nullopt);
 }
@@ -117,7 +135,28 @@ TEST(XmlComments, seesAClosingDelimiterInsideACommentAsItsEnd) {
 
 TEST(XmlComments, looksNowhereBehindTheGivenLength) {
     std::string text = "a<!-- x -->";
-    EXPECT_EQ(dax::removeComments(text.data(), 1), 1U);
-    EXPECT_EQ(dax::removeComments(text.data(), 10), std::nullopt);
-    EXPECT_EQ(text, "a<!-- x -->");
+    dax::CommentRemover first;
+    EXPECT_EQ(first.take(text.data(), 1, true), 1U);
+    EXPECT_TRUE(first.pairUp());
+    dax::CommentRemover second;
+    second.take(text.data(), 10, true);
+    EXPECT_FALSE(second.pairUp());
+}
+
+TEST(XmlComments, seesNoDelimiterInWhatACommentHadParted) {
+    EXPECT_EQ(without("a<!<!-- x -->--b"), "a<!--b");
+    EXPECT_EQ(without("a-<!-- x -->->b"), "a-->b");
+    EXPECT_EQ(without("a<!<!-- x -->-- <!-- y -->b"), "a<!-- b");
+}
+
+TEST(XmlComments, holdsOnlyTheEndOfACommentThatIsOpen) {
+    std::string text = "ab<!-- " + std::string(1000, 'x');
+    dax::CommentRemover remover;
+    EXPECT_EQ(remover.take(text.data(), text.size(), false), 6U);
+    EXPECT_FALSE(remover.pairUp());
+    text.resize(6);
+    text += "-->c";
+    EXPECT_EQ(remover.take(text.data(), text.size(), true), 3U);
+    EXPECT_TRUE(remover.pairUp());
+    EXPECT_EQ(text.substr(0, 3), "abc");
 }
