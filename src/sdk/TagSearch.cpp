@@ -65,26 +65,32 @@ public:
     /// Where the first tag begins among the kStep places from `at` on, of which the first `skipped`
     /// do not count.
     std::size_t inStep(std::size_t at, std::size_t skipped = 0) const {
-        return firstOf(bits(candidates(at)) >> skipped, at + skipped);
+        return firstOf(bits(candidates(m_text + at + m_last)) >> skipped, at + skipped);
     }
 
-    /// Whether there may be a tag among the kBlock places from `at` on. Most often there is none,
-    /// so this is asked of all of them at once.
-    bool mayBeInBlock(std::size_t at) const {
-        return bits(_mm_or_si128(
-                   _mm_or_si128(candidates(at), candidates(at + kStep)),
-                   _mm_or_si128(candidates(at + 2 * kStep), candidates(at + 3 * kStep)))) != 0;
+    /// The first of the blocks of kBlock places from `at` on in which there may be a tag, or the
+    /// first that begins behind `last`. Most often there is none, so this is asked of all places of
+    /// a block at once.
+    std::size_t firstBlock(std::size_t at, std::size_t last) const {
+        for (; at <= last; at += kBlock) {
+            const char* const ends = m_text + at + m_last;
+            const __m128i any = _mm_or_si128(
+                _mm_or_si128(candidates(ends), candidates(ends + kStep)),
+                _mm_or_si128(candidates(ends + 2 * kStep), candidates(ends + 3 * kStep)));
+            if (bits(any) != 0) return at;
+        }
+        return at;
     }
 
 private:
-    __m128i load(std::size_t at) const {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_text + at));
+    static __m128i load(const char* from) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
     }
 
-    /// One byte a place, of which all bits are set where a tag may begin.
-    __m128i candidates(std::size_t at) const {
-        return _mm_and_si128(_mm_cmpeq_epi8(load(at + m_last - 1), m_ends),
-                             _mm_cmpeq_epi8(load(at + m_last), m_closes));
+    /// One byte a place, of which all bits are set where a tag may end, from `ends` on.
+    __m128i candidates(const char* ends) const {
+        return _mm_and_si128(_mm_cmpeq_epi8(load(ends - 1), m_ends),
+                             _mm_cmpeq_epi8(load(ends), m_closes));
     }
 
     /// One bit a place, the lowest for the first.
@@ -123,11 +129,9 @@ std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, 
     std::size_t blocksFrom = kind == TagKind::kClosing ? from + kStep : from;
     while (from <= lastStep) {
         if (from >= blocksFrom && lastStep - from >= kBlock - kStep) {
-            if (!search.mayBeInBlock(from)) {
-                from += kBlock;
-                continue;
-            }
+            from = search.firstBlock(from, lastStep - (kBlock - kStep));
             blocksFrom = from + kBlock;
+            continue;
         }
         const std::size_t found = search.inStep(from);
         if (found != kNoTag) return found;
