@@ -37,9 +37,10 @@ bool visitPlainly(std::string_view text, std::size_t from, const Visit& visit) {
 constexpr std::size_t kStep = 16;
 constexpr std::size_t kBlock = 4 * kStep;
 
-/// One bit for each of kBlock places, the lowest for the first. Reads one byte more.
+/// One bit for each of kBlock places, the lowest for the first. Reads one byte more. A call for
+/// every block would be a large part of the work.
 template <char kByte, Run kRun>
-std::uint64_t placesInBlock(const char* block) {
+[[gnu::always_inline]] inline std::uint64_t placesInBlock(const char* block) {
     __m128i equal[kBlock / kStep];
     for (std::size_t i = 0; i < kBlock / kStep; ++i)
         equal[i] =
