@@ -7,6 +7,7 @@
 #include <string>
 
 #include "sdk/FileRead.h"
+#include "sdk/FrontMove.h"
 #include "sdk/RunScan.h"
 #include "sdk/TagSearch.h"
 #include "sdk/XmlComments.h"
@@ -20,7 +21,7 @@ constexpr std::size_t kMaxFileBytes = std::size_t{1} << 31;
 
 // A text is worked on in pieces that stay in the processor's nearest memory from one look at them
 // to the next.
-constexpr std::size_t kPieceBytes = 16384;
+constexpr std::size_t kPieceBytes = 32768;
 
 /// The part of a text before the first line that holds the root's closing tag, before that line's
 /// first zero byte if it has one; all of it when there is none. When the line is too long to be
@@ -41,20 +42,6 @@ std::string_view beforeClosingLine(std::string_view text, std::string_view rootN
     }
 }
 
-/// Copies a line from a text's end to its front; `end` is where the text ends. Most often there is
-/// room to copy more than the line, which is quicker than to copy it exactly.
-void moveToFront(char* to, std::string_view line, const char* end) {
-    constexpr std::size_t kChunk = 64;
-    const std::size_t rounded = (line.size() + kChunk - 1) / kChunk * kChunk;
-    const char* const from = line.data();
-    if (static_cast<std::size_t>(from - to) < kChunk ||
-        static_cast<std::size_t>(end - from) < rounded) {
-        std::memmove(to, from, line.size());
-        return;
-    }
-    for (std::size_t at = 0; at < rounded; at += kChunk) std::memcpy(to + at, from + at, kChunk);
-}
-
 std::string_view cutAtZeroByte(std::string_view line) {
     return line.substr(0, std::min(line.find('\0'), line.size()));
 }
@@ -67,9 +54,10 @@ void replaceCarriageReturns(char* at, const char* end) {
 }
 
 /// Joins the lines of `text` at `to`, which lies before it and moves behind what was joined. False
-/// when it ended early, at a line that is too long. `end` is where what may be read ends.
-bool joinLines(std::string_view text, const char* end, char*& to) {
-    const bool hasZeroBytes = text.find('\0') != std::string_view::npos;
+/// when it ended early, at a line that is too long. `end` is where what may be read ends;
+/// `isPlain` says that there is neither a zero byte nor a carriage return.
+bool joinLines(std::string_view text, const char* end, bool isPlain, char*& to) {
+    const bool hasZeroBytes = !isPlain && text.find('\0') != std::string_view::npos;
     char* const first = to;
     char* next = to;
     std::size_t begin = 0;
@@ -84,7 +72,7 @@ bool joinLines(std::string_view text, const char* end, char*& to) {
     };
     const bool isWhole = visitRuns<'\n', Run::kOne>(text, join) && join(text.size());
     to = next;
-    replaceCarriageReturns(first, to);
+    if (!isPlain) replaceCarriageReturns(first, to);
     return isWhole;
 }
 
@@ -132,7 +120,8 @@ public:
 
     /// What became of it, once the end was taken.
     DocumentText document(FileBytes& file) const {
-        DocumentText document{std::move(file.bytes), m_size, m_joinedSize, m_remover.pairUp()};
+        const bool pairUp = m_comments == Comments::kTakeOut && m_remover.pairUp();
+        DocumentText document{std::move(file.bytes), m_size, m_joinedSize, pairUp};
         document.text[document.size] = '\0';
         return document;
     }
@@ -140,12 +129,16 @@ public:
 private:
     void takeLines(std::string_view lines, const FileBytes& file) {
         char* const text = file.bytes.get();
+        char* const end = text + file.size;
         if (!m_isInRoot) lines = behindOpeningLine(lines);
+        // One look for both, ended by a zero byte of our own: hardly any file has one.
+        *end = '\0';
+        const bool isPlain = strchrnul(lines.data(), '\r') == end;
         while (!lines.empty() && !m_isOver) {
             const std::string_view piece = firstPiece(lines);
             const std::string_view content = beforeClosingLine(piece, m_rootName);
             char* to = text + m_size;
-            m_isOver = !joinLines(content, text + file.size, to) || content.size() < piece.size();
+            m_isOver = !joinLines(content, end, isPlain, to) || content.size() < piece.size();
             const auto size = static_cast<std::size_t>(to - text);
             m_joinedSize += size - m_size;
             removeComments(text, size, false);
@@ -197,10 +190,8 @@ std::optional<DocumentText> readText(const char* file, std::string_view rootName
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName) {
     std::optional<DocumentText> document = readText(file, rootName, Comments::kTakeOut);
     if (!document || document->commentsPairUp) return document;
-    // Rare, so the comments are not kept for this.
-    document = readText(file, rootName, Comments::kLeave);
-    if (document) document->commentsPairUp = false;
-    return document;
+    // Rare, so the comments were not kept for this.
+    return readText(file, rootName, Comments::kLeave);
 }
 
 }  // namespace dax

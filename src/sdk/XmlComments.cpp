@@ -3,9 +3,9 @@
 #include "sdk/XmlComments.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
+#include "sdk/FrontMove.h"
 #include "sdk/RunScan.h"
 
 namespace dax {
@@ -21,7 +21,7 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
     std::size_t kept = 0;  // bytes in front that are done with
     std::size_t from = 0;  // what follows the last comment
     const auto keep = [&](std::size_t upTo) {
-        if (kept != from) std::memmove(text + kept, text + from, upTo - from);
+        if (kept != from) moveToFront(text + kept, {text + from, upTo - from}, text + size);
         kept += upTo - from;
         from = upTo;
     };

@@ -15,12 +15,16 @@ using dax::kMaxLineChars;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
-/// Nothing when the file cannot be read. A text whose size is not its length fails the test.
-std::optional<std::string> textOf(const std::string& bytes, const char* rootName = "R") {
+std::optional<dax::DocumentText> readBytes(const std::string& bytes, const char* rootName) {
     const TempDir dir;
     const std::string file = dir / "document.xml";
     writeFile(file, bytes);
-    const std::optional<dax::DocumentText> document = dax::readDocumentText(file.c_str(), rootName);
+    return dax::readDocumentText(file.c_str(), rootName);
+}
+
+/// Nothing when the file cannot be read. A text whose size is not its length fails the test.
+std::optional<std::string> textOf(const std::string& bytes, const char* rootName = "R") {
+    const std::optional<dax::DocumentText> document = readBytes(bytes, rootName);
     if (!document) return std::nullopt;
     std::string text(document->text.get());
     EXPECT_EQ(text.size(), document->size);
@@ -140,11 +144,11 @@ TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
     const std::string filler = lineOf(1021) + "\r\n";
     std::string before = "<R>\n";
     std::string joined;
-    for (int i = 0; i < 15; ++i) {
+    for (int i = 0; i < 31; ++i) {
         before += filler;
         joined += lineOf(1021) + "\n";
     }
-    for (std::size_t length = 1010; length < 1060; ++length) {
+    for (std::size_t length = 1030; length < 1080; ++length) {
         const std::string start = before + lineOf(length) + "\n";
         const std::string text = joined + lineOf(length);
         ASSERT_EQ(textOf(start), text) << length;
@@ -169,6 +173,62 @@ TEST(DocumentText, readsALongFileWhereverItsReadsEnd) {
         joined.erase(std::remove(joined.begin(), joined.end(), '\n'), joined.end());
         ASSERT_EQ(textOf("<R>\n" + blank.substr(5) + "\n" + marks), joined + "<R>\nonetwo")
             << behind;
+    }
+}
+
+TEST(DocumentText, seesZeroBytesAndCarriageReturnsInALaterRead) {
+    std::string blank(128 * 1024, ' ');
+    for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
+    const std::string text = *textOf("<R>\n" + blank + "one\n");
+    EXPECT_EQ(textOf("<R>\n" + blank + "one\rtwo\n"), text + "\ntwo");
+    EXPECT_EQ(textOf("<R>\n" + blank + "one" + std::string(1, '\0') + "two\n"), text);
+}
+
+TEST(DocumentText, takesCommentsOut) {
+    EXPECT_EQ(textOf("<R>\n<!-- 1 -->one<!-- 2\n3 -->\n</R>\n"), "one");
+    EXPECT_EQ(textOf("<R>\none<!\n-- 1 --\n>two\n"), "onetwo");
+    EXPECT_EQ(textOf("<R>\none<!-- 1 --\r\n> 2 -->two\n"), "onetwo");
+}
+
+TEST(DocumentText, tellsHowLongTheTextWasWithItsComments) {
+    const std::optional<dax::DocumentText> document =
+        readBytes("<R>\none\n<!-- 1 -->\n<!-- 2\n-->\ntwo\n</R>\n", "R");
+    EXPECT_EQ(document->size, 6U);
+    EXPECT_EQ(document->joinedSize, 6U + 10 + 9);
+    EXPECT_TRUE(document->commentsPairUp);
+}
+
+TEST(DocumentText, keepsEveryCommentWhenTheyDoNotPairUp) {
+    std::string filler;
+    std::string joined;
+    for (int i = 0; i < 5000; ++i) {
+        filler += "<!-- one -->\n<a> 1 </a>\n  <!-- two\n three -->\n";
+        joined += "<!-- one --><a> 1 </a>  <!-- two three -->";
+    }
+    for (const char* const wrong : {"<!--", " -->", "<!-- <!-- -->"}) {
+        const std::optional<dax::DocumentText> document =
+            readBytes("<R>\n" + filler + wrong + "\n" + filler + "</R>\n", "R");
+        EXPECT_FALSE(document->commentsPairUp) << wrong;
+        EXPECT_TRUE(document->text.get() == joined + wrong + joined) << wrong;
+        EXPECT_EQ(document->size, 2 * joined.size() + std::string(wrong).size()) << wrong;
+        EXPECT_EQ(document->joinedSize, document->size) << wrong;
+    }
+}
+
+// As above: pieces and reads end at every place of a comment.
+TEST(DocumentText, takesACommentOutWhereverPiecesAndReadsEnd) {
+    const std::string marks = "<!-- <!--\n-->\n -->one<!-- -->-->\n<!-- -->";
+    for (const std::size_t bytes : {32U * 1024, 128U * 1024}) {
+        for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
+            std::string blank(bytes - behind - 4, ' ');
+            for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
+            blank.back() = '\n';
+            std::string left = blank;
+            left.erase(std::remove(left.begin(), left.end(), '\n'), left.end());
+            ASSERT_EQ(textOf("<R>\n" + blank + marks + "\n</R>\n"), left + "one-->") << behind;
+            ASSERT_EQ(textOf("<R>\n<!--" + blank.substr(4) + "-->" + marks + "\n</R>\n"), "one-->")
+                << behind;
+        }
     }
 }
 
