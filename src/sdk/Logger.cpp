@@ -116,7 +116,11 @@ void Logger::configure(const std::string& name, loggerConf_ conf, int fileLevel,
     // Deliberate: compared with the stamped name, so a caller who passes the same base name again
     // in a later second gets a new file.
     if (name != m_fileName) m_fileName = stampedName(name);
-    if ((conf & LOGGER_FILE) != 0) m_file.open(m_fileName, std::ios::out | std::ios::app);
+    if ((conf & LOGGER_FILE) != 0) {
+        // Unbuffered: a line is in the file once it is printed.
+        m_file.rdbuf()->pubsetbuf(nullptr, 0);
+        m_file.open(m_fileName, std::ios::out | std::ios::app);
+    }
     m_configured = true;
     m_conf = conf;
 }
@@ -141,10 +145,7 @@ void Logger::print(unsigned int severity, const std::string& file, int line,
     std::string text =
         lineStart(levelWord(severity), file, line, elapsedSeconds(m_startMs), message.size());
     text.append(message).append("\n");
-    if (toFile) {
-        m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        m_file.flush();
-    }
+    if (toFile) m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
     // As a zero-terminated text: a message with a zero byte ends there.
     if (toConsole) std::fputs(text.c_str(), stderr);
 }

@@ -9,8 +9,8 @@
 
 namespace {
 
-/// What is left of a text that arrives in pieces of `pieceBytes`; nothing when its delimiters do not
-/// pair up.
+/// What is left of a text that arrives in pieces of `pieceBytes`; nothing when its delimiters do
+/// not pair up.
 std::optional<std::string> withoutInPieces(const std::string& text, std::size_t pieceBytes) {
     // Not a string, so that reading behind what is there shows.
     std::vector<char> left;
