@@ -3,6 +3,7 @@
 
 #include <clocale>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -39,22 +40,21 @@ std::string anySecondsText(long double seconds) {
 /// The same, and much quicker for nearly all that a clock gives: what is shown without exponent and
 /// does not lie halfway between two such texts.
 std::string secondsText(long double seconds) {
-    constexpr std::size_t kDigits = 6;
-    constexpr long double kPowersOfTen[] = {1,    1e1L, 1e2L, 1e3L, 1e4L,
-                                            1e5L, 1e6L, 1e7L, 1e8L, 1e9L};
-    constexpr long double kUncertain = 1e-6L;          // products are wrong by far less
-    std::size_t places = std::size(kPowersOfTen) - 1;  // digits after the point
-    while (places > 0 && seconds * kPowersOfTen[places] >= 999999.5L) --places;
-    const long double scaled = seconds * kPowersOfTen[places];
-    if (!(scaled >= 100000 && scaled < 999999.5L)) return anySecondsText(seconds);
-    const auto below = static_cast<int>(scaled);
-    const long double above = scaled - below;
-    if (above > 0.5L - kUncertain && above < 0.5L + kUncertain) return anySecondsText(seconds);
+    if (!(seconds >= 1e-4L && seconds < 999999)) return anySecondsText(seconds);
+    const auto picoseconds = static_cast<std::uint64_t>(seconds * 1e12L);  // wrong by less than one
+    std::uint64_t step = 1000;  // of the last digit that is shown
+    std::size_t places = 9;     // digits after the point
+    while (picoseconds >= step * 1000000) {
+        step *= 10;
+        --places;
+    }
+    const std::uint64_t rest = picoseconds % step;
+    if (rest == step / 2 || rest + 1 == step / 2) return anySecondsText(seconds);
 
-    std::string text = std::to_string(above < 0.5L ? below : below + 1);
+    std::string text = std::to_string(picoseconds / step + (rest < step / 2 ? 0 : 1));
     if (places == 0) return text;
-    if (places >= kDigits) text.insert(0, places - kDigits + 1, '0');
-    text.insert(text.size() - places, ".");
+    if (text.size() <= places) text.insert(0, places + 1 - text.size(), '0');
+    text.insert(text.size() - places, 1, '.');
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.') text.pop_back();
     return text;
@@ -74,6 +74,12 @@ std::string stampedName(const std::string& name) {
 }
 
 long double elapsedSeconds(long double startMs) { return (wallClockMs() - startMs) / 1000.0L; }
+
+/// What write() does, without what it asks around that: nothing more is written after a failure.
+void appendTo(std::ofstream& file, const std::string& text) {
+    const auto bytes = static_cast<std::streamsize>(text.size());
+    if (file && file.rdbuf()->sputn(text.data(), bytes) != bytes) file.setstate(std::ios::badbit);
+}
 
 /// A line up to the message.
 std::string lineStart(const char* word, const std::string& file, int line, long double seconds,
@@ -145,7 +151,7 @@ void Logger::print(unsigned int severity, const std::string& file, int line,
     std::string text =
         lineStart(levelWord(severity), file, line, elapsedSeconds(m_startMs), message.size());
     text.append(message).append("\n");
-    if (toFile) m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
+    if (toFile) appendTo(m_file, text);
     // As a zero-terminated text: a message with a zero byte ends there.
     if (toConsole) std::fputs(text.c_str(), stderr);
 }

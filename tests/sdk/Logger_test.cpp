@@ -3,6 +3,7 @@
 
 #include <climits>
 #include <clocale>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +14,7 @@
 
 #include <gtest/gtest.h>
 #include <locale.h>
+#include <sys/resource.h>
 
 #include "support/Clock.h"
 #include "support/Locales.h"
@@ -38,6 +40,26 @@ constexpr std::int64_t kSecondUs = 1'000'000;
 constexpr std::int64_t kMorningUs = 1'794'733'507 * kSecondUs;  // 2026-11-15 09:05:07 UTC
 constexpr const char* kMorning = "_15_11_2026_9-5-7.log";
 constexpr const char* kSecondLater = "_15_11_2026_9-5-8.log";
+
+/// No file grows longer than this many bytes while it lives.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit limited{bytes, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    }
+    ~FileSizeLimit() {
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
 
 // A fresh logger, unconfigured, made at the morning's time.
 class Logger : public testing::Test {
@@ -302,6 +324,20 @@ TEST_F(Logger, losesTheLinesOfAFileThatCannotBeOpenedSilently) {
     configure(kFile, 3, 3);
     print("two");
     EXPECT_EQ(fileAt(kMorning), "ERROR [Unit:1] @ 0s :two\n") << "the failure was not forgotten";
+}
+
+TEST_F(Logger, losesTheLinesAfterOneThatCouldNotBeWritten) {
+    configure(kFile, 3, 3);
+    {
+        const FileSizeLimit limit(11);
+        print("one");
+    }
+    print("two");
+    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit");
+
+    configure(kFile, 3, 3);
+    print("three");
+    EXPECT_EQ(fileAt(kMorning), "ERROR [UnitERROR [Unit:1] @ 0s :three\n");
 }
 
 TEST_F(Logger, writesNothingWhereNoSinkIsOn) {
