@@ -25,22 +25,28 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
         kept += upTo - from;
         from = upTo;
     };
+    // Copies, since `text` might overlap the object as far as the compiler knows.
+    std::size_t nesting = m_nesting;
+    std::size_t begin = m_begin;
+    std::size_t nextClosing = m_nextClosing;
+    const std::size_t next = m_next;
     const auto isOpening = [&](std::size_t dashes) {
-        return dashes >= 2 && dashes > m_nextClosing && text[dashes - 2] == '<' &&
+        return dashes >= 2 && dashes > nextClosing && text[dashes - 2] == '<' &&
                text[dashes - 1] == '!';
     };
     // Deliberate: a "-->" that starts right after another one is not seen, so it stays in the text.
     const auto isClosing = [&](std::size_t dashes) {
-        return dashes >= m_nextClosing && dashes + 2 < size && text[dashes + 2] == '>';
+        return dashes >= nextClosing && dashes + 2 < size && text[dashes + 2] == '>';
     };
-    const auto pair = [&](std::size_t dashes) {
-        if (isOpening(dashes) && m_nesting++ == 0) m_begin = dashes + 2 - kOpening.size();
+    const auto pair = [&](std::size_t place) {
+        const std::size_t dashes = next + place;
+        if (isOpening(dashes) && nesting++ == 0) begin = dashes + 2 - kOpening.size();
         if (!isClosing(dashes)) return true;
         const std::size_t end = dashes + kClosing.size();
-        m_nextClosing = end + 1;
-        if (m_nesting == 0) return false;
-        if (--m_nesting == 0) {
-            keep(m_begin);
+        nextClosing = end + 1;
+        if (nesting == 0) return false;
+        if (--nesting == 0) {
+            keep(begin);
             from = end;
         }
         return true;
@@ -48,20 +54,19 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
 
     // A "--" counts once the byte behind it is there.
     const std::size_t upTo = isEnd ? size : size - std::min<std::size_t>(size, 1);
-    if (m_allOpened && m_next < upTo) {
-        const std::string_view unseen(text + m_next, upTo - m_next);
-        m_allOpened = visitRuns<'-', Run::kTwo>(
-            unseen, [&](std::size_t place) { return pair(m_next + place); });
-    }
-    if (m_nesting > 0) {
+    if (m_allOpened && next < upTo)
+        m_allOpened = visitRuns<'-', Run::kTwo>({text + next, upTo - next}, pair);
+    if (nesting > 0) {
         // Of a comment that is open, what may belong to a delimiter stays.
-        keep(m_begin);
-        m_begin = kept;
+        keep(begin);
+        begin = kept;
         from = std::max(from, size - std::min(size, kOpening.size()));
     }
     keep(size);
+    m_nesting = nesting;
+    m_begin = begin;
+    m_nextClosing = nextClosing - std::min(nextClosing, size - kept);
     m_next = kept - std::min<std::size_t>(kept, 2);
-    m_nextClosing -= std::min(m_nextClosing, size - kept);
     return kept;
 }
 
