@@ -17,7 +17,7 @@ namespace kelvra {
 namespace {
 
 constexpr const char* kLevelWords[] = {"ERROR ", "WARNING ", "INFO ", "DEBUG "};
-constexpr std::size_t kW2CBytes = 1024;  // the terminator has the last of them
+constexpr std::size_t kW2CBytes = 1024;  // the last one stays the terminator
 
 bool g_saidNotConfigured = false;
 
@@ -160,7 +160,6 @@ const char* W2C(const wchar_t* text) {
     static char buffer[kW2CBytes];
     for (char& byte : buffer) byte = '\0';  // a failed conversion must not show an earlier text
     std::wcstombs(buffer, text, kW2CBytes - 1);
-    buffer[kW2CBytes - 1] = '\0';
     return buffer;
 }
 

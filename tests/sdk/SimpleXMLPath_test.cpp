@@ -250,11 +250,13 @@ TEST(SimpleXMLPathDeathTest, createsNoDirectoryThatIsItselfTooLong) {
 
 TEST(SimpleXMLPathDeathTest, endsTheProcessBelowAWorkingDirectoryThatLeavesNoRoom) {
     const TempDir dir;
-    const std::string folder = folderOfLength(dir, kLongestPath - 3);
-    const WorkingDirectory working(folder);
-    dax::SimpleXML reader;
-    EXPECT_EXIT(openIn(reader, "", "x"), testing::KilledBySignal(SIGABRT), kLimitLine);
-    EXPECT_EQ(modeOf("Imager"), 0U);
+    for (const std::size_t characters : {kLongestPath - 3, kLongestPath}) {
+        const std::string folder = folderOfLength(dir, characters);
+        const WorkingDirectory working(folder);
+        dax::SimpleXML reader;
+        EXPECT_EXIT(openIn(reader, "", "x"), testing::KilledBySignal(SIGABRT), kLimitLine);
+        EXPECT_EQ(modeOf("Imager"), 0U);
+    }
 }
 
 TEST(SimpleXMLPath, createsTheCalibrationManager) {

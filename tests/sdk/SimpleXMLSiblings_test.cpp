@@ -108,6 +108,19 @@ TEST(SimpleXMLSiblings, forgetsTheSiblingsOfAnElementThatBeganAtTheSamePlaceAndE
     EXPECT_EQ(nodeText(*document), "1");
 }
 
+TEST(SimpleXMLSiblings, looksAnewBelowAnElementThatEndsWhereTheFormerOneDid) {
+    LoadedDocument document("<p><a><v>1</v><q><a><v>2</v></a></q></p>");
+    ASSERT_TRUE(document->setNode("p"));
+    ASSERT_TRUE(document->setNode("a"));
+    ASSERT_TRUE(document->setNode("v"));
+    EXPECT_EQ(nodeText(*document), "1");
+    document->setNode();
+    ASSERT_TRUE(document->setNode("q"));
+    ASSERT_TRUE(document->setNode("a"));
+    ASSERT_TRUE(document->setNode("v"));
+    EXPECT_EQ(nodeText(*document), "2");
+}
+
 TEST(SimpleXMLSiblings, countsAnElementThatClosesRightAtTheEndOfItsParent) {
     LoadedDocument document("<a>0<a>1</a>");
     ASSERT_TRUE(document->setNode("a"));
