@@ -9,19 +9,24 @@
 
 namespace thermika_test {
 
-/// `log` with every "[file:line] @ seconds:" cut down to "[file] ".
+/// `log` with every "[file:line] @ seconds:" cut down to "[file] ". What only begins like one, in a
+/// message, stays.
 inline std::string withoutLineAndTime(const std::string& log) {
+    constexpr const char* kDigits = "0123456789";
     std::string text;
     std::size_t at = 0;
-    for (;;) {
-        const std::size_t mark = log.find("] @ ", at);
-        const std::size_t colon = mark == std::string::npos ? mark : log.rfind(':', mark);
-        const std::size_t past = mark == std::string::npos ? mark : log.find("s :", mark);
-        if (colon == std::string::npos || past == std::string::npos || colon < at)
-            return text + log.substr(at);
+    for (std::size_t mark = log.find("] @ "); mark != std::string::npos;
+         mark = log.find("] @ ", mark + 1)) {
+        const std::size_t colon = log.find_last_not_of(kDigits, mark - 1);
+        const std::size_t past = log.find_first_not_of("0123456789.e+-", mark + 4);
+        const bool isOne = mark > 0 && colon != std::string::npos && colon >= at &&
+                           log[colon] == ':' && colon + 1 < mark && past != std::string::npos &&
+                           log.compare(past, 3, "s :") == 0;
+        if (!isOne) continue;
         text.append(log, at, colon - at).append("] ");
         at = past + 3;
     }
+    return text + log.substr(at);
 }
 
 /// While it lives, the logger writes every severity to standard error, which is kept here; the

@@ -167,7 +167,7 @@ std::string ReaderTwins::modelsLog() {
             .append("[SimpleXML] ")
             .append(line.message)
             .append("\n");
-    return text;
+    return withoutLineAndTime(text);
 }
 
 bool ReaderTwins::differ(const char* what, const std::string& told,
