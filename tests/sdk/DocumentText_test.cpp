@@ -167,6 +167,7 @@ TEST(DocumentText, readsALongFileWhereverItsReadsEnd) {
     for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
         std::string blank(kReadBytes - behind, ' ');
         ASSERT_EQ(textOf(blank + marks), "onetwo") << behind;
+        ASSERT_EQ(textOf(lineOf(blank.size() + 5000) + marks), "onetwo") << behind;
         for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
         ASSERT_EQ(textOf("<" + blank.substr(1) + marks), "onetwo") << behind;
         std::string joined = blank.substr(5);
@@ -196,6 +197,12 @@ TEST(DocumentText, tellsHowLongTheTextWasWithItsComments) {
     EXPECT_EQ(document->size, 6U);
     EXPECT_EQ(document->joinedSize, 6U + 10 + 9);
     EXPECT_TRUE(document->commentsPairUp);
+
+    std::string many;
+    for (int i = 0; i < 5000; ++i) many += "<!-- one -->\nabc\n";
+    const std::optional<dax::DocumentText> longer = readBytes("<R>\n" + many + "</R>\n", "R");
+    EXPECT_EQ(longer->size, 15000U);
+    EXPECT_EQ(longer->joinedSize, 75000U);
 }
 
 TEST(DocumentText, keepsEveryCommentWhenTheyDoNotPairUp) {
@@ -247,6 +254,8 @@ TEST(DocumentText, endsBeforeALineThatIsLongerThanAPiece) {
     EXPECT_EQ(textOf(start + longLine + "\ntwo\n</R>\n"), "one");
     EXPECT_EQ(textOf(start + longLine + "</R>\ntwo\n"), "one");
     EXPECT_EQ(textOf(start + "two\n" + longLine), "onetwo");
+    for (const std::size_t length : {4094U, 4095U, 4096U, 4100U})
+        EXPECT_EQ(textOf(start + lineOf(length) + "</R>\ntwo\n"), "one") << length;
 }
 
 TEST(DocumentText, seesNoClosingTagBehindAZeroByte) {

@@ -146,7 +146,7 @@ TEST(FileRead, refusesAFileThatIsTooLongBeforeItTakesMemory) {
     expectNothing(dir / "sparse", (std::size_t(1) << 40) - 1);
 }
 
-TEST(FileRead, saysWhyAFileCannotBeOpened) {
+TEST(FileRead, givesNothingOfAFileThatCannotBeOpened) {
     const TempDir dir;
     writeFile(dir / "file", "text");
     std::filesystem::create_symlink("loop", dir / "loop");

@@ -133,7 +133,7 @@ TEST(LoggerSeconds, areThoseOfAStreamAroundEachPowerOfTenAndBeforeTheStart) {
     seconds.expectAlike(count);
 }
 
-TEST(LoggerSeconds, leaveTheThreadsLocaleAsItWasHoweverMany) {
+TEST(LoggerSeconds, leaveTheThreadsLocaleAsItWas) {
     const locale_t before = uselocale(locale_t{});
     Seconds seconds(kMorningUs);
     seconds.print(2'000'000'000'000);

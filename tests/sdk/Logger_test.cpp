@@ -1,9 +1,8 @@
-// The log sink: its lines to the byte, its files' names, and which line goes where.
+// The log sink: its lines to the byte, which line goes where, and how long it lives.
 #include "sdk/Logger.h"
 
 #include <climits>
 #include <clocale>
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -14,77 +13,27 @@
 
 #include <gtest/gtest.h>
 #include <locale.h>
-#include <sys/resource.h>
 
-#include "support/Clock.h"
 #include "support/Locales.h"
+#include "support/LoggerTest.h"
 #include "support/TestFiles.h"
 
 namespace {
 
+using thermika_test::kBoth;
+using thermika_test::kConsoleOnly;
+using thermika_test::kFile;
+using thermika_test::kMorning;
+using thermika_test::kMorningUs;
+using thermika_test::kNone;
+using thermika_test::kSecondUs;
 using thermika_test::openDescriptors;
 using thermika_test::readFile;
 using thermika_test::ScopedLocale;
-using thermika_test::ScopedTimeZone;
+using thermika_test::Sinks;
 using thermika_test::StderrCapture;
-using thermika_test::writeFile;
 
-using Sinks = kelvra::Logger::loggerConf_;
-constexpr Sinks kFile = kelvra::Logger::LOGGER_FILE;
-constexpr Sinks kConsole = kelvra::Logger::LOGGER_CONSOLE;
-constexpr Sinks kBoth = Sinks(kFile | kConsole);
-constexpr Sinks kConsoleOnly = Sinks(kelvra::Logger::LOGGER_NO_FILE | kConsole);
-constexpr Sinks kNone = Sinks(kelvra::Logger::LOGGER_NO_FILE | kelvra::Logger::LOGGER_NO_CONSOLE);
-
-constexpr std::int64_t kSecondUs = 1'000'000;
-constexpr std::int64_t kMorningUs = 1'794'733'507 * kSecondUs;  // 2026-11-15 09:05:07 UTC
-constexpr const char* kMorning = "_15_11_2026_9-5-7.log";
-constexpr const char* kSecondLater = "_15_11_2026_9-5-8.log";
-
-/// No file grows longer than this many bytes while it lives.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
-        const rlimit limited{bytes, m_before.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    }
-    ~FileSizeLimit() {
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before{};
-};
-
-// A fresh logger, unconfigured, made at the morning's time.
-class Logger : public testing::Test {
-protected:
-    Logger() { renew(); }
-    ~Logger() override { kelvra::Logger::releaseInstance(); }
-
-    static kelvra::Logger& renew() {
-        kelvra::Logger::releaseInstance();
-        return *kelvra::Logger::getInstance();
-    }
-    static kelvra::Logger& logger() { return *kelvra::Logger::getInstance(); }
-
-    void configure(Sinks sinks, int fileLevel, int consoleLevel) {
-        logger().configure(m_base, sinks, fileLevel, consoleLevel);
-    }
-    static void print(const std::string& message) { logger().print(0, "Unit", 1, message); }
-    std::string fileAt(const char* stamp) const { return readFile(m_base + stamp); }
-    bool hasFile(const char* stamp) const { return std::filesystem::exists(m_base + stamp); }
-
-    const thermika_test::TempDir m_dir;
-    const std::string m_base = m_dir / "tool.log";
-    const ScopedTimeZone m_zone{"UTC"};
-    thermika_test::ScopedClock m_clock{kMorningUs};
-};
+using Logger = thermika_test::LoggerTest;
 
 TEST_F(Logger, writesOneLineForEachMessageToBothSinks) {
     renew();
@@ -213,131 +162,19 @@ TEST_F(Logger, writesNumbersAlikeInEveryLocale) {
     StderrCapture errors;
     m_clock.advance(12'345'678'000);
     logger().print(2, "Manager", 12345, "m");
-    EXPECT_EQ(errors.text(), "INFO [Manager:12345] @ 12345.7s :m\n");
-    EXPECT_EQ(fileAt(kMorning), "INFO [Manager:12345] @ 12345.7s :m\n");
+    m_clock.advance(1'222'222'122'000);
+    print("later");
+    m_clock.set(kMorningUs - 5 * kSecondUs / 2);
+    print("back");
+    const std::string lines =
+        "INFO [Manager:12345] @ 12345.7s :m\n"
+        "ERROR [Unit:1] @ 1.23457e+06s :later\n"
+        "ERROR [Unit:1] @ -2.5s :back\n";
+    EXPECT_EQ(errors.text(), lines);
+    EXPECT_EQ(fileAt(kMorning), lines);
     EXPECT_EQ(uselocale(locale_t{}), threadLocale);
     EXPECT_STREQ(std::localeconv()->decimal_point, ",");
     std::locale::global(former);
-}
-
-TEST_F(Logger, stampsFileNamesWithTheLocalTimeWithoutLeadingZeros) {
-    const struct {
-        const char* zone;
-        std::int64_t seconds;
-        const char* stamp;
-    } rows[] = {
-        {"UTC", 1'794'733'507, "_15_11_2026_9-5-7.log"},
-        {"Asia/Kathmandu", 1'794'733'507, "_15_11_2026_14-50-7.log"},
-        {"America/St_Johns", 1'794'733'507, "_15_11_2026_5-35-7.log"},
-        {"UTC", 1'798'761'600, "_1_1_2027_0-0-0.log"},
-        {"Asia/Kathmandu", 1'798'761'600, "_1_1_2027_5-45-0.log"},
-        {"America/St_Johns", 1'798'761'600, "_31_12_2026_20-30-0.log"},
-        {"America/St_Johns", 1'782'907'199, "_1_7_2026_9-29-59.log"},
-        {"UTC", 4'102'444'799, "_31_12_2099_23-59-59.log"},
-    };
-    for (const auto& row : rows) {
-        const ScopedTimeZone zone(row.zone);
-        m_clock.set(row.seconds * kSecondUs);
-        configure(kFile, 3, 3);
-        EXPECT_TRUE(hasFile(row.stamp)) << row.zone << row.stamp;
-    }
-    const std::filesystem::directory_iterator files(m_dir.path());
-    EXPECT_EQ(std::distance(begin(files), end(files)), std::ptrdiff_t(std::size(rows)));
-}
-
-TEST_F(Logger, stampsAFileNameInTheTimeZoneThatTheEnvironmentNamesThen) {
-    const ScopedTimeZone zone("UTC");
-    setenv("TZ", "Asia/Kathmandu", 1);
-    renew();
-    configure(kBoth, 3, 3);
-    EXPECT_TRUE(hasFile("_15_11_2026_14-50-7.log"));
-}
-
-TEST_F(Logger, stampsAnEmptyNameToo) {
-    logger().configure(m_dir / "", kFile, 3, 3);
-    EXPECT_TRUE(std::filesystem::exists(m_dir / kMorning));
-}
-
-TEST_F(Logger, keepsEarlierLinesWhenConfiguredTwiceInTheSameSecond) {
-    renew();
-    configure(kFile, 3, 3);
-    print("one");
-    m_clock.advance(kSecondUs - 1);
-    configure(kFile, 3, 3);
-    m_clock.set(kMorningUs);
-    print("two");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit:1] @ 0s :one\nERROR [Unit:1] @ 0s :two\n");
-}
-
-TEST_F(Logger, appendsToAFileThatExistsAlready) {
-    writeFile(m_base + kMorning, "from an earlier run\n");
-    renew();
-    configure(kFile, 3, 3);
-    EXPECT_EQ(fileAt(kMorning), "from an earlier run\n");
-    print("one");
-    EXPECT_EQ(fileAt(kMorning), "from an earlier run\nERROR [Unit:1] @ 0s :one\n");
-}
-
-TEST_F(Logger, startsANewFileWhenConfiguredAgainInALaterSecond) {
-    renew();
-    configure(kFile, 3, 3);
-    print("one");
-    m_clock.advance(kSecondUs);
-    configure(kFile, 3, 3);
-    print("two");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit:1] @ 0s :one\n");
-    EXPECT_EQ(fileAt(kSecondLater), "ERROR [Unit:1] @ 1s :two\n");
-}
-
-TEST_F(Logger, keepsTheFileWhoseStampedNameIsPassedBack) {
-    renew();
-    configure(kFile, 3, 3);
-    print("one");
-    m_clock.advance(kSecondUs);
-    logger().configure(m_base + kMorning, kFile, 3, 3);
-    print("two");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit:1] @ 0s :one\nERROR [Unit:1] @ 1s :two\n");
-    EXPECT_FALSE(std::filesystem::exists(m_base + kMorning + kSecondLater));
-}
-
-TEST_F(Logger, createsNoFileForStandardErrorAloneButStampsItsName) {
-    renew();
-    configure(kConsoleOnly, 3, 3);
-    StderrCapture errors;
-    print("one");
-    EXPECT_EQ(errors.text(), "ERROR [Unit:1] @ 0s :one\n");
-    EXPECT_TRUE(std::filesystem::is_empty(m_dir.path()));
-
-    m_clock.advance(kSecondUs);
-    logger().configure(m_base + kMorning, kFile, 3, 3);
-    EXPECT_TRUE(hasFile(kMorning)) << "the stamped name was not kept";
-}
-
-TEST_F(Logger, losesTheLinesOfAFileThatCannotBeOpenedSilently) {
-    renew();
-    StderrCapture errors;
-    logger().configure(m_dir / "missing/tool.log", kBoth, 3, 3);
-    print("one");
-    EXPECT_EQ(errors.text(), "ERROR [Unit:1] @ 0s :one\n");
-    EXPECT_TRUE(std::filesystem::is_empty(m_dir.path()));
-
-    configure(kFile, 3, 3);
-    print("two");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit:1] @ 0s :two\n") << "the failure was not forgotten";
-}
-
-TEST_F(Logger, losesTheLinesAfterOneThatCouldNotBeWritten) {
-    configure(kFile, 3, 3);
-    {
-        const FileSizeLimit limit(11);
-        print("one");
-    }
-    print("two");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [Unit");
-
-    configure(kFile, 3, 3);
-    print("three");
-    EXPECT_EQ(fileAt(kMorning), "ERROR [UnitERROR [Unit:1] @ 0s :three\n");
 }
 
 TEST_F(Logger, writesNothingWhereNoSinkIsOn) {
@@ -395,6 +232,10 @@ TEST_F(Logger, isTheSameOneUntilItIsReleased) {
     auto* const first = &renew();
     configure(kConsoleOnly, 0, 0);
     EXPECT_EQ(kelvra::Logger::getInstance(), first);
+    StderrCapture errors;
+    kelvra::Logger::releaseInstance();
+    print("dropped");
+    EXPECT_EQ(errors.text().find("dropped"), std::string::npos) << "still configured";
 }
 
 TEST_F(Logger, startsItsTimeAnewAfterItWasReleased) {

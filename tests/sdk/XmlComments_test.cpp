@@ -147,6 +147,8 @@ TEST(XmlComments, seesNoDelimiterInWhatACommentHadParted) {
     EXPECT_EQ(without("a<!<!-- x -->--b"), "a<!--b");
     EXPECT_EQ(without("a-<!-- x -->->b"), "a-->b");
     EXPECT_EQ(without("a<!<!-- x -->-- <!-- y -->b"), "a<!-- b");
+    EXPECT_EQ(without("a<<!-- x -->!--b"), "a<!--b");
+    EXPECT_EQ(without("a<<!-- x -->b"), "a<b");
 }
 
 TEST(XmlComments, holdsOnlyTheEndOfACommentThatIsOpen) {
