@@ -24,8 +24,8 @@ constexpr std::size_t kMaxFileBytes = std::size_t{1} << 31;
 constexpr std::size_t kPieceBytes = 32768;
 
 /// The part of a text before the first line that holds the root's closing tag, before that line's
-/// first zero byte if it has one; all of it when there is none. When the line is too long to be
-/// read it is there up to the tag, too long still.
+/// first zero byte if it has one; all of it when there is none. Of a line that is too long to be
+/// read so much is left that it still is too long.
 std::string_view beforeClosingLine(std::string_view text, std::string_view rootName) {
     for (std::size_t at = 0;; ++at) {
         at = findTag(text, rootName, TagKind::kClosing, at, text.size());
@@ -191,6 +191,7 @@ std::optional<DocumentText> readDocumentText(const char* file, std::string_view 
     std::optional<DocumentText> document = readText(file, rootName, Comments::kTakeOut);
     if (!document || document->commentsPairUp) return document;
     // Rare, so the comments were not kept for this.
+    document.reset();
     return readText(file, rootName, Comments::kLeave);
 }
 

@@ -13,7 +13,7 @@ namespace dax {
 
 namespace {
 
-constexpr std::size_t kPieceBytes = 131072;   // little beside a processor's second cache
+constexpr std::size_t kReadBytes = 131072;    // little beside a processor's second cache
 constexpr std::size_t kLineChunkBytes = 256;  // a USB attribute fits: its text has 126 at most
 
 class Descriptor {
@@ -64,7 +64,7 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
     result.bytes.reset(new char[left + 1]);
     while (left > 0) {
         const ssize_t got =
-            file.readSome(result.bytes.get() + result.size, std::min(left, kPieceBytes));
+            file.readSome(result.bytes.get() + result.size, std::min(left, kReadBytes));
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         left -= static_cast<std::size_t>(got);

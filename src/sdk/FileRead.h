@@ -17,11 +17,11 @@ struct FileBytes {
 
 /// The bytes of a regular file. Nothing when `path` is no regular file, cannot be opened, is longer
 /// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
-/// shrinks meanwhile gives what is left of it.
+/// shrinks meanwhile gives what is left of it, one that grows as much as it had.
 ///
-/// `arrived` is called, often, with what is there so far, so that it can be looked at while the
-/// processor has it near. It may change those bytes and take some from their end: what comes next
-/// is put behind what it leaves.
+/// `arrived` is called after each read that gave something, with what is there so far, so that it
+/// can be looked at while the processor has it near. It may change those bytes and the one behind
+/// them, and take some from their end: what comes next is put behind what it leaves.
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
                                          const std::function<void(FileBytes&)>& arrived);
 
@@ -29,7 +29,7 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
 /// line feed, or all of it: zero and control bytes included, empty when reading failed.
 bool readFirstLine(const char* path, std::string& line);
 
-/// Whether `path` can be opened for reading.
+/// Whether `path` can be opened for reading, which is true of a directory too.
 bool isReadable(const char* path);
 
 }  // namespace dax

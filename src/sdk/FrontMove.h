@@ -7,9 +7,9 @@
 
 namespace dax {
 
-/// Copies `part` to `to`, which lies before it; nothing from `end` on is read. Most often there is
-/// room to copy more than the part, which is quicker than to copy it exactly: what lies before the
-/// part's end may change, what follows it does not.
+/// Copies `part` to `to`, which lies before it or is its start; nothing from `end` on is read. Most
+/// often there is room to copy more than the part, which is quicker than to copy it exactly: what
+/// lies before the part's end may change, what follows it does not.
 inline void moveToFront(char* to, std::string_view part, const char* end) {
     constexpr std::size_t kChunk = 64;
     const std::size_t rounded = (part.size() | (kChunk - 1)) + 1;

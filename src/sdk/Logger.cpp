@@ -49,7 +49,7 @@ std::string secondsText(long double seconds) {
         --places;
     }
     const std::uint64_t rest = picoseconds % step;
-    if (rest == step / 2 || rest + 1 == step / 2) return anySecondsText(seconds);
+    if (rest == step / 2) return anySecondsText(seconds);
 
     std::string text = std::to_string(picoseconds / step + (rest < step / 2 ? 0 : 1));
     if (places == 0) return text;
@@ -111,14 +111,12 @@ void Logger::releaseInstance() {
 // one right afterwards.
 Logger::Logger() : m_startMs(wallClockMs()) { m_ = nullptr; }
 
-Logger::~Logger() {
-    if (isOn(LOGGER_FILE)) m_file.close();
-}
+Logger::~Logger() = default;
 
 void Logger::configure(const std::string& name, loggerConf_ conf, int fileLevel, int consoleLevel) {
     m_fileLevel = fileLevel;
     m_consoleLevel = consoleLevel;
-    if (isOn(LOGGER_FILE)) m_file.close();
+    m_file.close();
     // Deliberate: compared with the stamped name, so a caller who passes the same base name again
     // in a later second gets a new file.
     if (name != m_fileName) m_fileName = stampedName(name);

@@ -47,14 +47,18 @@ public:
     ///
     /// The log file's path is `name` + "_day_month_year_hour-minute-second.log" in local time,
     /// numbers without leading zeros; only a `name` that is the current path already is taken as it
-    /// stands. With LOGGER_FILE it is created or appended to. A file that cannot be opened is not
-    /// reported: its lines are lost, standard error keeps working.
+    /// stands (at first that is the empty one, which opens no file). With LOGGER_FILE it is created
+    /// or appended to. A file that cannot be opened is not reported: its lines are lost, standard
+    /// error keeps working. So are the lines after one that could not be written, until the next
+    /// call.
+    /// Process: takes the time zone from the environment, as tzset() does.
     void configure(const std::string& name, loggerConf_ conf, int fileLevel, int consoleLevel);
 
-    /// Writes "LEVEL [file:line] @ seconds:message" and a line break to every sink whose level is
-    /// at least `severity`: "ERROR", "WARNING", "INFO" or "DEBUG".
+    /// Writes "LEVEL [file:line] @ 1.5s :message" and a line break to every sink whose level is at
+    /// least `severity`: "ERROR", "WARNING", "INFO" or "DEBUG".
     /// Seconds count from the logger's creation and follow no locale. `file` is the source file's
-    /// stem. A message with a zero byte is cut there on standard error, whole in the file.
+    /// stem. A message with a zero byte is cut there on standard error, line break and all; it is
+    /// whole in the file.
     ///
     /// Before the first configure() the message is dropped; the first such call in the process says
     /// so in one line on standard error.

@@ -3,10 +3,10 @@
 // the text between the first "<name>" and the first "</name>" after it, at whatever nesting level.
 //
 // Use: open(), then setNode() to stand on the whole document, then descend and read. An operation
-// called before that, or with a null pointer, finds nothing. Nothing outside the loaded text is
-// ever read. The first search lists the document's tags; from then on looking for an element costs
-// a look at one byte for each tag before it. Allocation failures propagate, and the object stays
-// usable.
+// called before that, or with a null pointer, finds nothing; only getKey() needs no setNode().
+// Nothing outside the loaded text is ever read. The first search lists the document's tags; from
+// then on looking for an element costs a look at one byte for each tag before it. Allocation
+// failures propagate, and the object stays usable.
 #pragma once
 
 #include <array>
@@ -27,7 +27,7 @@ struct CommentToken {
     std::int32_t pos;   ///< offset of the opening's "<", or just past the closing's ">"
 };
 
-/// Whether `a` stands before `b`; the type plays no part.
+/// Whether `a` stands before `b`; the type plays no part. For callers that sort delimiters.
 bool compTokens(CommentToken a, CommentToken b);
 
 class SimpleXML {
@@ -39,15 +39,17 @@ public:
     SimpleXML& operator=(const SimpleXML&) = delete;
 
     /// Opens "<dir>/<name>.xml", or "Imager/<name>.xml" below the working directory when `dir` is
-    /// empty (false when there is no working directory).
-    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing. A
-    /// path of more than 259 characters ends the process with abort() and a line on standard error.
+    /// empty (false when there is none or its own path has more than 259 characters).
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing, and
+    /// the calibration manager. A path of more than 259 characters ends the process with abort()
+    /// and a line on standard error.
     bool open(const char* dir, char* name, const char* rootName);
 
     /// Loads the lines strictly between the first line that contains "<rootName" and the next that
-    /// contains "</rootName>", joined, without comments; comments may be nested. A line of more
-    /// than 4095 characters ends the document there; a line is read up to its first zero byte. A
-    /// document without the root reads as empty, and that is success, as is a file without any "<".
+    /// contains "</rootName>", joined, without comments; comments may be nested. Reading begins at
+    /// the file's first "<". A line of more than 4095 characters ends the document there; a line is
+    /// read up to its first zero byte; a carriage return reads as a line feed. A document without
+    /// the root reads as empty, and that is success, as is a file without any "<".
     ///
     /// False when the file is empty, is no regular file, has more than 2^31 bytes or cannot be
     /// read: with a DEBUG line in the log (none for null), and what was loaded before still there.
@@ -71,7 +73,8 @@ public:
     }
 
     /// A copy of the current element's text; the caller frees it with delete[]. False, `*out`
-    /// unchanged, when it is empty.
+    /// unchanged, when it is empty. The whole document's is as long as it was with its comments,
+    /// and ends in zero bytes.
     bool getNode(char** out);
 
     /// How many elements `name` follow one another in the current one; 0 at depth 254. May count
@@ -80,14 +83,14 @@ public:
 
     /// Searches "<name>" (or "</name>" when `closing`) from byte offset `from` on. The offset of
     /// the closing tag, or that of the first byte after the opening tag; -1 when none begins before
-    /// `limit` or an offset lies outside the text.
+    /// `limit` and when one of the two is negative.
     int getKey(const char* name, int from, int limit, bool closing);
 
     /// Reads the first element `name` in the current one: as "%i" (hexadecimal after "0x", octal
     /// after "0"), "%hu", "%i" (true when above 0), "%ld" and "%f" scan it. True when the element
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
     /// `*out` unchanged, when it is not, and at depth 254.
-    /// Process: LC_NUMERIC bears the name of LC_CTYPE afterwards.
+    /// Process: LC_NUMERIC bears the name of LC_CTYPE after a number was read.
     bool getInt(const char* name, int* out) { return read(ElementName(name), out); }
     bool getUnsignedShort(const char* name, unsigned short* out) {
         return read(ElementName(name), out);

@@ -1,5 +1,5 @@
-// One walk over the text's "--": delimiters are paired up by where theirs stand, which brings an
-// opening and a closing in the order of the places they mark.
+// One walk over the text's "--", of which every delimiter has one: openings and closings are met in
+// the order in which they count, an opening before a closing that shares its dashes.
 #include "sdk/XmlComments.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
         // Of a comment that is open, what may belong to a delimiter stays.
         keep(begin);
         begin = kept;
-        from = std::max(from, size - std::min(size, kOpening.size()));
+        from = size - kOpening.size();
     }
     keep(size);
     m_nesting = nesting;

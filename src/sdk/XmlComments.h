@@ -13,8 +13,8 @@ public:
     /// may belong to a comment that has not ended. `isEnd`: nothing more will come.
     std::size_t take(char* text, std::size_t size, bool isEnd);
 
-    /// Whether every "-->" had a "<!--" before it and every "<!--" was closed. When not, what was
-    /// left is of no use.
+    /// Whether every "-->" had a "<!--" before it and every "<!--" was closed; a "-->" right behind
+    /// another one does not count, and stays. When not, what was left is of no use.
     bool pairUp() const { return m_allOpened && m_nesting == 0; }
 
 private:
