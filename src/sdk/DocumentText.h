@@ -24,7 +24,8 @@ constexpr std::size_t kMaxLineChars = 4095;
 /// and carriage returns become line feeds. Reading begins at the file's first "<" and ends for good
 /// at a line of more than kMaxLineChars; a line ends at its first zero byte. Empty when no line
 /// contains "<rootName". Nothing when the file is empty, is no regular file, has more than 2^31
-/// bytes or cannot be read. A file whose comments do not pair up is read twice.
+/// bytes or cannot be read. A file whose comments do not pair up is read twice, and the second time
+/// counts.
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName);
 
 }  // namespace dax
