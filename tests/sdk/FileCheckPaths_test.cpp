@@ -298,6 +298,20 @@ TEST_F(FileCheckPaths, findsFilesBelowTheWorkingDirectoryUnderPathsOfUpTo520Char
     }
 }
 
+// The longest working directory and the longest name come to more than any path may have: 527
+// characters, a slash and 259.
+TEST_F(FileCheckPaths, reportsFilesMissingWhosePathWouldBeLongerThanAnyPathMayBe) {
+    for (const std::size_t length : {519U, 520U, 521U}) {
+        const WorkingDirectory there(
+            makeDirectoryOfLength(beside(std::to_string(length)), length));
+        std::string name(300, 'n');
+        int size = 0;
+        dax::_checkCaliFilesHelper("", name.data(), "%s", nullptr, &size);
+        EXPECT_EQ(size, 259 + 1) << length;
+        EXPECT_EQ(fs::is_directory("Imager"), length <= 520) << length;
+    }
+}
+
 TEST_F(FileCheckPaths, findsNothingInADirectoryOf260Characters) {
     loadOneFile();
     const std::string directory = makeDirectoryOfLength(beside("x"), 260);
