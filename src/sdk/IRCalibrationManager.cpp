@@ -91,12 +91,19 @@ IRCalibrationManager* IRCalibrationManager::getInstance() {
     return _this;
 }
 
-IRCalibrationManager::IRCalibrationManager()
-    : m_calibrationDir(makeDirectoryArray(kDefaultCalibrationDir)),
-      m_formatsDir(makeDirectoryArray(kDefaultFormatsDir)),
-      m_availableOptics(std::make_unique<std::vector<OpticsEntry>>()) {}
+// The list is made and released before the arrays that are declared before it.
+IRCalibrationManager::IRCalibrationManager() {
+    m_availableOptics = std::make_unique<std::vector<OpticsEntry>>();
+    m_calibrationDir = makeDirectoryArray(kDefaultCalibrationDir);
+    m_formatsDir = makeDirectoryArray(kDefaultFormatsDir);
+}
 
-IRCalibrationManager::~IRCalibrationManager() { _this = nullptr; }
+IRCalibrationManager::~IRCalibrationManager() {
+    m_availableOptics.reset();
+    m_calibrationDir.reset();
+    m_formatsDir.reset();
+    _this = nullptr;
+}
 
 char* IRCalibrationManager::getCalibrationDir() { return m_calibrationDir.get(); }
 
@@ -119,24 +126,19 @@ std::size_t IRCalibrationManager::readable(const char* dir) const {
 bool IRCalibrationManager::findSerial(unsigned long& serial) {
     log(kelvra::kLogDebug, kLineQuery, std::string("Query directory ") + kUsbDevicesDir);
 
-    const auto failed = [](int line, const std::string& message, int reason) {
-        log(kelvra::kLogError, line, message + std::strerror(reason));
+    const auto failed = [](int line, const char* message) {
+        const char* const reason = std::strerror(errno);
+        log(kelvra::kLogError, line, std::string(message) + reason);
         errno = 0;
         return false;
     };
     // Deliberate: the working directory stays in the device tree, so every later relative path of
     // the process is resolved there.
-    if (chdir(kUsbDevicesDir) != 0) {
-        const int reason = errno;
-        return failed(
-            kLineCannotEnter,
-            std::string("Query directory ") + kUsbDevicesDir + " could not be opened: ", reason);
-    }
+    if (chdir(kUsbDevicesDir) != 0)
+        return failed(kLineCannotEnter,
+                      "Query directory /sys/bus/usb/devices could not be opened: ");
     std::unique_ptr<DIR, DirectoryCloser> directory(opendir(kUsbDevicesDir));
-    if (!directory) {
-        const int reason = errno;
-        return failed(kLineCannotOpen, "Failed to open usb device directory: ", reason);
-    }
+    if (!directory) return failed(kLineCannotOpen, "Failed to open usb device directory: ");
 
     const unsigned long wanted = serial;
     serial = 0;

@@ -1,4 +1,4 @@
-// Runs out of memory: in every allocation of a run of the tool, and while the manager is made.
+// Runs out of memory in every allocation of a run of the tool.
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include "sdk/IRCalibrationManager.h"
 #include "support/ExpectedDocument.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
@@ -104,29 +103,6 @@ TEST(DriverMemory, saysThatThereIsNoCameraOnceMemorySufficesToLook) {
         EXPECT_GT(allocations, 3);
         EXPECT_EQ(result, (RunResult{thermika_test::kNoCamera, "", thermika_test::kToolFailure}));
     });
-}
-
-TEST(DriverMemory, leavesNoManagerWhenMakingOneFails) {
-    using dax::IRCalibrationManager;
-    delete IRCalibrationManager::getInstance();
-    int failures = 0;
-    for (int allocations = 0; allocations < kMostAllocations; ++allocations) {
-        g_allocationsLeft = allocations;
-        bool isFailed = false;
-        try {
-            IRCalibrationManager::getInstance();
-        } catch (const std::bad_alloc&) {
-            isFailed = true;
-        }
-        g_allocationsLeft = -1;
-        if (!isFailed) break;
-        ++failures;
-    }
-    EXPECT_GE(failures, 3);  // a list and two arrays
-    EXPECT_LT(failures, kMostAllocations);
-    EXPECT_STREQ(IRCalibrationManager::getInstance()->getCalibrationDir(),
-                 "/usr/share/libthermika/cali");
-    EXPECT_STREQ(IRCalibrationManager::getInstance()->getFormatsDir(), "/usr/share/libthermika");
 }
 
 }  // namespace

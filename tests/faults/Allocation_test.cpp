@@ -2,6 +2,7 @@
 #include "faults/EachAllocation.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <new>
@@ -194,6 +195,21 @@ TEST_F(EveryAllocation, ofTheManagersCreationLeavesNoManagerBehind) {
                   return answer;
               }),
               4U);  // the object, its list and its two directories
+}
+
+TEST(ManagersLife, makesAndReleasesTheListBeforeTheCalibrationDirectoryBeforeTheFormatsDirectory) {
+    const auto address = [](const void* at) { return reinterpret_cast<std::uintptr_t>(at); };
+    delete dax::IRCalibrationManager::getInstance();
+    const thermika_test::BlockTrace trace;
+    auto* const manager = dax::IRCalibrationManager::getInstance();
+    const std::uintptr_t object = address(manager);
+    const std::uintptr_t list = address(manager->getAvailableOptics(0));
+    const std::uintptr_t calibrationDir = address(manager->getCalibrationDir());
+    const std::uintptr_t formatsDir = address(manager->getFormatsDir());
+    delete manager;
+    using Blocks = thermika_test::BlockTrace::Blocks;
+    EXPECT_EQ(trace.allocated, (Blocks{object, list, calibrationDir, formatsDir}));
+    EXPECT_EQ(trace.released, (Blocks{list, calibrationDir, formatsDir, object}));
 }
 
 TEST_F(EveryAllocation, ofGeneratingADocumentReachesTheCaller) {

@@ -1,6 +1,7 @@
 // See the header.
 #include "faults/EachAllocation.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -16,6 +17,12 @@ constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
 std::size_t g_untilFailure = kNever;
 std::ptrdiff_t g_live = 0;
+thermika_test::BlockTrace* g_trace = nullptr;
+
+void note(thermika_test::BlockTrace::Blocks& blocks, void* block) {
+    auto* const place = std::find(blocks.begin(), blocks.end(), 0);
+    if (place != blocks.end()) *place = reinterpret_cast<std::uintptr_t>(block);
+}
 
 void* allocate(std::size_t bytes) {
     if (g_untilFailure == 0) {
@@ -26,12 +33,14 @@ void* allocate(std::size_t bytes) {
     void* const block = std::malloc(bytes == 0 ? 1 : bytes);
     if (block == nullptr) throw std::bad_alloc();
     ++g_live;
+    if (g_trace != nullptr) note(g_trace->allocated, block);
     return block;
 }
 
 void release(void* block) {
     if (block == nullptr) return;
     --g_live;
+    if (g_trace != nullptr) note(g_trace->released, block);
     std::free(block);
 }
 
@@ -88,5 +97,9 @@ std::size_t failEachAllocation(const Use& use, const std::function<void()>& prep
 void failAllocation(std::size_t skipped) { g_untilFailure = skipped; }
 
 bool failNoAllocation() { return std::exchange(g_untilFailure, kNever) == kNever; }
+
+BlockTrace::BlockTrace() { g_trace = this; }
+
+BlockTrace::~BlockTrace() { g_trace = nullptr; }
 
 }  // namespace thermika_test

@@ -2,7 +2,9 @@
 // only executables made for this have EachAllocation.cpp among their sources.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -23,5 +25,18 @@ void failAllocation(std::size_t skipped);
 
 /// None throws from here on. Whether the one that was to has thrown.
 bool failNoAllocation();
+
+/// Where the first blocks lie that are allocated and released while it lives, in that order.
+struct BlockTrace {
+    using Blocks = std::array<std::uintptr_t, 8>;
+
+    BlockTrace();
+    ~BlockTrace();
+    BlockTrace(const BlockTrace&) = delete;
+    BlockTrace& operator=(const BlockTrace&) = delete;
+
+    Blocks allocated{};
+    Blocks released{};
+};
 
 }  // namespace thermika_test

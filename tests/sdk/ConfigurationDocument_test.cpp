@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "support/ExpectedDocument.h"
+#include "support/Locales.h"
 
 namespace {
 
@@ -93,15 +94,9 @@ TEST(ConfigurationDocument, takesNoMoreOfADirectoryThanItIsGiven) {
     EXPECT_EQ(document.text(), expected.text());
 }
 
-/// Groups digits by three, as many locales do.
-class Grouping : public std::numpunct<char> {
-protected:
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
-
 TEST(ConfigurationDocument, groupsNoDigits) {
-    const std::locale former = std::locale::global(std::locale(std::locale(), new Grouping));
+    const std::locale former =
+        std::locale::global(std::locale(std::locale(), new thermika_test::Grouping));
     dax::ConfigurationDocument document = defaultDocument();
     document.maxTempC = 1500;
     ExpectedDocument expected;

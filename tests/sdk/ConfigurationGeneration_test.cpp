@@ -299,16 +299,9 @@ TEST(ConfigurationGeneration, leavesTheNumericLocaleAtC) {
     });
 }
 
-/// Groups digits by three, as many locales do.
-class Grouping : public std::numpunct<char> {
-protected:
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
-
 TEST(ConfigurationGeneration, groupsNoDigits) {
     inSandbox([] {
-        std::locale::global(std::locale(std::locale(), new Grouping));
+        std::locale::global(std::locale(std::locale(), new thermika_test::Grouping));
         expectNumbers(describe("<FOV>1234</FOV>", "<TempLo>-5678</TempLo><TempHi>9999</TempHi>"),
                       1234, -5678, 9999);
     });

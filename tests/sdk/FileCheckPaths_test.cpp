@@ -302,8 +302,7 @@ TEST_F(FileCheckPaths, findsFilesBelowTheWorkingDirectoryUnderPathsOfUpTo520Char
 // characters, a slash and 259.
 TEST_F(FileCheckPaths, reportsFilesMissingWhosePathWouldBeLongerThanAnyPathMayBe) {
     for (const std::size_t length : {519U, 520U, 521U}) {
-        const WorkingDirectory there(
-            makeDirectoryOfLength(beside(std::to_string(length)), length));
+        const WorkingDirectory there(makeDirectoryOfLength(beside(std::to_string(length)), length));
         std::string name(300, 'n');
         int size = 0;
         dax::_checkCaliFilesHelper("", name.data(), "%s", nullptr, &size);

@@ -180,8 +180,10 @@ TEST(SerialDiscovery, takesTheFirstCameraInDirectoryOrderAndOpensNoOther) {
 
         const auto wasOpened = [](const std::string& name) {
             const int watch = inotify_init1(IN_NONBLOCK);
-            const std::string path = UsbTree::attributePath(name, "serial");
-            EXPECT_GE(inotify_add_watch(watch, path.c_str(), IN_OPEN), 0);
+            for (const char* const attribute : {"idVendor", "idProduct", "serial"}) {
+                const std::string path = UsbTree::attributePath(name, attribute);
+                EXPECT_GE(inotify_add_watch(watch, path.c_str(), IN_OPEN), 0);
+            }
             searchForSerial(0);
             char event[sizeof(inotify_event) + NAME_MAX + 1];
             const bool isEvent = read(watch, event, sizeof event) > 0;

@@ -3,6 +3,7 @@
 
 #include <clocale>
 #include <initializer_list>
+#include <locale>
 #include <string>
 #include <utility>
 
@@ -22,6 +23,13 @@ public:
 
 private:
     std::string m_former;
+};
+
+/// Groups digits by three, as many locales do.
+class Grouping : public std::numpunct<char> {
+protected:
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
 };
 
 /// The name that LC_NUMERIC bears now.
