@@ -7,9 +7,9 @@
 
 namespace dax {
 
-/// Stores the working directory in `buffer`, which must have 2 * `length` + 1 bytes (all that the
-/// path needs when `length` is negative), and returns `buffer`; null, with `errno` set, when there
-/// is none or it does not fit.
+/// Stores the working directory in `buffer`, which must not be null and have 2 * `length` + 1 bytes
+/// (all that the path needs when `length` is negative), and returns `buffer`; null, with `errno`
+/// set, when there is none or it does not fit.
 [[gnu::used, gnu::retain]] char* getFolderPath(char* buffer, short length);
 
 /// Creates one directory level, mode 0777 less the umask: 0, or -1 with `errno` set.

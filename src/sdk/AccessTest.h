@@ -1,13 +1,13 @@
-// Proving that files may be created in a directory, by creating one.
+// Proving that a directory takes files, by writing one.
 #pragma once
 
 #include <string>
 
 namespace dax {
 
-/// 0 when a file could be created in `directory`, else the error number.
-/// Process: creates or empties ".thermika_access" there and removes it; a link of that name is
-/// followed when emptying, and removed itself.
+/// 0 when ".thermika_access" in `directory` could be opened for writing, else the error number.
+/// Process: creates or empties that file and removes it where that may be done; a link of that name
+/// is followed when emptying, and removed itself.
 int accessError(const std::string& directory);
 
 }  // namespace dax

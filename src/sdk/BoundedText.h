@@ -25,8 +25,8 @@ private:
     std::size_t m_room;  ///< characters that can still be added
 };
 
-/// Prints `name` into the `bytes` bytes of `out` as printf's `format` for one string says, cut to
-/// them. How many characters that are.
+/// Prints `name` into the `bytes` bytes of `out`, at least one, as printf's `format` for one string
+/// says, cut to them. How many characters that are.
 std::size_t printName(char* out, std::size_t bytes, const char* format, const char* name);
 
 }  // namespace dax

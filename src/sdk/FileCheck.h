@@ -15,13 +15,14 @@ struct FileFormats {
 };
 
 /// Records every file of the camera that is not in `directory`; when its description cannot be
-/// loaded, that one alone. True when nothing is missing. Process: as ConfigCali::load(); creates
-/// the directory, one level.
+/// loaded, that one alone. True when nothing is missing. An empty directory is "Imager" below the
+/// working directory, here and below. Process: as ConfigCali::load(); creates the directory, one
+/// level.
 bool recordMissingFiles(const char* directory, int serial, const FileFormats& formats,
                         MissingFileList& missing);
 
 /// Records the file that `format` names after `name`, and ";", when `directory` has none that can
-/// be opened for reading.
+/// be opened for reading. Process: creates the directory, one level.
 void recordFileIfMissing(const char* directory, const char* name, const char* format,
                          MissingFileList& missing);
 

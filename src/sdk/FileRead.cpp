@@ -14,7 +14,7 @@ namespace dax {
 namespace {
 
 constexpr std::size_t kReadBytes = 131072;    // little beside a processor's second cache
-constexpr std::size_t kLineChunkBytes = 256;  // a USB attribute fits: its text has 126 at most
+constexpr std::size_t kLineChunkBytes = 256;  // most USB attributes fit
 
 class Descriptor {
 public:

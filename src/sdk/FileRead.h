@@ -11,7 +11,7 @@
 namespace dax {
 
 struct FileBytes {
-    std::unique_ptr<char[]> bytes;  ///< one byte more than `size`, the last one undefined
+    std::unique_ptr<char[]> bytes;  ///< more than `size`; what is behind those is undefined
     std::size_t size = 0;
 };
 
@@ -25,8 +25,9 @@ struct FileBytes {
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
                                          const std::function<void(FileBytes&)>& arrived);
 
-/// False when `path` cannot be opened. Otherwise true, and `line` holds the text before the first
-/// line feed, or all of it: zero and control bytes included, empty when reading failed.
+/// False, `line` empty, when `path` cannot be opened. Otherwise true, and `line` holds the text
+/// before the first line feed, or all of it: zero and control bytes included, empty when reading
+/// failed. However long it is: an endless file without line feeds takes all memory.
 bool readFirstLine(const char* path, std::string& line);
 
 /// Whether `path` can be opened for reading, which is true of a directory too.

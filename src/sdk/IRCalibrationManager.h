@@ -42,16 +42,17 @@ public:
 
     /// Copies at most 260 bytes of `dir`, which may lie in the manager's own arrays, and fills the
     /// rest with zero bytes; null changes nothing.
-    /// Neither checked nor terminated: keep directories below 260 characters (below 242 where a
-    /// description is to be loaded) and without a trailing slash.
+    /// Neither checked nor terminated: keep directories below 260 characters (with
+    /// "/Cali-<serial>.xml" behind them where a description is to be loaded) and without a trailing
+    /// slash.
     void setCalibrationDir(const char* dir);
     void setFormatsDir(const char* dir);
 
     /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores
     /// its number there. The first camera in the order of /sys/bus/usb/devices wins. False when
-    /// there is none (`serial` becomes 0) or when that directory cannot be entered or read
-    /// (`serial` stays as it was, the log tells why). An allocation failure propagates; `serial`
-    /// may be 0 then.
+    /// there is none (`serial` becomes 0, also when reading that directory ends early) or when it
+    /// cannot be entered or opened (`serial` stays as it was, the log tells why). An allocation
+    /// failure propagates; `serial` may be 0 then.
     /// Process: the working directory is /sys/bus/usb/devices afterwards unless it could not be
     /// entered; `errno` is 0.
     bool findSerial(unsigned long& serial);
@@ -66,23 +67,24 @@ public:
     std::string generateConfiguration(unsigned long serial);
 
     /// The calibration files that camera `serial` needs and the calibration directory lacks, each
-    /// name followed by ";"; the caller frees the list with delete[]. Null when it lacks none. A
-    /// description that cannot be loaded is the one file named; one that was loaded before, from
-    /// whatever directory, is used as it is and not named.
+    /// name followed by ";"; the caller frees the list with delete[]. Null when it lacks none, ""
+    /// when the last ones came while it looked. A description that cannot be loaded is the one file
+    /// named; one that was loaded before, from whatever directory, is used as it is and not named.
     /// Process: as checkCaliFiles().
     char* checkCalibration(unsigned long serial);
 
-    /// The same for any directory and names; true when nothing is missing. Ask first with `missing`
-    /// null: `*size` becomes the bytes that the list needs (the largest int where none holds them).
-    /// Then pass a buffer of one byte more than that (the list of a missing description alone needs
-    /// it) and `*size` as it is. `*size` bounds each name, not the list: a buffer smaller than
-    /// told, or files that vanish between the two calls, let the list run over its end, which
-    /// checkCalibration() is safe from. The formats are printf's: of an int in `xmlFormat` (cut to
-    /// 19 characters), of a string in the others (to 259). `separator` stands after the
-    /// description's name only; other names have ";". No other pointer may be null.
-    /// Process: loads the description (see ConfigCali::load(), which ends the process for a
-    /// directory of more than 241 characters); creates the directory, one level, when it is
-    /// missing.
+    /// The same for any directory and names; true when nothing is missing. An empty directory is
+    /// "Imager" below the working directory; one of 260 characters or more holds no file. Ask first
+    /// with `missing` null: `*size` becomes the bytes that the list needs (the largest int where
+    /// none holds them). Then pass a buffer of one byte more than that (the list of a missing
+    /// description alone, which `*size` bounds as a whole, needs it) and `*size` as it is. In other
+    /// lists `*size` bounds each name: a buffer smaller than told, or files that vanish between the
+    /// two calls, let the list run over its end, which checkCalibration() is safe from. The formats
+    /// are printf's: of an int in `xmlFormat` (cut to 19 characters), of a string in the others (to
+    /// 259). `separator` stands after the description's name only; other names have ";". No other
+    /// pointer may be null.
+    /// Process: loads the description (see ConfigCali::load(), which ends the process for a path of
+    /// more than 259 characters); creates the directory, one level, when it is missing.
     bool checkCaliFiles(const char* directory, int serial, char* missing, int* size,
                         const char* xmlFormat, const char* datFormat, const char* prnFormat,
                         const char* separator);
@@ -102,16 +104,17 @@ public:
     /// leaves an empty one for a file that the server lacks: true is no proof of what the files
     /// hold. False, with a line in the log, when the directory is not writable, `serial` is 0 or a
     /// pass could not be made.
-    /// Process: creates and removes ".thermika_access" in the directory (a link of that name is
-    /// followed and what it leads to emptied); as checkCaliFiles() and downloadTarget().
+    /// Process: creates or empties ".thermika_access" in the directory and removes it (a link of
+    /// that name is followed and what it leads to emptied); as downloadTarget(), then
+    /// checkCaliFiles().
     bool downloadCalibration(unsigned long serial);
 
     /// Fetches the files named in `targets`, each followed by ";", into `targetDir` by running
     /// wget, which inherits the process's outputs. True once the command for one of them was
-    /// started, whether or not the file came. False, with lines in the log, when the server's
-    /// download-links document cannot be had or used, or no command was started. What reaches the
-    /// shell unquoted: `targetDir` and the names; between double quotes: the document's base
-    /// address, `serial`.
+    /// started and waited for, as far as the C library tells, whether or not the file came. False,
+    /// with lines in the log, when none was, or when the server's download-links document cannot be
+    /// had or used; false without a line when no file is named. What reaches the shell unquoted:
+    /// `targetDir` and the names; between double quotes: the document's base address, `serial`.
     /// Process: writes and removes /tmp/downloadlinks.xml (it stays when it cannot be read);
     /// LC_NUMERIC is "C" afterwards; flushes standard output.
     static bool downloadTarget(char* targets, std::string serial, std::string targetDir);
@@ -119,7 +122,8 @@ public:
     /// Copies what is named like a file of camera `serial` (or of one whose number begins with it)
     /// anywhere below `sourceDir` into the calibration directory, over what is there, by running
     /// find and cp; blocks meanwhile. The directory must exist: cp writes a file of its name
-    /// otherwise. True when nothing is missing afterwards. Both directories reach the shell
+    /// otherwise. True when nothing is missing afterwards; false also when the command could not be
+    /// started, without a look at what is there. Both directories reach the shell
     /// unquoted: one with blanks becomes several arguments; so do the name patterns, which the
     /// shell may expand in the working directory.
     /// Process: prints the command on standard output and flushes it; as checkCaliFiles().
@@ -127,13 +131,15 @@ public:
 
     /// Whether the host has a default IPv4 route, by running /sbin/route and grep; nothing is
     /// contacted. False also when that cannot be found out.
+    /// Process: what the two complain about goes to standard error.
     bool isOnlineCalibrationRepoAccessible();
 
     /// The optics of camera `serial` in the description's order, loading it when another or none is
     /// loaded; 0 gives the list of the previous call. Optics of the same field of view and text all
     /// show the ranges of the first. The list stays ours and is rebuilt by the next call. It is
     /// empty when no description was ever loaded; after a failed load it shows what ConfigCali then
-    /// holds. An allocation failure propagates and leaves it empty.
+    /// holds. An allocation failure propagates and leaves it empty, or as it was when loading ran
+    /// out of memory.
     /// Process: as ConfigCali::load().
     std::vector<OpticsEntry>* getAvailableOptics(unsigned long serial);
 

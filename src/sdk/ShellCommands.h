@@ -31,7 +31,8 @@ std::string copyFilesCommand(std::string_view sourceDir, std::string_view serial
 std::string countDefaultRoutesCommand();
 
 /// Runs `command` to its end; what it answered is not looked at. False when the C library says that
-/// it could not be started or waited for; glibc does not say so of a shell that was not forked.
+/// it could not be started or waited for; glibc before 2.41 does not say so of a shell that was not
+/// forked.
 /// Process: flushes standard output first, which the command shares.
 bool runCommand(const std::string& command);
 

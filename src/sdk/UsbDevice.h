@@ -11,15 +11,16 @@ public:
     /// `name` is an entry of the working directory.
     explicit UsbDevice(const char* name);
 
-    /// False, with `errno` set, when the entry is gone. To be called before the questions below.
+    /// False, with `errno` set, when the entry cannot be looked at: mostly it is gone. To be called
+    /// before the questions below.
     bool readStatus();
 
     /// Whether the entry is a symbolic link, as every device of the kernel's tree is, and vendor
     /// and product are those of the camera's USB interface.
     bool isCamera();
 
-    /// The serial number's text as the device gives it, "" when it cannot be read; valid until the
-    /// next call. Null when the device has none.
+    /// The serial number's text as the device gives it, "" when reading it fails; valid until the
+    /// next call. Null when there is none that can be opened.
     const std::string* readSerial();
 
 private:
