@@ -45,6 +45,7 @@ void askRange(ConfigCali& cali, OPTICS& optics, int index) {
     require((matched != nullptr) == (found >= 0));
     cali.getTempRangeDecimal(optics.fov, optics.text, range->min, range->max);
     char name[40];
+    std::memset(name, '#', sizeof name);
     require(ConfigCali::caliFilenameString(kSerial, optics.fov, optics.text, range.get(), 27, name,
                                            sizeof name));
     require(std::memchr(name, '\0', sizeof name) != nullptr);
@@ -64,6 +65,11 @@ void askOptics(ConfigCali& cali, int index) {
     for (int j = -1; j <= std::min(ranges, kAsked); ++j) askRange(cali, *optics, j);
 }
 
+void askEverything(ConfigCali& cali) {
+    for (int i = -1; i <= std::min(cali.getOpticsCount(), kAsked); ++i) askOptics(cali, i);
+    delete cali.getTempRangeOverAll();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -73,8 +79,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ConfigCali cali;
     const bool isLoaded = cali.load(folder.path().c_str(), kSerial) == 0;
     require(cali.isLoaded(kSerial) == isLoaded);
-    require(isLoaded || cali.getOpticsCount() == 1);
-    for (int i = -1; i <= std::min(cali.getOpticsCount(), kAsked); ++i) askOptics(cali, i);
-    delete cali.getTempRangeOverAll();
+    const int count = cali.getOpticsCount();
+    require(isLoaded || count == 1);
+    askEverything(cali);
+    // A camera without a description: the built-in one takes this one's place.
+    require(cali.load(folder.path().c_str(), kSerial + 1) != 0 && cali.getOpticsCount() == 1);
+    askEverything(cali);
+    require((cali.load(folder.path().c_str(), kSerial) == 0) == isLoaded);
+    require(cali.getOpticsCount() == count);
+    askEverything(cali);
     return 0;
 }

@@ -44,22 +44,6 @@ using OpticsKey = std::pair<int, std::string_view>;
 
 OpticsKey keyOf(const OpticsDef& optics) { return {optics.FOV, textOf(optics)}; }
 
-OpticsIndex indexOf(const std::vector<OpticsDef>& optics) {
-    std::vector<std::pair<OpticsKey, std::size_t>> sorted;
-    sorted.reserve(optics.size());
-    for (const OpticsDef& each : optics) sorted.emplace_back(keyOf(each), sorted.size());
-    std::sort(sorted.begin(), sorted.end());
-    OpticsIndex index;
-    index.firstOfSame.resize(optics.size());
-    const OpticsKey* last = nullptr;
-    for (const auto& [key, at] : sorted) {
-        if (last == nullptr || *last != key) index.firstOfKey.push_back(at);
-        index.firstOfSame[at] = index.firstOfKey.back();
-        last = &key;
-    }
-    return index;
-}
-
 bool isPast(std::size_t count, int index) {
     return index < 0 || static_cast<std::size_t>(index) >= count;
 }
@@ -98,13 +82,6 @@ int positionOf(const OpticsDef& optics, float min, float max) {
     return found == ranges.end() ? kNotFound : static_cast<int>(found - ranges.begin());
 }
 
-int framerateIndex(const TemperatureRange* range, unsigned short framerate) {
-    if (range == nullptr || !range->Framerates) return kNotFound;
-    const auto& rates = *range->Framerates;
-    const auto found = std::find(rates.begin(), rates.end(), framerate);
-    return found == rates.end() ? kNoSuchFramerate : static_cast<int>(found - rates.begin());
-}
-
 bool isFramerateAllowed(int index, unsigned short& framerate) {
     if (index < 0) framerate = 0;
     return index != kNoSuchFramerate;
@@ -122,6 +99,20 @@ ConfigCali* ConfigCali::_this = nullptr;
 ConfigCali* ConfigCali::getInstance() {
     if (_this == nullptr) _this = std::make_unique<ConfigCali>().release();
     return _this;
+}
+
+ConfigCali::OpticsIndex::OpticsIndex(const std::vector<OpticsDef>& optics)
+    : firstOfSame(optics.size()) {
+    std::vector<std::pair<OpticsKey, std::size_t>> sorted;
+    sorted.reserve(optics.size());
+    for (const OpticsDef& each : optics) sorted.emplace_back(keyOf(each), sorted.size());
+    std::sort(sorted.begin(), sorted.end());
+    const OpticsKey* last = nullptr;
+    for (const auto& [key, at] : sorted) {
+        if (last == nullptr || *last != key) firstOfKey.push_back(at);
+        firstOfSame[at] = firstOfKey.back();
+        last = &key;
+    }
 }
 
 ConfigCali::ConfigCali() { reset(); }
@@ -147,7 +138,7 @@ int ConfigCali::load(const char* dir, int serialToLoad) {
 
     dax::SimpleXML document;
     if (!document.open(dir, stem, "CaliData")) return kCannotOpen;
-    MainSection main = m_main;
+    MainSection main;
     readMainSection(document, main);
     log(__LINE__, "Calibration data A: " + std::to_string(main.TecA) +
                       " B:" + std::to_string(main.TecB) + " C:" + std::to_string(main.TecC) +
@@ -280,7 +271,11 @@ int ConfigCali::getFramerateIndex(OPTICS* key, Range* range, unsigned short fram
 // rate in the first case and none in the second.
 int ConfigCali::getFramerateIndex(int fov, char* text, float min, float max,
                                   unsigned short framerate) {
-    return framerateIndex(findRange(fov, text, min, max), framerate);
+    const TemperatureRange* const range = findRange(fov, text, min, max);
+    if (range == nullptr || !range->Framerates) return kNotFound;
+    const auto& rates = *range->Framerates;
+    const auto found = std::find(rates.begin(), rates.end(), framerate);
+    return found == rates.end() ? kNoSuchFramerate : static_cast<int>(found - rates.begin());
 }
 
 unsigned short ConfigCali::getFramerate(OPTICS* key, Range* range, int index) {
@@ -344,7 +339,7 @@ void ConfigCali::reset() {
 
 /// Replaces the list and the positions that belong to it; neither when memory is short.
 void ConfigCali::hold(std::vector<OpticsDef> optics) {
-    m_index = indexOf(optics);
+    m_index = OpticsIndex(optics);
     m_optics = std::move(optics);
 }
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 /// Names one optics. `text` may be null or empty, which is the same. In a record that was handed
-/// out it points into the description and dies with the next load().
+/// out it points into the description, must not be written to and dies with the next load().
 struct OPTICS {
     std::int32_t fov;
     char* text;
@@ -52,7 +52,6 @@ struct TemperatureRange {
 
 struct OpticsDef {
     OpticsDef();  ///< with three ranges: -20 to 100, 0 to 250 and 150 to 900
-    explicit OpticsDef(std::vector<TemperatureRange> ranges) : TempRanges(std::move(ranges)) {}
 
     std::int32_t FOV = 0;
     std::int32_t SerNo = 0;
@@ -94,17 +93,12 @@ struct MainSection {
     float TBoxTAmbDiff = 5.0F;
 };
 
-/// Where the optics of each key stand in a list of optics.
-struct OpticsIndex {
-    std::vector<std::size_t> firstOfKey;   ///< the first position of each key, in the order of keys
-    std::vector<std::size_t> firstOfSame;  ///< for each position, the first one with its key
-};
-
 /// Queries answer from the description held, loaded or built in. "Key" is what names an optics; it
 /// matches the first optics with that field of view and the same text, where null and empty are the
-/// same. A range matches the first one of the optics with exactly those normal bounds. A null
-/// pointer, or an index that is negative or past the end, finds nothing. Records handed out are the
-/// caller's, who frees them with delete.
+/// same. A range matches the first one of the optics with exactly those normal bounds. A null key
+/// or range, or an index that is negative or past the end, finds nothing. Records handed out are
+/// the caller's, who frees them with delete. Allocation failures propagate, and the object stays
+/// usable.
 class ConfigCali {
 public:
     /// The one object, created on first use and never destroyed.
@@ -117,12 +111,11 @@ public:
     ConfigCali& operator=(const ConfigCali&) = delete;
 
     /// Loads "Cali-<serial>.xml" from `dir`: 0, also when that serial is loaded already, whatever
-    /// `dir` says. -2147024891 when the file cannot be opened or read, is empty or no regular file,
-    /// or its comments do not pair up: the built-in description is held then if another serial was
-    /// loaded before, else what was held. What the file lacks keeps its default; whole numbers are
-    /// cut to 16 bits where the field has 16.
-    /// Process: creates `dir`, one level; an over-long path ends the process (see SimpleXML::open);
-    /// LC_NUMERIC becomes "C", and what the reader's getters leave once a value was read.
+    /// `dir` says. -2147024891, and the built-in description is held, when the reader cannot open
+    /// the file (see SimpleXML::open) or `dir` is null. What the file lacks keeps its default;
+    /// whole numbers are cut to 16 bits where the field has 16.
+    /// Process: as SimpleXML::open(); LC_NUMERIC is "C", or what the reader's getters leave once a
+    /// value was read.
     int load(const char* dir, int serial);
 
     /// Whether the description of `serial` was loaded.
@@ -143,7 +136,7 @@ public:
     bool isSamplePointCali(int index);
 
     /// For walks over everything, without a record to free for each: false, the output unchanged,
-    /// when there is no such optics.
+    /// when there is no such optics. What `ranges` held is replaced.
     bool copyOptics(int index, OPTICS& optics);
     bool copyTempRanges(const OPTICS& key, std::vector<Range>& ranges);
 
@@ -194,9 +187,16 @@ private:
     bool loaded = false;
     std::int32_t serial = -1;
 
-    bool m_hasEverLoaded = false;
+    /// Where the optics of each key stand in the list.
+    struct OpticsIndex {
+        explicit OpticsIndex(const std::vector<OpticsDef>& optics);
 
-    OpticsIndex m_index;
+        std::vector<std::size_t> firstOfKey;   ///< each key's first position, in the order of keys
+        std::vector<std::size_t> firstOfSame;  ///< for each position, the first one with its key
+    };
+
+    bool m_hasEverLoaded = false;
+    OpticsIndex m_index{m_optics};
     std::size_t m_lastAsked = 0;  ///< most queries name the optics just handed out or found
 
     static ConfigCali* _this;

@@ -93,7 +93,7 @@ std::vector<TemperatureRange> readTemperatureRanges(SimpleXML& document) {
 }
 
 void readOpticsDef(SimpleXML& document, std::vector<OpticsDef>& all) {
-    OpticsDef& optics = all.emplace_back(std::vector<TemperatureRange>());
+    OpticsDef& optics = all.emplace_back();
     document.getInt("FOV", &optics.FOV);
     document.getInt("SerNo", &optics.SerNo);
     optics.Text = readString(document, "Text");
@@ -102,8 +102,6 @@ void readOpticsDef(SimpleXML& document, std::vector<OpticsDef>& all) {
     if (document.setNode("TempRanges")) {
         optics.TempRanges = readTemperatureRanges(document);
         document.resetNode();
-    } else {
-        optics.TempRanges = OpticsDef().TempRanges;
     }
 }
 

@@ -7,8 +7,13 @@
 #include "imgproc/Cali.h"
 #include "sdk/SimpleXML.h"
 
-/// Reads the scalar parameters that the document has into `section`; the others stay.
+// Both start from the document's top and leave the cursor somewhere in it, and LC_NUMERIC as its
+// getters do.
+
+/// Reads the scalar parameters in the document's first "Main", in the whole document where there is
+/// none, into `section`; what is not there stays.
 void readMainSection(dax::SimpleXML& document, MainSection& section);
 
-/// All optics of the document, in its order.
+/// The optics that follow one another in the first "Optics" of the first "Temperature", or in what
+/// encloses it where one is missing.
 std::vector<OpticsDef> readOptics(dax::SimpleXML& document);

@@ -206,6 +206,8 @@ TEST(CaliLoad, refusesWhatIsNoReadableFile) {
 TEST(CaliLoad, refusesAFileThatItMayNotRead) {
     const TempDir folder;
     writeDescription(folder, kSerial, oneOptics(62));
+    // The folder may be entered: it is the file that is refused.
+    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
     ASSERT_EQ(chmod((folder / nameOf(kSerial)).c_str(), 0), 0);
     ConfigCali cali;
     const uid_t user = geteuid();

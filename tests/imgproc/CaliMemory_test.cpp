@@ -78,8 +78,8 @@ std::string manyOptics(int first, int count) {
     return opticsList(optics);
 }
 
-// A failure in the middle of a reload once left a list of optics shorter than the positions kept
-// beside it, so that the next query read past its end.
+// The list of optics and the positions kept beside it must stay of one length: otherwise the next
+// query reads past the list's end.
 TEST(CaliMemory, staysWholeWhicheverAllocationOfALoadFails) {
     const TempDir folder;
     writeDescription(folder, kSerial, manyOptics(31, 40));

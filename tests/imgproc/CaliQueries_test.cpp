@@ -9,6 +9,7 @@
 
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
+#include "support/LogLines.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -349,10 +350,13 @@ TEST(CaliQueries, findsNothingWithoutOptics) {
 
 TEST(CaliQueries, findsNothingInADocumentWithoutRoot) {
     const TempDir folder;
-    writeFile(folder / "Cali-12345678.xml",
-              "<Other>\n" + opticsList(opticsElement(30, "", "")) + "\n</Other>\n");
+    writeFile(folder / "Cali-12345678.xml", "<Other>\n<Main><TecA>7</TecA></Main>\n" +
+                                                opticsList(opticsElement(30, "", "")) +
+                                                "\n</Other>\n");
     ConfigCali cali;
+    thermika_test::LogLines log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), 0);
+    EXPECT_EQ(log.all().back(), "DEBUG [Cali] Calibration data A: 3400 B:400 C:400 D:120");
     EXPECT_TRUE(cali.isLoaded(kSerial));
     EXPECT_EQ(cali.getOpticsCount(), 0);
 }
