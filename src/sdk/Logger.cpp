@@ -95,10 +95,7 @@ std::string lineStart(const char* word, const std::string& file, int line, long 
 Logger* Logger::m_ = nullptr;
 
 Logger* Logger::getInstance() {
-    if (m_ == nullptr) {
-        auto created = std::make_unique<Logger>();
-        m_ = created.release();
-    }
+    if (m_ == nullptr) m_ = std::make_unique<Logger>().release();
     return m_;
 }
 

@@ -37,7 +37,7 @@ public:
     /// Prefer getInstance().
     /// Process: forgets the one logger without destroying it.
     Logger();
-    ~Logger();
+    ~Logger();  ///< of the one logger: use releaseInstance(), which forgets it as well
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 

@@ -65,7 +65,8 @@ template <char kByte, Run kRun>
 }  // namespace run_scan
 
 /// Calls `visit` with each place where a run begins, in ascending order, until it answers false.
-/// Two runs may overlap. Whether it never did.
+/// Two runs may overlap. `visit` may overwrite what lies before the place. Whether it never
+/// answered false.
 template <char kByte, Run kRun, typename Visit>
 bool visitRuns(std::string_view text, const Visit& visit) {
     std::size_t from = 0;

@@ -41,15 +41,19 @@ void log(unsigned int severity, int line, const std::string& message) {
     std::abort();
 }
 
-/// The value in its plainest form, or as `scan` leaves it in what `*out` held.
+/// The value in its plainest form, or as `scan` leaves it in what `*out` held. False, `*out`
+/// unchanged, when there is none.
 template <typename T, typename Plain>
-void convert(std::string_view value, Plain plain, int (*scan)(const char*, T*), T* out) {
-    if (const auto number = plain(value)) {
+bool convert(std::optional<std::string_view> value, Plain plain, int (*scan)(const char*, T*),
+             T* out) {
+    if (!value || out == nullptr) return false;
+    if (const auto number = plain(*value)) {
         *out = static_cast<T>(*number);
         leaveNumericLocaleAsGuardDoes();
     } else {
-        scan(std::string(value).c_str(), out);
+        scan(std::string(*value).c_str(), out);
     }
+    return true;
 }
 
 }  // namespace
@@ -173,41 +177,27 @@ int SimpleXML::getKey(const char* name, int from, int limit, bool closing) {
 }
 
 bool SimpleXML::read(const ElementName& name, int* out) {
-    const auto value = firstValue(name);
-    if (!value || out == nullptr) return false;
-    convert(*value, plainInteger, _tscanfi, out);
-    return true;
+    return convert(firstValue(name), plainInteger, _tscanfi, out);
 }
 
 bool SimpleXML::read(const ElementName& name, unsigned short* out) {
-    const auto value = firstValue(name);
-    if (!value || out == nullptr) return false;
-    convert(*value, plainInteger, _tscanfus, out);
-    return true;
+    return convert(firstValue(name), plainInteger, _tscanfus, out);
 }
 
 bool SimpleXML::read(const ElementName& name, bool* out) {
-    const auto value = firstValue(name);
-    if (!value || out == nullptr) return false;
     int number = 0;
-    convert(*value, plainInteger, _tscanfi, &number);
+    if (out == nullptr || !read(name, &number)) return false;
     *out = number > 0;
     return true;
 }
 
 bool SimpleXML::read(const ElementName& name, long* out) {
-    const auto value = firstValue(name);
-    if (!value || out == nullptr) return false;
     // A leading zero announces no other base here; the scanner reads what plainInteger declines.
-    convert(*value, plainInteger, _tscanfld, out);
-    return true;
+    return convert(firstValue(name), plainInteger, _tscanfld, out);
 }
 
 bool SimpleXML::read(const ElementName& name, float* out) {
-    const auto value = firstValue(name);
-    if (!value || out == nullptr) return false;
-    convert(*value, plainFloat, _tscanff, out);
-    return true;
+    return convert(firstValue(name), plainFloat, _tscanff, out);
 }
 
 bool SimpleXML::read(const ElementName& name, char** out) {

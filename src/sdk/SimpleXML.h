@@ -90,7 +90,7 @@ public:
     /// after "0"), "%hu", "%i" (true when above 0), "%ld" and "%f" scan it. True when the element
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
     /// `*out` unchanged, when it is not, and at depth 254.
-    /// Process: LC_NUMERIC bears the name of LC_CTYPE after a number was read.
+    /// Process: LC_NUMERIC bears the name of LC_CTYPE once the element was found.
     bool getInt(const char* name, int* out) { return read(ElementName(name), out); }
     bool getUnsignedShort(const char* name, unsigned short* out) {
         return read(ElementName(name), out);

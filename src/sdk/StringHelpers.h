@@ -30,8 +30,8 @@ char* tstrlwr(char* text);
 wchar_t* tstrlwr(wchar_t* text);
 
 /// Prints at most `size` - 1 characters and a terminator (nothing at all when `size` is 0).
-/// Narrow: the length of the whole text, printed or not. Wide: the length written, or -1 when the
-/// text does not fit.
+/// Narrow: the length of the whole text, printed or not, negative when LC_CTYPE has no bytes for a
+/// wide character of it. Wide: the length written, or -1 when the text does not fit.
 int tsnprintf(char* buffer, unsigned int size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 int tsnprintf(wchar_t* buffer, unsigned int size, const wchar_t* format, ...);

@@ -19,12 +19,14 @@ namespace dax {
 
 class TagIndex {
 public:
-    /// Lists every "<" of `text`, which later calls must be given unchanged.
+    /// Lists every "<" of `text`, of less than 4 GiB, which later calls must be given unchanged. To
+    /// be called on a new or cleared index, which is not built when memory ends.
     void build(std::string_view text);
     void clear();
     bool isBuilt() const { return m_isBuilt; }
 
-    /// How many there are; the tags are numbered from 0 in the order of the text.
+    /// How many there are; the tags are numbered from 0 in the order of the text. No number below
+    /// may reach beyond them, nor `to` beyond their count.
     std::size_t count() const { return m_offsets.size(); }
 
     /// Where a tag begins.

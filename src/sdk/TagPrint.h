@@ -55,7 +55,8 @@ inline Word openingWord(std::string_view name) {
     return shortWord(name) | Word{'>'} << (8 * name.size());
 }
 
-/// An element's name, with the fingerprints of its tags. Of a literal the compiler makes them.
+/// An element's name, whose text has to stay where it is, with the fingerprints of its tags. Of a
+/// literal the compiler makes them.
 class ElementName {
 public:
     /// Null is a name that no text holds.

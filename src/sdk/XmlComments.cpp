@@ -23,13 +23,13 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
     const auto keep = [&](std::size_t upTo) {
         if (kept != from) moveToFront(text + kept, {text + from, upTo - from}, text + size);
         kept += upTo - from;
-        from = upTo;
     };
     // Copies, since `text` might overlap the object as far as the compiler knows.
     std::size_t nesting = m_nesting;
     std::size_t begin = m_begin;
     std::size_t nextClosing = m_nextClosing;
     const std::size_t next = m_next;
+    // A delimiter has no byte of the one before it: where a comment went, "<!" may be left of it.
     const auto isOpening = [&](std::size_t dashes) {
         return dashes >= 2 && dashes > nextClosing && text[dashes - 2] == '<' &&
                text[dashes - 1] == '!';

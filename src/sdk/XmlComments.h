@@ -1,5 +1,5 @@
 // Taking the comments out of a text while it arrives. Comments may be nested: one goes with all it
-// holds.
+// holds. A "-->" that ends where a "<!--" begins comes before it.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ public:
 
 private:
     std::size_t m_next = 0;         ///< place from which "--" is still to be looked for
-    std::size_t m_nextClosing = 0;  ///< first place where a "-->" counts again
+    std::size_t m_nextClosing = 0;  ///< first place where a delimiter counts again
     std::size_t m_begin = 0;        ///< of the outermost comment that is open
     std::size_t m_nesting = 0;      ///< comments that are open
     bool m_allOpened = true;

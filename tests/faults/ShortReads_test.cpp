@@ -1,4 +1,4 @@
-// Every read gives one byte at a time, every other one is interrupted first: documents and device
+// Every read gives few bytes at a time, every other one is interrupted first: documents and device
 // attributes must come out whole. Replaces read(), so it is a program of its own.
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
@@ -10,12 +10,14 @@
 #include <string>
 
 #include "imgproc/Cali.h"
+#include "sdk/DocumentText.h"
 #include "sdk/FileRead.h"
 #include "support/TestFiles.h"
 
 namespace {
 
 bool g_isShort = false;
+std::size_t g_mostBytes = 1;  // of a short read
 std::size_t g_calls = 0;
 
 }  // namespace
@@ -25,15 +27,17 @@ extern "C" ssize_t read(int descriptor, void* buffer, std::size_t bytes) {
         errno = EINTR;
         return -1;
     }
-    return syscall(SYS_read, descriptor, buffer,
-                   g_isShort ? std::min<std::size_t>(bytes, 1) : bytes);
+    return syscall(SYS_read, descriptor, buffer, g_isShort ? std::min(bytes, g_mostBytes) : bytes);
 }
 
 namespace {
 
 class ShortReads : public testing::Test {
 protected:
-    ~ShortReads() override { g_isShort = false; }
+    ~ShortReads() override {
+        g_isShort = false;
+        g_mostBytes = 1;
+    }
 
     thermika_test::TempDir m_dir;
 };
@@ -48,6 +52,27 @@ TEST_F(ShortReads, giveAWholeDescription) {
     EXPECT_GT(g_calls, 10000U);
     EXPECT_EQ(cali.getOpticsCount(), 3);
     EXPECT_EQ(cali.getTempRangeCount(18, const_cast<char*>("T18 HT")), 4);
+}
+
+TEST_F(ShortReads, giveTheSameTextWhereverTheyEnd) {
+    using namespace std::string_literals;
+    const std::string lines =
+        "<a>1</a>\n<!-- one --><!\n-- <!-- two -->\n--\n>\r\n<b>\0</b>\n--\n\n<!-- </R -->- x"s;
+    for (const std::string& end : {"\n</R>\n"s, "\n-->\n</R>"s, "\n<!--\n</R>\n<a>"s, ""s}) {
+        const std::string file = m_dir / "file";
+        thermika_test::writeFile(file, "\n <R x>\n" + lines + lines + end);
+        g_isShort = false;
+        const auto whole = dax::readDocumentText(file.c_str(), "R");
+        ASSERT_TRUE(whole);
+        for (g_mostBytes = 1; g_mostBytes < 60; ++g_mostBytes) {
+            g_isShort = true;
+            const auto pieced = dax::readDocumentText(file.c_str(), "R");
+            ASSERT_TRUE(pieced);
+            EXPECT_STREQ(pieced->text.get(), whole->text.get()) << g_mostBytes << end;
+            EXPECT_EQ(pieced->joinedSize, whole->joinedSize) << g_mostBytes << end;
+            EXPECT_EQ(pieced->commentsPairUp, whole->commentsPairUp) << g_mostBytes << end;
+        }
+    }
 }
 
 TEST_F(ShortReads, giveAWholeFirstLine) {

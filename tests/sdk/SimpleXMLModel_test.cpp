@@ -130,6 +130,37 @@ std::string document(Dice& dice) {
            after;
 }
 
+/// Some hundred thousand bytes, of which many a comment and line break lies where pieces of 32 and
+/// reads of 128 KiB end; most are well-formed.
+std::string longDocument(Dice& dice) {
+    constexpr std::string_view kParts[] = {"<a>1</a>",
+                                           "<a>\n2</a>\r\n",
+                                           "<b><a>3</a></b>",
+                                           "<!-- x -->",
+                                           "<!\n--x--\n>",
+                                           "<!-- <!-- --> -->",
+                                           "<!-- <a>\n4</a> -\n->",
+                                           "<!-- -->-->\n",
+                                           "--\n",
+                                           "</R\n",
+                                           "\n\n"};
+    constexpr std::string_view kOdd[] = {"<!--", "\n-->", "\n</R>\n", "<!-\n"};
+    constexpr std::size_t kPiece = 32768;
+    constexpr std::size_t kLine = 3000;
+    std::string text = "<R>\n";
+    for (std::size_t piece = 1; piece <= 10; ++piece) {
+        const std::size_t target = piece * kPiece - static_cast<std::size_t>(dice.below(60));
+        while (text.size() + kLine < target) {
+            for (int parts = dice.below(20); parts > 0; --parts) text += dice.pick(kParts);
+            text += std::string(static_cast<std::size_t>(dice.below(kLine)), ' ') + "\n";
+        }
+        if (text.size() < target) text += std::string(target - text.size(), ' ') + "\n";
+        for (int parts = dice.below(30); parts > 0; --parts) text += dice.pick(kParts);
+        if (dice.once(30)) text += dice.pick(kOdd);
+    }
+    return text + "\n</R>\n";
+}
+
 /// A call whose offsets lie in and around a text of about `length` bytes.
 template <typename Names>
 ReaderCall callOf(Dice& dice, const Names& names, int length) {
@@ -224,6 +255,20 @@ void compareDeletions(const char* name) {
 }  // namespace
 
 TEST(SimpleXMLModel, agreesOnPseudoRandomDocuments) { compareMany(1, 15000, kPlainNames); }
+
+TEST(SimpleXMLModel, agreesOnDocumentsOfManyPiecesAndReads) {
+    ReaderTwins twins;
+    for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+        twins.name("long, seed " + std::to_string(seed));
+        Dice dice(seed);
+        const std::string bytes = longDocument(dice);
+        if (!twins.open(bytes, "R") || !twins.both({}) ||
+            !twins.both({ReaderCall::kText, "", 0, 0, 0, false}))
+            return;
+        for (int calls = 0; calls < 5; ++calls)
+            if (!twins.both(callOf(dice, kPlainNames, static_cast<int>(bytes.size())))) return;
+    }
+}
 
 TEST(SimpleXMLModel, agreesOnNamesThatHoldMarkup) { compareMany(1000001, 15000, kOddNames); }
 
