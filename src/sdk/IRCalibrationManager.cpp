@@ -124,7 +124,7 @@ std::size_t IRCalibrationManager::readable(const char* dir) const {
 }
 
 bool IRCalibrationManager::findSerial(unsigned long& serial) {
-    log(kelvra::kLogDebug, kLineQuery, std::string("Query directory ") + kUsbDevicesDir);
+    log(kelvra::kLogDebug, kLineQuery, "Query directory /sys/bus/usb/devices");
 
     const auto failed = [](int line, const char* message) {
         const char* const reason = std::strerror(errno);

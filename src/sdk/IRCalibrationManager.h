@@ -123,9 +123,9 @@ public:
     /// anywhere below `sourceDir` into the calibration directory, over what is there, by running
     /// find and cp; blocks meanwhile. The directory must exist: cp writes a file of its name
     /// otherwise. True when nothing is missing afterwards; false also when the command could not be
-    /// started, without a look at what is there. Both directories reach the shell
-    /// unquoted: one with blanks becomes several arguments; so do the name patterns, which the
-    /// shell may expand in the working directory.
+    /// started, without a look at what is there. Both directories reach the shell unquoted: one
+    /// with blanks becomes several arguments; so do the name patterns, which the shell may expand
+    /// in the working directory.
     /// Process: prints the command on standard output and flushes it; as checkCaliFiles().
     bool copyCalibrationFromLocalRepo(unsigned long serial, std::string sourceDir);
 
