@@ -35,31 +35,33 @@ std::optional<std::string> usedDirectory(const char* directory, std::size_t boun
     return std::string(given);
 }
 
-/// The files of one directory, whose paths differ in their ends alone.
+/// The files of one directory, each under a path of which only the name is composed anew.
 class FilesOfDirectory {
 public:
     explicit FilesOfDirectory(const char* directory)
         : m_directory(usedDirectory(directory, kPathBytes)) {
         if (m_directory) m_path = *m_directory + '/';
+        m_before = m_path.size();
+        m_path.resize(m_before + kPathBytes);
     }
 
     void recordIfMissing(const char* name, const char* format, MissingFileList& missing) {
-        char buffer[kPathBytes];
-        const std::string_view fileName(buffer, printName(buffer, sizeof buffer, format, name));
-        if (!isThere(fileName)) missing.add(fileName, kNameEnd);
+        char* const fileName = m_path.data() + m_before;
+        const std::size_t length = printName(fileName, kPathBytes, format, name);
+        // Deliberate: whatever separator a caller names, these names are followed by ";".
+        if (!isThere(length)) missing.add({fileName, length}, kNameEnd);
     }
 
 private:
-    bool isThere(std::string_view fileName) {
+    bool isThere(std::size_t nameLength) const {
         if (!m_directory) return false;
         mkdir(m_directory->c_str(), kDirectoryMode);
-        m_path.resize(m_directory->size() + 1);
-        m_path += fileName;
-        return m_path.size() < composedBytes(kPathBytes) && isReadable(m_path.c_str());
+        return m_before + nameLength < composedBytes(kPathBytes) && isReadable(m_path.c_str());
     }
 
     std::optional<std::string> m_directory;
-    std::string m_path;
+    std::string m_path;        ///< with room for every name
+    std::size_t m_before = 0;  ///< characters before the name
 };
 
 }  // namespace
