@@ -105,8 +105,8 @@ public:
     /// hold. False, with a line in the log, when the directory is not writable, `serial` is 0 or a
     /// pass could not be made.
     /// Process: creates or empties ".thermika_access" in the directory and removes it (a link of
-    /// that name is followed and what it leads to emptied); as downloadTarget(), then
-    /// checkCaliFiles().
+    /// that name is followed and what it leads to emptied); as checkCaliFiles() and
+    /// downloadTarget(), by turns.
     bool downloadCalibration(unsigned long serial);
 
     /// Fetches the files named in `targets`, each followed by ";", into `targetDir` by running
