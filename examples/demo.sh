@@ -51,6 +51,7 @@ echo "A camera on the bus: $(ls /sys/bus/usb/devices | tr '\n' ' ')" >&2
 exec >&2
 cp "$fetch" /usr/share/fetch-calibration # /tmp, which may hold it, is covered next
 fetch=/usr/share/fetch-calibration
+cd / # the working directory may be below /tmp as well
 mount -t tmpfs tmpfs /tmp
 ip link set lo up
 echo "127.0.0.1 localhost $host" >/usr/share/hosts

@@ -15,7 +15,8 @@ fail() {
 
 "$demo" "$tool" >"$work/alone" 2>"$work/err" || fail "without the download it answers $?"
 [ "$(wc -l <"$work/err")" = 1 ] || fail 'without the download it says more than one line'
-"$demo" "$tool" "$fetch" "$host" >"$work/out" 2>"$work/err" || {
+# From below /tmp, which the demonstration covers.
+(cd "$work" && exec "$demo" "$tool" "$fetch" "$host") >"$work/out" 2>"$work/err" || {
     cat "$work/err" >&2
     fail 'it does not succeed'
 }
