@@ -4,9 +4,11 @@ include(CMakePackageConfigHelpers)
 install(TARGETS thermika-genconfig)
 install(TARGETS thermika EXPORT thermikaTargets)
 # The Tag headers belong to the reader's inside, which its header holds by value.
-foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers TagIndex TagPrint
-        TagSearch Timer)
-    install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
+foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Timer xml/TagIndex
+        xml/TagPrint xml/TagSearch)
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES src/sdk/${header}.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk/${folder})
 endforeach()
 install(FILES src/imgproc/Cali.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/imgproc)
 

@@ -1,6 +1,6 @@
 // The links document, whatever the server sent: the base address is the one that a plain model of
 // the reader finds on the same way.
-#include "sdk/DownloadLinks.h"
+#include "sdk/camera/DownloadLinks.h"
 
 #include <cstddef>
 #include <cstdint>

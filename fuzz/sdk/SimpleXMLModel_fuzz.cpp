@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string>
 
-#include "support/ReaderTwins.h"
+#include "support/ReaderComparison.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ ReaderCall callOf(const std::uint8_t* bytes, const std::string& document) {
     return call;
 }
 
-void compare(thermika_test::ReaderTwins& twins, const std::string& document,
+void compare(thermika_test::ReaderComparison& twins, const std::string& document,
              const std::string& calls) {
     const char* const root = kRoots[static_cast<unsigned char>(calls.back()) % std::size(kRoots)];
     bool isSame = twins.open(document, root);
@@ -54,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) return 0;
     const std::string document(reinterpret_cast<const char*>(data), size);
     const std::string calls = document.substr(size - std::min(size, kCalls * kCallBytes + 1));
-    thermika_test::ReaderTwins twins;
+    thermika_test::ReaderComparison twins;
     compare(twins, document.substr(0, size / 2), calls);
     compare(twins, document, calls);
     return 0;

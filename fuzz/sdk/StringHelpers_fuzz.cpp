@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "sdk/NumberText.h"
+#include "sdk/xml/NumberText.h"
 
 namespace {
 

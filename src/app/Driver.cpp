@@ -16,7 +16,7 @@
 
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
-#include "sdk/PathLimits.h"
+#include "sdk/base/PathLimits.h"
 
 namespace {
 

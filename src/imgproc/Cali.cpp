@@ -13,12 +13,12 @@
 #include <utility>
 #include <vector>
 
-#include "imgproc/CaliReader.h"
-#include "sdk/BoundedText.h"
+#include "imgproc/internal/CaliReader.h"
 #include "sdk/Logger.h"
 #include "sdk/SimpleXML.h"
 #include "sdk/StringHelpers.h"
-#include "sdk/WholeNumber.h"
+#include "sdk/base/BoundedText.h"
+#include "sdk/base/WholeNumber.h"
 
 namespace {
 

@@ -18,17 +18,17 @@
 #include <string_view>
 
 #include "imgproc/Cali.h"
-#include "sdk/AccessTest.h"
-#include "sdk/ConfigurationDocument.h"
-#include "sdk/DownloadLinks.h"
-#include "sdk/FileCheck.h"
 #include "sdk/Logger.h"
-#include "sdk/MissingFileList.h"
-#include "sdk/PathLimits.h"
-#include "sdk/ShellCommands.h"
 #include "sdk/SimpleXML.h"
-#include "sdk/UsbDevice.h"
-#include "sdk/WholeNumber.h"
+#include "sdk/base/PathLimits.h"
+#include "sdk/base/WholeNumber.h"
+#include "sdk/camera/AccessTest.h"
+#include "sdk/camera/ConfigurationDocument.h"
+#include "sdk/camera/DownloadLinks.h"
+#include "sdk/camera/FileCheck.h"
+#include "sdk/camera/MissingFileList.h"
+#include "sdk/camera/ShellCommands.h"
+#include "sdk/camera/UsbDevice.h"
 
 namespace dax {
 

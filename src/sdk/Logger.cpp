@@ -10,7 +10,7 @@
 #include <iterator>
 #include <memory>
 
-#include "sdk/WallClock.h"
+#include "sdk/base/WallClock.h"
 
 namespace kelvra {
 

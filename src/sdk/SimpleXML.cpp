@@ -12,15 +12,15 @@
 #include <string>
 #include <utility>
 
-#include "sdk/CaliDirectory.h"
-#include "sdk/DocumentText.h"
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/Logger.h"
-#include "sdk/NumberText.h"
-#include "sdk/NumericLocale.h"
-#include "sdk/PathLimits.h"
 #include "sdk/StringHelpers.h"
-#include "sdk/TagSearch.h"
+#include "sdk/base/CaliDirectory.h"
+#include "sdk/base/NumericLocale.h"
+#include "sdk/base/PathLimits.h"
+#include "sdk/xml/DocumentText.h"
+#include "sdk/xml/NumberText.h"
+#include "sdk/xml/TagSearch.h"
 
 namespace dax {
 

@@ -16,8 +16,8 @@
 #include <optional>
 #include <string_view>
 
-#include "sdk/TagIndex.h"
-#include "sdk/TagPrint.h"
+#include "sdk/xml/TagIndex.h"
+#include "sdk/xml/TagPrint.h"
 
 namespace dax {
 

@@ -8,7 +8,7 @@
 #include <cwchar>
 #include <cwctype>
 
-#include "sdk/NumericLocale.h"
+#include "sdk/base/NumericLocale.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Differences of the wall clock; nothing is kept but the start.
 #include "sdk/Timer.h"
 
-#include "sdk/WallClock.h"
+#include "sdk/base/WallClock.h"
 
 namespace dax {
 

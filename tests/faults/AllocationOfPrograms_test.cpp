@@ -10,7 +10,7 @@
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
 #include "support/CameraSet.h"
-#include "support/DownloadWorld.h"
+#include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
 #include "support/LocalCopy.h"
 #include "support/Sandbox.h"
@@ -29,7 +29,7 @@ void emptyCaliDir() {
 
 std::string said(bool answer) { return answer ? "yes" : "no"; }
 
-TEST(EveryAllocationOfPrograms, ofTheSearchOnTheBusReachesTheCaller) {
+TEST(AllocationOfPrograms, ofTheSearchOnTheBusReachesTheCaller) {
     inSandbox([] {
         UsbTree bus;
         bus.addRootHub(1);
@@ -44,16 +44,16 @@ TEST(EveryAllocationOfPrograms, ofTheSearchOnTheBusReachesTheCaller) {
     });
 }
 
-TEST(EveryAllocationOfPrograms, ofTheRouteCheckReachesTheCaller) {
+TEST(AllocationOfPrograms, ofTheRouteCheckReachesTheCaller) {
     inSandbox([] {
-        const DownloadWorld world;
+        const DownloadSandbox world;
         const auto failed =
             failEachAllocation([] { return said(manager().isOnlineCalibrationRepoAccessible()); });
         EXPECT_GT(failed, 0U);
     });
 }
 
-TEST(EveryAllocationOfPrograms, ofTheCopyReachesTheCaller) {
+TEST(AllocationOfPrograms, ofTheCopyReachesTheCaller) {
     inQuietWorld([] {
         lay(kCopySource, cameraFiles());
         const auto failed = failEachAllocation(
@@ -64,9 +64,9 @@ TEST(EveryAllocationOfPrograms, ofTheCopyReachesTheCaller) {
     });
 }
 
-TEST(EveryAllocationOfPrograms, ofTheDownloadReachesTheCaller) {
+TEST(AllocationOfPrograms, ofTheDownloadReachesTheCaller) {
     inSandbox([] {
-        const DownloadWorld world;
+        const DownloadSandbox world;
         FileServer server;
         serveFiles(server, cameraFiles());
         dax::IRLogger::setVerbosity(dax::IRLOG_OFF, dax::IRLOG_OFF, nullptr);

@@ -32,9 +32,9 @@ std::string owned(char* text) {
     return text == nullptr ? "(null)" : text;
 }
 
-class EveryAllocation : public testing::Test {
+class Allocation : public testing::Test {
 protected:
-    EveryAllocation() {
+    Allocation() {
         writeFile(m_dir / "Cali-14080045.xml", description());
         dax::IRCalibrationManager::getInstance()->setCalibrationDir(m_dir.path().c_str());
         dax::IRLogger::setVerbosity(dax::IRLOG_OFF, dax::IRLOG_OFF, nullptr);
@@ -47,7 +47,7 @@ protected:
     TempDir m_dir;
 };
 
-TEST_F(EveryAllocation, ofOpeningADocumentReachesTheCaller) {
+TEST_F(Allocation, ofOpeningADocumentReachesTheCaller) {
     EXPECT_GT(failEachAllocation([this] {
                   dax::SimpleXML document;
                   const bool isOpen =
@@ -57,7 +57,7 @@ TEST_F(EveryAllocation, ofOpeningADocumentReachesTheCaller) {
               0U);
 }
 
-TEST_F(EveryAllocation, ofOpeningADocumentByItsPartsReachesTheCaller) {
+TEST_F(Allocation, ofOpeningADocumentByItsPartsReachesTheCaller) {
     EXPECT_GT(failEachAllocation([this] {
                   dax::SimpleXML document;
                   std::string name = "Cali-14080045";
@@ -67,7 +67,7 @@ TEST_F(EveryAllocation, ofOpeningADocumentByItsPartsReachesTheCaller) {
               2U);
 }
 
-TEST_F(EveryAllocation, ofReadingValuesReachesTheCaller) {
+TEST_F(Allocation, ofReadingValuesReachesTheCaller) {
     writeFile(m_dir / "values.xml",
               "<R>\n<int>0x0000000000000000000000000000001a</int>\n"
               "<float>0000000000000000000001.5e1</float>\n<text>a long enough text</text>\n</R>\n");
@@ -130,7 +130,7 @@ void expectAFailedSearchForgotten(const std::string& path,
     EXPECT_GT(failures, 3U) << "the index was meant to grow while it is built";
 }
 
-TEST_F(EveryAllocation, ofASearchInManyTagsLeavesTheReaderAbleToSearch) {
+TEST_F(Allocation, ofASearchInManyTagsLeavesTheReaderAbleToSearch) {
     std::string text;
     for (int i = 0; i < kManyTags / 2; ++i) text += "<a>" + std::to_string(i) + "</a>\n";
     writeFile(m_dir / "tags.xml", "<R>\n" + text + "</R>\n");
@@ -146,7 +146,7 @@ TEST_F(EveryAllocation, ofASearchInManyTagsLeavesTheReaderAbleToSearch) {
     });
 }
 
-TEST_F(EveryAllocation, ofLoadingADescriptionReachesTheCaller) {
+TEST_F(Allocation, ofLoadingADescriptionReachesTheCaller) {
     EXPECT_GT(failEachAllocation([this] {
                   ConfigCali cali;
                   cali.load(m_dir.path().c_str(), 14080045);
@@ -155,7 +155,7 @@ TEST_F(EveryAllocation, ofLoadingADescriptionReachesTheCaller) {
               20U);
 }
 
-TEST_F(EveryAllocation, ofAFailedLoadLeavesTheObjectAbleToLoad) {
+TEST_F(Allocation, ofAFailedLoadLeavesTheObjectAbleToLoad) {
     ConfigCali cali;
     for (std::size_t n = 0;; ++n) {
         failAllocation(n);
@@ -173,7 +173,7 @@ TEST_F(EveryAllocation, ofAFailedLoadLeavesTheObjectAbleToLoad) {
     EXPECT_EQ(cali.getOpticsCount(), 3);
 }
 
-TEST_F(EveryAllocation, ofHandingOutRecordsReachesTheCaller) {
+TEST_F(Allocation, ofHandingOutRecordsReachesTheCaller) {
     ConfigCali cali;
     EXPECT_EQ(failEachAllocation([&] {
                   const std::unique_ptr<OPTICS> optics(cali.getOptics(0));
@@ -186,7 +186,7 @@ TEST_F(EveryAllocation, ofHandingOutRecordsReachesTheCaller) {
               5U);
 }
 
-TEST_F(EveryAllocation, ofTheManagersCreationLeavesNoManagerBehind) {
+TEST_F(Allocation, ofTheManagersCreationLeavesNoManagerBehind) {
     delete dax::IRCalibrationManager::getInstance();
     EXPECT_EQ(failEachAllocation([] {
                   const std::string answer(
@@ -197,7 +197,7 @@ TEST_F(EveryAllocation, ofTheManagersCreationLeavesNoManagerBehind) {
               4U);  // the object, its list and its two directories
 }
 
-TEST(ManagersLife, makesAndReleasesTheListBeforeTheCalibrationDirectoryBeforeTheFormatsDirectory) {
+TEST(AllocationOrder, makesAndReleasesTheListThenTheCalibrationDirectoryThenTheFormatsDirectory) {
     const auto address = [](const void* at) { return reinterpret_cast<std::uintptr_t>(at); };
     delete dax::IRCalibrationManager::getInstance();
     const thermika_test::BlockTrace trace;
@@ -212,14 +212,14 @@ TEST(ManagersLife, makesAndReleasesTheListBeforeTheCalibrationDirectoryBeforeThe
     EXPECT_EQ(trace.released, (Blocks{list, calibrationDir, formatsDir, object}));
 }
 
-TEST_F(EveryAllocation, ofGeneratingADocumentReachesTheCaller) {
+TEST_F(Allocation, ofGeneratingADocumentReachesTheCaller) {
     EXPECT_GT(failEachAllocation([] {
                   return dax::IRCalibrationManager::getInstance()->generateConfiguration(14080045);
               }),
               2U);
 }
 
-TEST_F(EveryAllocation, ofCheckingFilesReachesTheCaller) {
+TEST_F(Allocation, ofCheckingFilesReachesTheCaller) {
     EXPECT_GT(
         failEachAllocation([] {
             return owned(dax::IRCalibrationManager::getInstance()->checkCalibration(14080045));
@@ -227,7 +227,7 @@ TEST_F(EveryAllocation, ofCheckingFilesReachesTheCaller) {
         5U);
 }
 
-TEST_F(EveryAllocation, ofListingOpticsReachesTheCaller) {
+TEST_F(Allocation, ofListingOpticsReachesTheCaller) {
     EXPECT_GT(failEachAllocation([] {
                   auto* const list =
                       dax::IRCalibrationManager::getInstance()->getAvailableOptics(14080045);
@@ -239,7 +239,7 @@ TEST_F(EveryAllocation, ofListingOpticsReachesTheCaller) {
               3U);
 }
 
-TEST_F(EveryAllocation, ofTheLoggersLifeReachesTheCaller) {
+TEST_F(Allocation, ofTheLoggersLifeReachesTheCaller) {
     kelvra::Logger::releaseInstance();
     EXPECT_GT(failEachAllocation([this] {
                   struct Releaser {

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "imgproc/Cali.h"
-#include "sdk/DocumentText.h"
-#include "sdk/FileRead.h"
+#include "sdk/base/FileRead.h"
+#include "sdk/xml/DocumentText.h"
 #include "support/TestFiles.h"
 
 namespace {

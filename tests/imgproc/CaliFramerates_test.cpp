@@ -147,7 +147,7 @@ TEST(CaliFrameratesOddities, allowsAnyRateForOpticsWithoutRanges) {
     EXPECT_EQ(rate, 0);
 }
 
-TEST(CaliDecimals, answersTheDecimalOfARange) {
+TEST(CaliFrameratesDecimals, answersTheDecimalOfARange) {
     LoadedCali cali(opticsList(
         opticsElement(30, "A",
                       rangeElement("0", "1") + rangeElement("0", "2", "<Decimal>2</Decimal>") +
@@ -157,7 +157,7 @@ TEST(CaliDecimals, answersTheDecimalOfARange) {
     EXPECT_EQ(cali->getTempRangeDecimal(30, asText("A"), 0.0F, 3.0F), 65535);
 }
 
-TEST(CaliDecimals, answersZeroWhenThereIsNoSuchRange) {
+TEST(CaliFrameratesDecimals, answersZeroWhenThereIsNoSuchRange) {
     LoadedCali cali(opticsList(opticsElement(30, "A", rangeElement("0", "1"))));
     EXPECT_EQ(cali->getTempRangeDecimal(30, asText("A"), 0.0F, 2.0F), 0);
     EXPECT_EQ(cali->getTempRangeDecimal(31, asText("A"), 0.0F, 1.0F), 0);
@@ -167,7 +167,7 @@ TEST(CaliDecimals, answersZeroWhenThereIsNoSuchRange) {
 }
 
 // Deliberate: a range's position found in one optics is applied to an earlier one without text.
-TEST(CaliDecimals, appliesThePositionToTheOpticsFoundLeniently) {
+TEST(CaliFrameratesDecimals, appliesThePositionToTheOpticsFoundLeniently) {
     LoadedCali cali(opticsList(opticsElement(30, "",
                                              rangeElement("8", "9", "<Decimal>3</Decimal>") +
                                                  rangeElement("8", "9", "<Decimal>4</Decimal>")) +

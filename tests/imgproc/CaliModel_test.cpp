@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "imgproc/Cali.h"
-#include "imgproc/CaliReader.h"
+#include "imgproc/internal/CaliReader.h"
 #include "support/CaliDescriptions.h"
 #include "support/TestFiles.h"
 

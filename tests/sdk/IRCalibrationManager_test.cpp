@@ -14,7 +14,7 @@ using dax::IRCalibrationManager;
 constexpr std::size_t kDirectoryBytes = 260;
 
 /// Each test starts without a manager and leaves none.
-class Manager : public testing::Test {
+class IRCalibrationManagerTest : public testing::Test {
 protected:
     void SetUp() override { delete IRCalibrationManager::getInstance(); }
     void TearDown() override { delete IRCalibrationManager::getInstance(); }
@@ -35,19 +35,19 @@ std::string pathOf(std::size_t length) {
     return path;
 }
 
-TEST_F(Manager, isTheSameEveryTime) {
+TEST_F(IRCalibrationManagerTest, isTheSameEveryTime) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     ASSERT_NE(manager, nullptr);
     EXPECT_EQ(IRCalibrationManager::getInstance(), manager);
 }
 
-TEST_F(Manager, startsWithTheDefaultDirectories) {
+TEST_F(IRCalibrationManagerTest, startsWithTheDefaultDirectories) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     EXPECT_STREQ(manager->getCalibrationDir(), "/usr/share/libthermika/cali");
     EXPECT_STREQ(manager->getFormatsDir(), "/usr/share/libthermika");
 }
 
-TEST_F(Manager, startsWithoutOptics) {
+TEST_F(IRCalibrationManagerTest, startsWithoutOptics) {
     IRCalibrationManager* const first = IRCalibrationManager::getInstance();
     ASSERT_NE(first->getAvailableOptics(0), nullptr);
     EXPECT_TRUE(first->getAvailableOptics(0)->empty());
@@ -57,7 +57,7 @@ TEST_F(Manager, startsWithoutOptics) {
     EXPECT_TRUE(IRCalibrationManager::getInstance()->getAvailableOptics(0)->empty());
 }
 
-TEST_F(Manager, padsItsDirectoriesWithZeroBytes) {
+TEST_F(IRCalibrationManagerTest, padsItsDirectoriesWithZeroBytes) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     EXPECT_EQ(bytesOf(manager->getCalibrationDir()), padded("/usr/share/libthermika/cali"));
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), padded("/usr/share/libthermika"));
@@ -69,7 +69,7 @@ TEST_F(Manager, padsItsDirectoriesWithZeroBytes) {
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), padded("/f"));
 }
 
-TEST_F(Manager, handsOutItsOwnArrays) {
+TEST_F(IRCalibrationManagerTest, handsOutItsOwnArrays) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     char* const calibrationDir = manager->getCalibrationDir();
     char* const formatsDir = manager->getFormatsDir();
@@ -82,7 +82,7 @@ TEST_F(Manager, handsOutItsOwnArrays) {
     EXPECT_STREQ(formatsDir, "/formats");
 }
 
-TEST_F(Manager, keepsItsDirectoriesWhenGivenNull) {
+TEST_F(IRCalibrationManagerTest, keepsItsDirectoriesWhenGivenNull) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     manager->setCalibrationDir("/c");
     manager->setFormatsDir("/f");
@@ -92,7 +92,7 @@ TEST_F(Manager, keepsItsDirectoriesWhenGivenNull) {
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), padded("/f"));
 }
 
-TEST_F(Manager, terminatesADirectoryOf259Characters) {
+TEST_F(IRCalibrationManagerTest, terminatesADirectoryOf259Characters) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     const std::string dir = pathOf(259);
     manager->setCalibrationDir(dir.c_str());
@@ -101,7 +101,7 @@ TEST_F(Manager, terminatesADirectoryOf259Characters) {
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), dir + '\0');
 }
 
-TEST_F(Manager, doesNotTerminateADirectoryOf260Characters) {
+TEST_F(IRCalibrationManagerTest, doesNotTerminateADirectoryOf260Characters) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     const std::string dir = pathOf(260);
     manager->setCalibrationDir(dir.c_str());
@@ -110,7 +110,7 @@ TEST_F(Manager, doesNotTerminateADirectoryOf260Characters) {
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), dir);
 }
 
-TEST_F(Manager, cutsADirectoryOfMoreThan260Characters) {
+TEST_F(IRCalibrationManagerTest, cutsADirectoryOfMoreThan260Characters) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     for (const std::size_t length : {261U, 300U, 5000U}) {
         const std::string dir = pathOf(length);
@@ -123,7 +123,7 @@ TEST_F(Manager, cutsADirectoryOfMoreThan260Characters) {
     }
 }
 
-TEST_F(Manager, takesDirectoriesAsTheyStand) {
+TEST_F(IRCalibrationManagerTest, takesDirectoriesAsTheyStand) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     for (const char* const dir : {"", "/", "relative", "/two//", "/not there/at all", "\xff%s\n"}) {
         manager->setCalibrationDir(dir);
@@ -133,7 +133,7 @@ TEST_F(Manager, takesDirectoriesAsTheyStand) {
     }
 }
 
-TEST_F(Manager, takesADirectoryFromItsOwnArrays) {
+TEST_F(IRCalibrationManagerTest, takesADirectoryFromItsOwnArrays) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     const auto expectFrom = [manager](const char* dir) {
         const std::string copy = dir;
@@ -149,7 +149,7 @@ TEST_F(Manager, takesADirectoryFromItsOwnArrays) {
 }
 
 // A full array has no terminator: nothing behind it may be read, which memory checkers watch.
-TEST_F(Manager, takesTheRestOfAFullArray) {
+TEST_F(IRCalibrationManagerTest, takesTheRestOfAFullArray) {
     IRCalibrationManager* const manager = IRCalibrationManager::getInstance();
     const std::string full = pathOf(260);
     const std::string rest = full.substr(4);
@@ -170,7 +170,7 @@ TEST_F(Manager, takesTheRestOfAFullArray) {
     EXPECT_EQ(bytesOf(manager->getFormatsDir()), padded(rest));
 }
 
-TEST_F(Manager, isMadeAnewAfterItsDestruction) {
+TEST_F(IRCalibrationManagerTest, isMadeAnewAfterItsDestruction) {
     IRCalibrationManager* manager = IRCalibrationManager::getInstance();
     manager->setCalibrationDir("/c");
     manager->setFormatsDir("/f");
@@ -181,7 +181,7 @@ TEST_F(Manager, isMadeAnewAfterItsDestruction) {
     EXPECT_EQ(IRCalibrationManager::getInstance(), manager);
 }
 
-TEST_F(Manager, isForgottenWhenAnyOtherIsDestroyed) {
+TEST_F(IRCalibrationManagerTest, isForgottenWhenAnyOtherIsDestroyed) {
     IRCalibrationManager* const forgotten = IRCalibrationManager::getInstance();
     { const IRCalibrationManager other; }
     IRCalibrationManager* const successor = IRCalibrationManager::getInstance();
@@ -190,7 +190,7 @@ TEST_F(Manager, isForgottenWhenAnyOtherIsDestroyed) {
     delete successor;
 }
 
-TEST_F(Manager, isNoneThatWasMadeWithoutIt) {
+TEST_F(IRCalibrationManagerTest, isNoneThatWasMadeWithoutIt) {
     IRCalibrationManager other;
     other.setCalibrationDir("/other");
     EXPECT_NE(IRCalibrationManager::getInstance(), &other);

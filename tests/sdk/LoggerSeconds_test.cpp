@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
-#include "sdk/WallClock.h"
+#include "sdk/base/WallClock.h"
 #include "support/Clock.h"
 #include "support/TestFiles.h"
 

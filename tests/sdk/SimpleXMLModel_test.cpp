@@ -11,13 +11,13 @@
 #include <gtest/gtest.h>
 
 #include "support/Locales.h"
-#include "support/ReaderTwins.h"
+#include "support/ReaderComparison.h"
 #include "support/TestFiles.h"
 
 namespace {
 
 using thermika_test::ReaderCall;
-using thermika_test::ReaderTwins;
+using thermika_test::ReaderComparison;
 
 /// The same numbers on every machine; distributions of the standard library differ.
 class Dice {
@@ -177,7 +177,7 @@ ReaderCall callOf(Dice& dice, const Names& names, int length) {
 /// Visits siblings one after the other as callers do, forwards, backwards or to and fro, with
 /// other names in between.
 template <typename Names>
-bool visitSiblings(ReaderTwins& twins, Dice& dice, const Names& names) {
+bool visitSiblings(ReaderComparison& twins, Dice& dice, const Names& names) {
     const std::string name(dice.pick(names));
     const std::string other(dice.pick(names));
     const int way = dice.below(4);
@@ -200,7 +200,7 @@ bool visitSiblings(ReaderTwins& twins, Dice& dice, const Names& names) {
 /// One twin for many documents, opened one after the other; stops at the first difference.
 template <typename Names>
 void compareMany(std::uint32_t firstSeed, int documents, const Names& names) {
-    ReaderTwins twins;
+    ReaderComparison twins;
     for (int i = 0; i < documents; ++i) {
         const std::uint32_t seed = firstSeed + static_cast<std::uint32_t>(i);
         twins.name("seed " + std::to_string(seed));
@@ -217,7 +217,7 @@ void compareMany(std::uint32_t firstSeed, int documents, const Names& names) {
 }
 
 /// Everything there is at the top, then down the first of each name.
-bool walkDown(ReaderTwins& twins) {
+bool walkDown(ReaderComparison& twins) {
     constexpr const char* kPath[] = {"Temperature", "Optics", "OpticsDef", "TempRanges",
                                      "TemperatureRange"};
     bool isSame = twins.both({}) && twins.both({ReaderCall::kText, "", 0, 0, 0, false});
@@ -236,7 +236,7 @@ std::string sample(const char* name) {
 
 void comparePrefixes(const char* name) {
     const std::string whole = sample(name);
-    ReaderTwins twins;
+    ReaderComparison twins;
     for (std::size_t length = 0; length <= whole.size(); ++length) {
         twins.name(std::string(name) + " cut to " + std::to_string(length) + " bytes");
         if (!twins.open(whole.substr(0, length), "CaliData") || !walkDown(twins)) return;
@@ -245,7 +245,7 @@ void comparePrefixes(const char* name) {
 
 void compareDeletions(const char* name) {
     const std::string whole = sample(name);
-    ReaderTwins twins;
+    ReaderComparison twins;
     for (std::size_t at = 0; at < whole.size(); ++at) {
         twins.name(std::string(name) + " without byte " + std::to_string(at));
         if (!twins.open(std::string(whole).erase(at, 1), "CaliData") || !walkDown(twins)) return;
@@ -257,7 +257,7 @@ void compareDeletions(const char* name) {
 TEST(SimpleXMLModel, agreesOnPseudoRandomDocuments) { compareMany(1, 15000, kPlainNames); }
 
 TEST(SimpleXMLModel, agreesOnDocumentsOfManyPiecesAndReads) {
-    ReaderTwins twins;
+    ReaderComparison twins;
     for (std::uint32_t seed = 1; seed <= 20; ++seed) {
         twins.name("long, seed " + std::to_string(seed));
         Dice dice(seed);

@@ -4,7 +4,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "imgproc/CaliReader.h"
+#include "imgproc/internal/CaliReader.h"
 #include "sdk/SimpleXML.h"
 
 namespace thermika_test {

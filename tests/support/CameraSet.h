@@ -5,7 +5,7 @@
 #include <string>
 
 #include "sdk/IRCalibrationManager.h"
-#include "support/DownloadWorld.h"
+#include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
 #include "support/TestFiles.h"
 

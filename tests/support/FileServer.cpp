@@ -1,4 +1,4 @@
-// See the header. The server itself is file-server.py, which DownloadWorld has put in place.
+// See the header. The server itself is file-server.py, which DownloadSandbox has put in place.
 #include "support/FileServer.h"
 
 #include <fcntl.h>
@@ -12,7 +12,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "support/DownloadWorld.h"
+#include "support/DownloadSandbox.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {

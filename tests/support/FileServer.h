@@ -13,7 +13,7 @@ namespace thermika_test {
 constexpr const char* kLinksPath = "/downloadlinks.xml";  // on the server
 
 /// Serves from construction to destruction; the folder it serves is empty at first. Needs a
-/// DownloadWorld, which gives it its name. Every failure throws.
+/// DownloadSandbox, which gives it its name. Every failure throws.
 class FileServer {
 public:
     FileServer();

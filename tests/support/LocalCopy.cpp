@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 void inQuietWorld(const std::function<void()>& body) {
     inSandbox([&body] {
-        const DownloadWorld world;
+        const DownloadSandbox world;
         outcomeOf([&body] {
             body();
             return true;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "support/CameraSet.h"
-#include "support/DownloadWorld.h"
+#include "support/DownloadSandbox.h"
 #include "support/Sandbox.h"
 
 namespace thermika_test {

@@ -1,6 +1,6 @@
 // Recording stand-ins for the shell and for programs on PATH: what the shell is told and what a
 // program is given is kept, then the real one does its work. For use in a sandbox, in a
-// DownloadWorld.
+// DownloadSandbox.
 #pragma once
 
 #include <string>

@@ -1,0 +1,67 @@
+// Cuts every piece to the room that is left.
+#include "sdk/base/BoundedText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+#include "sdk/StringHelpers.h"
+
+namespace dax {
+
+namespace {
+
+constexpr std::size_t kNumberChars = std::numeric_limits<int>::digits10 + 2;  // with its sign
+
+}  // namespace
+
+BoundedText::BoundedText(char* out, std::size_t bytes)
+    : m_end(out), m_room(bytes == 0 ? 0 : bytes - 1) {
+    if (bytes != 0) *m_end = '\0';
+}
+
+BoundedText& BoundedText::append(std::string_view piece) {
+    const std::size_t count = std::min(piece.size(), m_room);
+    if (count == 0) return *this;
+    m_end = std::copy_n(piece.data(), count, m_end);
+    m_room -= count;
+    *m_end = '\0';
+    return *this;
+}
+
+BoundedText& BoundedText::append(char character) {
+    if (m_room == 0) return *this;
+    *m_end++ = character;
+    --m_room;
+    *m_end = '\0';
+    return *this;
+}
+
+BoundedText& BoundedText::append(int number) {
+    if (m_room < kNumberChars) {
+        char digits[kNumberChars];
+        const char* const end = std::to_chars(digits, digits + kNumberChars, number).ptr;
+        return append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+    }
+    char* const end = std::to_chars(m_end, m_end + kNumberChars, number).ptr;
+    m_room -= static_cast<std::size_t>(end - m_end);
+    m_end = end;
+    *m_end = '\0';
+    return *this;
+}
+
+std::size_t printName(char* out, std::size_t bytes, const char* format, const char* name) {
+    // Thousands of names are made of one format, which most often is as plain as "Cali-%s.dat".
+    const char* const mark = std::strchr(format, '%');
+    if (mark != nullptr && mark[1] == 's' && std::strchr(mark + 1, '%') == nullptr) {
+        const std::string_view before(format, static_cast<std::size_t>(mark - format));
+        BoundedText text(out, bytes);
+        text.append(before).append(name).append(mark + 2);
+        return static_cast<std::size_t>(text.end() - out);
+    }
+    tsnprintf(out, static_cast<unsigned int>(bytes), format, name);
+    return std::strlen(out);
+}
+
+}  // namespace dax

@@ -1,0 +1,133 @@
+// Reading files while opening, examining and reading them is interrupted, fails or ends early.
+// Links other system calls in, so it is a program of its own.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "sdk/base/FileRead.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+/// What becomes of the calls from now on.
+struct Faults {
+    int interruptedOpens = 0;
+    int interruptedReads = 0;
+    bool isStatFailing = false;
+    std::size_t readable = std::size_t(-1);  ///< bytes until reading answers `end`
+    ssize_t end = 0;
+};
+
+Faults g_faults;
+
+int failure(int reason) {
+    errno = reason;
+    return -1;
+}
+
+}  // namespace
+
+// The linker's names for the functions that everybody calls here and for the C library's.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" int __real_open(const char* path, int flags, mode_t mode);
+extern "C" int __real_fstat(int descriptor, struct stat* status);
+extern "C" ssize_t __real_read(int descriptor, void* buffer, std::size_t bytes);
+extern "C" int __wrap_open(const char* path, int flags, mode_t mode);
+extern "C" int __wrap_fstat(int descriptor, struct stat* status);
+extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes);
+
+extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
+    if (g_faults.interruptedOpens-- > 0) return failure(EINTR);
+    return __real_open(path, flags, mode);
+}
+
+extern "C" int __wrap_fstat(int descriptor, struct stat* status) {
+    return g_faults.isStatFailing ? failure(EIO) : __real_fstat(descriptor, status);
+}
+
+extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes) {
+    if (g_faults.interruptedReads-- > 0) return failure(EINTR);
+    if (g_faults.readable == 0) return g_faults.end < 0 ? failure(EIO) : 0;
+    const ssize_t got = __real_read(descriptor, buffer, std::min(bytes, g_faults.readable));
+    if (got > 0) g_faults.readable -= static_cast<std::size_t>(got);
+    return got;
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+
+namespace {
+
+constexpr std::size_t kNoLimit = std::size_t(1) << 40;
+
+class FileReadFailures : public testing::Test {
+protected:
+    FileReadFailures() { thermika_test::writeFile(m_path, "first\nsecond"); }
+    ~FileReadFailures() override { EXPECT_EQ(thermika_test::openDescriptors(), m_descriptors); }
+
+    /// The file's bytes under these faults, "none" without them.
+    std::string bytes(const Faults& faults) {
+        g_faults = faults;
+        const auto read = dax::readRegularFile(m_path.c_str(), kNoLimit, [](dax::FileBytes&) {});
+        g_faults = {};
+        return read ? std::string(read->bytes.get(), read->size) : "none";
+    }
+
+    std::string firstLine(const Faults& faults) {
+        std::string line = "from before";
+        g_faults = faults;
+        const bool isOpened = dax::readFirstLine(m_path.c_str(), line);
+        g_faults = {};
+        EXPECT_TRUE(isOpened);
+        return line;
+    }
+
+private:
+    thermika_test::TempDir m_dir;
+    std::string m_path = m_dir / "file";
+    std::size_t m_descriptors = thermika_test::openDescriptors();
+};
+
+Faults readingThenFailing(std::size_t readable) { return {0, 0, false, readable, -1}; }
+
+Faults readingThenEnding(std::size_t readable) { return {0, 0, false, readable, 0}; }
+
+TEST_F(FileReadFailures, areNotSeenWhereACallWasOnlyInterrupted) {
+    EXPECT_EQ(bytes({2, 0}), "first\nsecond");
+    EXPECT_EQ(bytes({0, 2}), "first\nsecond");
+    EXPECT_EQ(firstLine({2, 0}), "first");
+    EXPECT_EQ(firstLine({0, 2}), "first");
+}
+
+TEST_F(FileReadFailures, giveNoBytesWhenTheFileCannotBeExamined) {
+    EXPECT_EQ(bytes({0, 0, true}), "none");
+}
+
+TEST_F(FileReadFailures, giveNoBytesWhenReadingFailsBeforeTheEnd) {
+    for (const std::size_t readable : {0U, 1U, 11U}) {
+        EXPECT_EQ(bytes(readingThenFailing(readable)), "none");
+    }
+    EXPECT_EQ(bytes(readingThenFailing(12)), "first\nsecond");
+}
+
+TEST_F(FileReadFailures, giveWhatIsLeftOfAFileThatShrinksMeanwhile) {
+    EXPECT_EQ(bytes(readingThenEnding(0)), "");
+    EXPECT_EQ(bytes(readingThenEnding(7)), "first\ns");
+}
+
+TEST_F(FileReadFailures, giveAnEmptyFirstLineWhenReadingFailsWithinIt) {
+    EXPECT_EQ(firstLine(readingThenFailing(0)), "");
+    EXPECT_EQ(firstLine(readingThenFailing(5)), "");
+    EXPECT_EQ(firstLine(readingThenFailing(6)), "first");
+}
+
+TEST_F(FileReadFailures, giveTheBeginningOfALineThatEndsWithItsFile) {
+    EXPECT_EQ(firstLine(readingThenEnding(3)), "fir");
+}
+
+}  // namespace
