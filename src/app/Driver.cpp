@@ -17,12 +17,11 @@
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
 #include "sdk/base/PathLimits.h"
+#include "sdk/camera/SerialDiscovery.h"
 
 namespace {
 
 constexpr int kFailure = -1;  // the shell sees 255
-constexpr long kLowestSerial = 10000000;
-constexpr long kHighestSerial = 99999999;
 
 struct Options {
     std::string formatsDir = "/usr/share/libthermika";
@@ -40,13 +39,13 @@ int fail(const char* message, std::FILE* to) noexcept {
 /// False when the run ends at once.
 bool readSerial(const char* argument, Options& options) {
     if (argument[0] < '0' || argument[0] > '9') return true;
-    const long serial = std::strtol(argument, nullptr, 10);
-    if (serial < kLowestSerial || serial > kHighestSerial) {
+    const auto serial = static_cast<unsigned long>(std::strtol(argument, nullptr, 10));
+    if (serial < dax::kLowestSerial || serial > dax::kHighestSerial) {
         fail("Serial number needs to have exactly 8 digits. Please check input parameter -d.\n",
              stderr);
         return false;
     }
-    options.serial = static_cast<unsigned long>(serial);
+    options.serial = serial;
     options.isSerialGiven = true;
     return true;
 }

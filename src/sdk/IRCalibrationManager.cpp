@@ -2,9 +2,6 @@
 // of the manager.
 #include "sdk/IRCalibrationManager.h"
 
-#include <dirent.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
@@ -18,7 +15,6 @@
 #include <string_view>
 
 #include "imgproc/Cali.h"
-#include "sdk/Logger.h"
 #include "sdk/SimpleXML.h"
 #include "sdk/base/PathLimits.h"
 #include "sdk/base/WholeNumber.h"
@@ -26,9 +22,10 @@
 #include "sdk/camera/ConfigurationDocument.h"
 #include "sdk/camera/DownloadLinks.h"
 #include "sdk/camera/FileCheck.h"
+#include "sdk/camera/ManagerLog.h"
 #include "sdk/camera/MissingFileList.h"
+#include "sdk/camera/SerialDiscovery.h"
 #include "sdk/camera/ShellCommands.h"
-#include "sdk/camera/UsbDevice.h"
 
 namespace dax {
 
@@ -37,21 +34,8 @@ namespace {
 constexpr const char* kDefaultCalibrationDir = "/usr/share/libthermika/cali";
 constexpr const char* kDefaultFormatsDir = "/usr/share/libthermika";
 
-constexpr const char* kUsbDevicesDir = "/sys/bus/usb/devices";
-
 constexpr int kDownloadPasses = 3;
 constexpr const char* kLinksFile = "/tmp/downloadlinks.xml";
-
-// Shown in log lines, whose readers look for them; they name messages, not places in this file.
-constexpr int kLineQuery = 379;
-constexpr int kLineCannotEnter = 390;
-constexpr int kLineCannotOpen = 399;
-constexpr int kLineEntryStatus = 416;
-constexpr int kLineFound = 450;
-
-void log(unsigned int severity, int line, const std::string& message) {
-    kelvra::Logger::getInstance()->print(severity, "IRCalibrationManager", line, message);
-}
 
 /// How many bytes at `text` may be read for a directory; fewer where it lies in `array`, which
 /// callers may read and which need not be terminated.
@@ -77,10 +61,6 @@ std::unique_ptr<char[]> makeDirectoryArray(const char* dir) {
 
 /// The text of a directory array; one that was filled to its end has no terminator.
 std::string_view directoryText(const char* array) { return {array, strnlen(array, kPathBytes)}; }
-
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
 
 }  // namespace
 
@@ -123,49 +103,7 @@ std::size_t IRCalibrationManager::readable(const char* dir) const {
                     readableBytes(dir, m_formatsDir.get()));
 }
 
-bool IRCalibrationManager::findSerial(unsigned long& serial) {
-    log(kelvra::kLogDebug, kLineQuery, "Query directory /sys/bus/usb/devices");
-
-    const auto failed = [](int line, const char* message) {
-        const char* const reason = std::strerror(errno);
-        log(kelvra::kLogError, line, std::string(message) + reason);
-        errno = 0;
-        return false;
-    };
-    // Deliberate: the working directory stays in the device tree, so every later relative path of
-    // the process is resolved there.
-    if (chdir(kUsbDevicesDir) != 0)
-        return failed(kLineCannotEnter,
-                      "Query directory /sys/bus/usb/devices could not be opened: ");
-    std::unique_ptr<DIR, DirectoryCloser> directory(opendir(kUsbDevicesDir));
-    if (!directory) return failed(kLineCannotOpen, "Failed to open usb device directory: ");
-
-    const unsigned long wanted = serial;
-    serial = 0;
-    while (const dirent* const listed = readdir(directory.get())) {
-        const std::string_view name = listed->d_name;
-        if (name == "." || name == "..") continue;
-        UsbDevice device(listed->d_name);
-        if (!device.readStatus()) {
-            const int reason = errno;
-            log(kelvra::kLogDebug, kLineEntryStatus,
-                std::string("errno: ") + std::strerror(reason) + " " + listed->d_name);
-            continue;
-        }
-        if (!device.isCamera()) continue;
-        const std::string* const text = device.readSerial();
-        if (text == nullptr) continue;
-        log(kelvra::kLogDebug, kLineFound, "Found device with serial " + *text);
-        const unsigned long number = std::strtoul(text->c_str(), nullptr, 10);
-        if (wanted != 0 ? number == wanted : number != 0) {
-            serial = number;
-            break;
-        }
-    }
-    directory.reset();
-    errno = 0;
-    return serial != 0;
-}
+bool IRCalibrationManager::findSerial(unsigned long& serial) { return findCamera(serial); }
 
 std::string IRCalibrationManager::generateConfiguration(unsigned long serial) {
     // Deliberate: never restored, so all formatting and parsing of the process from here on uses
@@ -245,12 +183,12 @@ bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
         std::string message = "No writing permissions to " + directory;
         if (reason != EACCES)
             message = std::string("Something went wrong: ") + std::strerror(reason);
-        log(kelvra::kLogError, __LINE__, message);
+        logAsManager(kelvra::kLogError, __LINE__, message);
         return false;
     }
     // Deliberate: only after the access test, which serial 0 goes through as any other.
     if (serial == 0) {
-        log(kelvra::kLogError, __LINE__, "No serial number specified.");
+        logAsManager(kelvra::kLogError, __LINE__, "No serial number specified.");
         return false;
     }
     // Deliberate: nothing is checked or said after the last pass, so true does not prove that every
@@ -258,11 +196,11 @@ bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
     for (int pass = 0; pass < kDownloadPasses; ++pass) {
         const std::unique_ptr<char[]> missing = missingFiles(serial);
         if (!missing || missing[0] == '\0') {
-            log(kelvra::kLogInfo, __LINE__, "All files installed.");
+            logAsManager(kelvra::kLogInfo, __LINE__, "All files installed.");
             return true;
         }
         if (!downloadTarget(missing.get(), std::to_string(serial), directory)) {
-            log(kelvra::kLogInfo, __LINE__, "Download failed.");
+            logAsManager(kelvra::kLogInfo, __LINE__, "Download failed.");
             return false;
         }
     }
@@ -280,13 +218,13 @@ bool IRCalibrationManager::downloadTarget(char* targets, std::string serial,
     const std::optional<DownloadLinks> links = readDownloadLinks(kLinksFile);
     if (!links) {
         // Deliberate: the file stays where it is, for whoever wants to know what came.
-        log(kelvra::kLogError, __LINE__, std::string("Error reading ") + kLinksFile);
+        logAsManager(kelvra::kLogError, __LINE__, std::string("Error reading ") + kLinksFile);
         return false;
     }
     std::remove(kLinksFile);
     if (!links->hasLinks) {
-        log(kelvra::kLogError, __LINE__,
-            std::string("Error parsing download links file: ") + kLinksFile);
+        logAsManager(kelvra::kLogError, __LINE__,
+                     std::string("Error parsing download links file: ") + kLinksFile);
         return false;
     }
     // Deliberate: one flag for all files. A file counts as fetched once its command was started,
@@ -300,7 +238,7 @@ bool IRCalibrationManager::downloadTarget(char* targets, std::string serial,
             address = quotedFileAddress(*links->base, serial, name);
             if (runCommand(fetchFileCommand(address, targetDir, name))) hasStarted = true;
         }
-        if (!hasStarted) log(kelvra::kLogError, __LINE__, "Error downloading " + address);
+        if (!hasStarted) logAsManager(kelvra::kLogError, __LINE__, "Error downloading " + address);
     }
     return hasStarted;
 }

@@ -1,5 +1,6 @@
 // Every read gives few bytes at a time, every other one is interrupted first: documents and device
 // attributes must come out whole. Replaces read(), so it is a program of its own.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -79,7 +80,7 @@ TEST_F(ShortReads, giveAWholeFirstLine) {
     thermika_test::writeFile(m_dir / "serial", "14080045\nnot this");
     g_isShort = true;
     std::string line;
-    ASSERT_TRUE(dax::readFirstLine((m_dir / "serial").c_str(), line));
+    ASSERT_TRUE(dax::readFirstLine(AT_FDCWD, (m_dir / "serial").c_str(), line));
     EXPECT_EQ(line, "14080045");
     EXPECT_GT(g_calls, 10U);
 }

@@ -18,7 +18,8 @@ constexpr std::size_t kLineChunkBytes = 256;  // most USB attributes fit
 
 class Descriptor {
 public:
-    explicit Descriptor(const char* path) : m_fd(openRetrying(path)) {}
+    explicit Descriptor(const char* path, int directory = AT_FDCWD)
+        : m_fd(openRetrying(directory, path)) {}
     ~Descriptor() {
         if (isOpen()) close(m_fd);
     }
@@ -37,9 +38,9 @@ public:
     }
 
 private:
-    static int openRetrying(const char* path) {
+    static int openRetrying(int directory, const char* path) {
         int fd = -1;
-        do fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        do fd = openat(directory, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
         while (fd < 0 && errno == EINTR);
         return fd;
     }
@@ -74,15 +75,15 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
     return result;
 }
 
-bool readFirstLine(const char* path, std::string& line) {
+bool readFirstLine(int directory, const char* path, std::string& line) {
     line.clear();
-    const Descriptor file(path);
+    const Descriptor file(path, directory);
     if (!file.isOpen()) return false;
     char chunk[kLineChunkBytes];
     for (;;) {
         const ssize_t got = file.readSome(chunk, sizeof chunk);
         if (got < 0) line.clear();
-        if (got <= 0) return true;
+        if (got <= 0) return got == 0;
         const auto bytes = static_cast<std::size_t>(got);
         if (const void* const feed = std::memchr(chunk, '\n', bytes)) {
             line.append(chunk, static_cast<std::size_t>(static_cast<const char*>(feed) - chunk));

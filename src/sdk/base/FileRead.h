@@ -25,10 +25,12 @@ struct FileBytes {
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
                                          const std::function<void(FileBytes&)>& arrived);
 
-/// False, `line` empty, when `path` cannot be opened. Otherwise true, and `line` holds the text
-/// before the first line feed, or all of it: zero and control bytes included, empty when reading
-/// failed. However long it is: an endless file without line feeds takes all memory.
-bool readFirstLine(const char* path, std::string& line);
+/// True when `path` could be read; `line` holds the text before the first line feed, or all of it:
+/// zero and control bytes included. A relative path is looked up in the open directory `directory`,
+/// or in the working directory when that is AT_FDCWD. False, `line` empty and the reason in
+/// `errno`, when the file cannot be opened or read. However long the line is: an endless file
+/// without line feeds takes all memory.
+bool readFirstLine(int directory, const char* path, std::string& line);
 
 /// Whether `path` can be opened for reading, which is true of a directory too.
 bool isReadable(const char* path);

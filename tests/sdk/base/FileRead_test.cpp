@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -54,7 +55,7 @@ std::string everyByte(std::size_t size) {
 
 std::string firstLine(const std::string& path) {
     std::string line = "from before";
-    EXPECT_TRUE(readFirstLine(path.c_str(), line)) << path;
+    EXPECT_TRUE(readFirstLine(AT_FDCWD, path.c_str(), line)) << path;
     return line;
 }
 
@@ -221,8 +222,8 @@ TEST(FileRead, givesFirstLinesOfAnyLength) {
         std::string first;
         std::string second;
         // One right after the other: the bytes of the former read are no part of the latter.
-        const bool isRead =
-            readFirstLine(whole.c_str(), first) && readFirstLine(unended.c_str(), second);
+        const bool isRead = readFirstLine(AT_FDCWD, whole.c_str(), first) &&
+                            readFirstLine(AT_FDCWD, unended.c_str(), second);
         EXPECT_TRUE(isRead);
         EXPECT_EQ(first, line);
         EXPECT_EQ(second, line.substr(1));
@@ -244,20 +245,39 @@ TEST(FileRead, givesNoLineOfAFileThatCannotBeOpened) {
     writeFile(dir / "file", "text");
     for (const std::string& path : {dir / "missing", dir / "file/inside", std::string()}) {
         std::string line = "from before";
-        EXPECT_FALSE(readFirstLine(path.c_str(), line)) << path;
+        EXPECT_FALSE(readFirstLine(AT_FDCWD, path.c_str(), line)) << path;
         EXPECT_EQ(line, "") << path;
     }
 }
 
-TEST(FileRead, givesAnEmptyFirstLineWhereReadingFails) {
+TEST(FileRead, givesNoFirstLineWhereReadingFails) {
     const Deadline deadline;
     const TempDir dir;
-    EXPECT_EQ(firstLine(dir.path()), "");
-    EXPECT_EQ(firstLine("/proc/self/mem"), "");  // nothing is mapped at its beginning
     ASSERT_EQ(mkfifo((dir / "pipe").c_str(), 0600), 0);
     const PipeEnds ends(dir / "pipe");
     ASSERT_TRUE(ends.put("half a line"));
-    EXPECT_EQ(firstLine(dir / "pipe"), "") << "what came before the failure must not show";
+    // Nothing is mapped where the process's memory begins.
+    const std::pair<std::string, int> files[] = {
+        {dir.path(), EISDIR}, {"/proc/self/mem", EIO}, {dir / "pipe", EAGAIN}};
+    for (const auto& [path, reason] : files) {
+        std::string line = "from before";
+        EXPECT_FALSE(readFirstLine(AT_FDCWD, path.c_str(), line)) << path;
+        EXPECT_EQ(errno, reason) << path;
+        EXPECT_EQ(line, "") << path;
+    }
+}
+
+TEST(FileRead, looksARelativePathUpInTheDirectoryGiven) {
+    const TempDir dir;
+    std::filesystem::create_directory(dir / "sub");
+    writeFile(dir / "sub/file", "inside\n");
+    const int directory = open(dir.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::string line;
+    EXPECT_TRUE(readFirstLine(directory, "sub/file", line));
+    EXPECT_EQ(line, "inside");
+    EXPECT_FALSE(readFirstLine(directory, "file", line));
+    EXPECT_EQ(errno, ENOENT);
+    close(directory);
 }
 
 TEST(FileRead, doesNotWaitForAPipeNobodyWritesTo) {
@@ -274,7 +294,7 @@ TEST(FileRead, leavesNoFileOpen) {
     const std::size_t before = openDescriptors();
     for (const std::string& path : {dir / "file", dir / "missing", dir.path()}) {
         std::string line;
-        readFirstLine(path.c_str(), line);
+        readFirstLine(AT_FDCWD, path.c_str(), line);
         readWhole(path, kNoLimit);
         readWhole(path, 1);
     }
@@ -288,7 +308,7 @@ TEST(FileRead, takesDescriptorZeroAndAnEarlierInterruptionForNoFailure) {
     close(STDIN_FILENO);
     errno = EINTR;
     std::string line;
-    EXPECT_TRUE(readFirstLine((dir / "file").c_str(), line));
+    EXPECT_TRUE(readFirstLine(AT_FDCWD, (dir / "file").c_str(), line));
     EXPECT_EQ(line, "text");
     EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
     dup2(callers, STDIN_FILENO);
