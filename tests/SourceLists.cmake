@@ -20,7 +20,7 @@ endif()
 set(failures "")
 foreach(source ${sources})
     # Lists name a file from their own folder on.
-    string(REGEX REPLACE "^(tests/consumer|tests|bench|fuzz|examples)/" "" name ${source})
+    string(REGEX REPLACE "^(tests/consumer|tests|bench|fuzz|examples|src/cli|src/fetch)/" "" name ${source})
     # A fuzz target is listed by its stem, from which two programs are made.
     string(REGEX REPLACE "_fuzz.cpp$" "" name ${name})
     string(FIND "${listed}" "${name}" at)

@@ -13,7 +13,7 @@ fail() {
 }
 
 verbs=$("$dev") || fail 'without arguments it does not succeed'
-for verb in run demo test asan tidy analyze valgrind format coverage bench faults mutate fuzz; do
+for verb in run cli demo test asan tidy analyze valgrind format coverage bench faults mutate fuzz; do
     echo "$verbs" | grep -q "^  $verb " || fail "$verb is not listed"
 done
 

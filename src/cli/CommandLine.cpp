@@ -1,0 +1,126 @@
+// Help and version are answered while the command line is read; all else by the command's Run.
+#include "cli/CommandLine.h"
+
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <nlohmann/json.hpp>
+
+#include "cli/Commands.h"
+#include "cli/Escape.h"
+#include "cli/LogStream.h"
+#include "cli/Version.h"
+
+namespace thermika::cli {
+
+namespace {
+
+struct CommandRow {
+    const char* name;
+    const char* description;
+    Run (*add)(CLI::App& command);
+};
+
+constexpr CommandRow kCommands[] = {
+    {"optics", "List a camera's optics, their temperature ranges and frame rates", addOptics},
+};
+
+constexpr const char* kDefaultDirectory = "/usr/share/libthermika/cali";
+
+void addSharedOptions(CommandLine& line) {
+    CLI::App& app = line.app;
+    Output& output = line.session.output;
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.set_version_flag("--version", kVersionText, "Print the version and exit");
+    app.add_option("--dir", line.session.directory, "Directory of the calibration files")
+        ->envname("THERMIKA_CALIBRATION_DIR")
+        ->type_name("DIR")
+        ->default_str(kDefaultDirectory);
+    app.add_flag("--json", output.isJson, "Print one JSON document");
+    app.add_flag("-q,--quiet", output.isQuiet, "Print results and errors only");
+    app.add_flag("-v,--verbose", output.isVerbose, "Print the library's log on standard error");
+    static const std::map<std::string, Color> kColors = {
+        {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
+    app.add_option("--color", output.color, "Colour the output: auto, always or never")
+        ->type_name("WHEN")
+        ->transform(CLI::Transformer(kColors));
+    app.footer("Example: thermika cameras");
+}
+
+/// Which help an error message points at.
+std::string helpCommand(const CLI::App& app) {
+    const auto used = app.get_subcommands();
+    return used.empty() ? "thermika --help" : "thermika " + used.front()->get_name() + " --help";
+}
+
+/// The status of a command line that is answered without a command.
+Status answer(CommandLine& line, const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        std::ostringstream text;
+        line.app.exit(error, text, text);
+        line.session.output.add(text.str());
+        line.session.output.deliver();
+        return Status::kYes;
+    }
+    throw Problem(Status::kUsage, shown(error.what()) + " (see: " + helpCommand(line.app) + ")");
+}
+
+std::string absoluteDirectory(const std::string& given) {
+    namespace fs = std::filesystem;
+    if (given.empty())
+        throw Problem(Status::kUsage, "--dir: the calibration directory has an empty name");
+    std::string absolute = fs::absolute(given).lexically_normal();
+    while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
+    return absolute;
+}
+
+Status runChosen(CommandLine& line) {
+    Session& session = line.session;
+    session.directory = absoluteDirectory(session.directory);
+    configureLog(session.output.isVerbose);
+    for (const auto& [command, run] : line.commands) {
+        if (!command->parsed()) continue;
+        const Status status = run(session);
+        session.output.deliver();
+        return status;
+    }
+    throw Problem(Status::kUsage, "no command is given (see: thermika --help)");
+}
+
+}  // namespace
+
+std::unique_ptr<CommandLine> makeCommandLine() {
+    auto line = std::make_unique<CommandLine>();
+    line->session.directory = kDefaultDirectory;
+    line->app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    addSharedOptions(*line);
+    line->app.require_subcommand(0, 1);
+    for (const CommandRow& row : kCommands) {
+        CLI::App* const command = line->app.add_subcommand(row.name, row.description);
+        command->fallthrough();
+        line->commands.emplace_back(command, row.add(*command));
+    }
+    return line;
+}
+
+Status runCommandLine(int argc, char** argv) {
+    const auto line = makeCommandLine();
+    try {
+        try {
+            line->app.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return answer(*line, error);
+        }
+        return runChosen(*line);
+    } catch (const Problem& problem) {
+        Output::complain(problem.what());
+        return problem.status();
+    }
+}
+
+}  // namespace thermika::cli

@@ -1,0 +1,134 @@
+// `thermika optics`: what a camera was calibrated for.
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Camera.h"
+#include "cli/Commands.h"
+#include "cli/Escape.h"
+#include "cli/Table.h"
+
+namespace thermika::cli {
+
+namespace {
+
+struct RangeOfOptics {
+    Range normal;
+    Range extended;
+    unsigned short decimals = 0;
+    bool hasFramerates = false;  ///< without a list any rate is allowed
+    std::vector<unsigned short> framerates;
+};
+
+struct Optics {
+    int fovDeg = 0;
+    std::string text;
+    std::vector<RangeOfOptics> ranges;
+};
+
+RangeOfOptics rangeAt(ConfigCali& cali, OPTICS& key, int index) {
+    RangeOfOptics result;
+    result.normal = *std::unique_ptr<Range>(cali.getTempRange(&key, index));
+    result.extended = *std::unique_ptr<Range>(cali.getExtendedTempRange(&key, index));
+    result.decimals =
+        cali.getTempRangeDecimal(key.fov, key.text, result.normal.min, result.normal.max);
+    const int count = cali.getFramerateCount(&key, &result.normal);
+    for (int i = 0; i < count; ++i)
+        result.framerates.push_back(cali.getFramerate(&key, &result.normal, i));
+    result.hasFramerates = count > 0;
+    return result;
+}
+
+std::vector<Optics> listOptics(ConfigCali& cali) {
+    std::vector<Optics> all;
+    for (int i = 0; i < cali.getOpticsCount(); ++i) {
+        const std::unique_ptr<OPTICS> key(cali.getOptics(i));
+        Optics& optics = all.emplace_back();
+        optics.fovDeg = key->fov;
+        optics.text = key->text == nullptr ? "" : key->text;
+        const int ranges = cali.getTempRangeCount(key.get());
+        for (int j = 0; j < ranges; ++j) optics.ranges.push_back(rangeAt(cali, *key, j));
+    }
+    return all;
+}
+
+Json document(unsigned long serial, const std::vector<Optics>& all) {
+    Json list = Json::array();
+    for (const Optics& optics : all) {
+        Json ranges = Json::array();
+        for (const RangeOfOptics& range : optics.ranges) {
+            Json each;
+            each["min"] = jsonNumber(range.normal.min);
+            each["max"] = jsonNumber(range.normal.max);
+            each["extendedMin"] = jsonNumber(range.extended.min);
+            each["extendedMax"] = jsonNumber(range.extended.max);
+            each["decimals"] = range.decimals;
+            each["framerates"] = range.framerates;
+            ranges.push_back(each);
+        }
+        Json each;
+        each["fov"] = optics.fovDeg;
+        each["text"] = jsonText(optics.text);
+        each["ranges"] = ranges;
+        list.push_back(each);
+    }
+    Json whole;
+    whole["serial"] = serial;
+    whole["optics"] = list;
+    return whole;
+}
+
+std::string boundsText(const Range& range) {
+    return numberText(range.min) + ".." + numberText(range.max);
+}
+
+std::string framerateText(const std::vector<unsigned short>& rates) {
+    std::string text;
+    for (const unsigned short each : rates)
+        text.append(text.empty() ? "" : " ").append(std::to_string(each));
+    return text.empty() ? "any" : text;
+}
+
+Table table(const std::vector<Optics>& all) {
+    Table result({{"FOV", true}, {"TEXT"}, {"RANGE"}, {"EXTENDED"}, {"DECIMALS", true}, {"HZ"}});
+    for (const Optics& optics : all) {
+        const Cell fov{std::to_string(optics.fovDeg)};
+        const Cell text{optics.text.empty() ? "-" : shown(optics.text)};
+        if (optics.ranges.empty()) result.add({fov, text, {"-"}, {"-"}, {"-"}, {"-"}});
+        for (const RangeOfOptics& range : optics.ranges)
+            result.add({fov,
+                        text,
+                        {boundsText(range.normal)},
+                        {boundsText(range.extended)},
+                        {std::to_string(range.decimals)},
+                        {framerateText(range.framerates)}});
+    }
+    return result;
+}
+
+Status run(Session& session, const std::string& serialText) {
+    const unsigned long serial = chosenCamera(session, serialText);
+    const std::vector<Optics> all = listOptics(loadDescription(session, serial));
+    Output& output = session.output;
+    if (output.isJson)
+        output.addDocument(document(serial, all));
+    else if (!all.empty())
+        output.add(table(all).text(output, terminalColumns()));
+    if (!all.empty()) return Status::kYes;
+    output.note(shown(session.directory + "/" + descriptionName(serial)) + " lists no optics");
+    return Status::kNo;
+}
+
+}  // namespace
+
+Run addOptics(CLI::App& command) {
+    const auto serial = std::make_shared<std::string>();
+    addSerialArgument(command, *serial);
+    command.footer("Example: thermika optics 14080045");
+    return [serial](Session& session) { return run(session, *serial); };
+}
+
+}  // namespace thermika::cli

@@ -1,0 +1,113 @@
+// Results are kept until the command is done, so that a failure half-way leaves no half document.
+#include "cli/Output.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Command.h"
+#include "cli/Escape.h"
+
+namespace thermika::cli {
+
+namespace {
+
+constexpr int kIndent = 2;
+constexpr std::size_t kNumberChars = 64;  // more than any float's shortest form has
+
+bool takesColors(Color color) {
+    if (color != Color::kAuto) return color == Color::kAlways;
+    const char* const noColor = std::getenv("NO_COLOR");
+    if (noColor != nullptr && *noColor != '\0') return false;
+    const char* const terminal = std::getenv("TERM");
+    const bool isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
+    return !isDumb && isatty(STDOUT_FILENO) == 1;
+}
+
+const char* colorCode(Style style) {
+    switch (style) {
+        case Style::kHeading:
+            return "\033[1m";
+        case Style::kGood:
+            return "\033[32m";
+        case Style::kDoubtful:
+            return "\033[33m";
+        case Style::kBad:
+            return "\033[31m";
+        case Style::kPlain:
+            break;
+    }
+    return "";
+}
+
+}  // namespace
+
+void Output::addDocument(const Json& document) {
+    m_results += document.dump(kIndent, ' ', true);
+    m_results += '\n';
+}
+
+void Output::deliver() {
+    for (std::string_view rest = m_results; !rest.empty();) {
+        const ssize_t written = write(STDOUT_FILENO, rest.data(), rest.size());
+        const int reason = errno;
+        if (written >= 0)
+            rest.remove_prefix(static_cast<std::size_t>(written));
+        else if (reason != EINTR)
+            throw Problem(Status::kFailed, std::string("cannot write to standard output: ") +
+                                               std::strerror(reason) + " (is it full or closed?)");
+    }
+    m_results.clear();
+}
+
+void Output::note(std::string_view line) const {
+    if (isQuiet) return;
+    // Not through `stderr`, which escapes the library's log: this is escaped already.
+    dprintf(STDERR_FILENO, "%.*s\n", static_cast<int>(line.size()), line.data());
+}
+
+void Output::complain(std::string_view message) {
+    dprintf(STDERR_FILENO, "thermika: %.*s\n", static_cast<int>(message.size()), message.data());
+}
+
+std::string Output::styled(Style style, std::string_view text) const {
+    if (style == Style::kPlain || isJson || !takesColors(color)) return std::string(text);
+    return std::string(colorCode(style)).append(text).append("\033[0m");
+}
+
+std::size_t terminalColumns() {
+    if (isatty(STDOUT_FILENO) != 1) return 0;
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+    return size.ws_col;
+}
+
+Json jsonText(std::string_view bytes) { return losslessUtf8(bytes); }
+
+std::string numberText(float value) {
+    std::array<char, kNumberChars> text{};
+    const auto end = std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed);
+    return {text.begin(), end.ptr};
+}
+
+Json jsonNumber(float value) {
+    if (!std::isfinite(value)) return nullptr;
+    if (std::trunc(value) == value && std::fabs(value) < 1e9F)
+        return static_cast<std::int64_t>(value);
+    // The shortest text, read as a double: 0.1 stays 0.1.
+    const std::string text = numberText(value);
+    double number = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+}  // namespace thermika::cli

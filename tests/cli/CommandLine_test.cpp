@@ -1,0 +1,97 @@
+// What all commands share: help, version, options before and after the command, statuses.
+#include "cli/CommandLine.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/CaliDescriptions.h"
+#include "support/Companion.h"
+
+namespace {
+
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+
+TEST(CommandLine, printsItsVersion) {
+    EXPECT_EQ(runCompanion({"--version"}), (RunResult{"thermika " THERMIKA_VERSION "\n", "", 0}));
+    EXPECT_EQ(runCompanion({"optics", "--version"}), runCompanion({"--version"}));
+}
+
+TEST(CommandLine, helpsOnEveryLevelWithOneExampleEach) {
+    const auto line = thermika::cli::makeCommandLine();
+    ASSERT_FALSE(line->commands.empty());
+    const RunResult whole = runCompanion({"--help"});
+    EXPECT_EQ(whole.status, 0);
+    EXPECT_NE(whole.out.find("Example: thermika "), std::string::npos) << whole;
+    for (const auto& [command, run] : line->commands) {
+        const std::string name = command->get_name();
+        EXPECT_NE(whole.out.find("\n  " + name + " "), std::string::npos) << whole;
+        const RunResult help = runCompanion({name, "--help"});
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.err, "");
+        EXPECT_NE(help.out.find("Example: thermika " + name), std::string::npos) << help;
+    }
+}
+
+TEST(CommandLine, endsWith2AndPointsAtTheHelp) {
+    EXPECT_EQ(runCompanion({}),
+              (RunResult{"", "thermika: no command is given (see: thermika --help)\n", 2}));
+    EXPECT_EQ(runCompanion({"optics", "--nonsense"}),
+              (RunResult{"",
+                         "thermika: The following argument was not expected: --nonsense (see: "
+                         "thermika optics --help)\n",
+                         2}));
+    EXPECT_EQ(runCompanion({"optics", "1408\033[31m"}),
+              (RunResult{"",
+                         "thermika: \"1408\\x1B[31m\" is no serial number: it has 8 digits and "
+                         "does not begin with 0 (see: thermika cameras)\n",
+                         2}));
+}
+
+/// A directory with a description.
+class WithDescription : public testing::Test {
+protected:
+    WithDescription() {
+        thermika_test::writeDescription(m_folder, 14080045,
+                                        thermika_test::opticsList(thermika_test::opticsElement(
+                                            33, "", thermika_test::rangeElement("-20", "100"))));
+    }
+
+    TempDir m_folder;
+};
+
+using CommandLineDirectory = WithDescription;
+
+TEST_F(CommandLineDirectory, standsBeforeOrAfterTheCommandOrInTheEnvironment) {
+    const RunResult expected = runCompanion({"--dir", m_folder.path(), "optics", "14080045"});
+    EXPECT_EQ(expected.status, 0) << expected;
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", m_folder.path() + "/"}), expected);
+    EXPECT_EQ(runCompanion({"optics", "--dir=" + m_folder.path(), "14080045"}), expected);
+    EXPECT_EQ(runCompanion({"optics", "14080045"},
+                           [&] { setenv("THERMIKA_CALIBRATION_DIR", m_folder.path().c_str(), 1); }),
+              expected);
+}
+
+using CommandLineOutput = WithDescription;
+
+TEST_F(CommandLineOutput, isReportedWhenItCannotBeWritten) {
+    const auto to = [&](const std::function<void()>& prepare) {
+        return runCompanion({"--dir", m_folder.path(), "optics", "14080045"}, prepare);
+    };
+    const auto expected = [](const std::string& reason) {
+        return RunResult{
+            "",
+            "thermika: cannot write to standard output: " + reason + " (is it full or closed?)\n",
+            3};
+    };
+    EXPECT_EQ(to([] { close(STDOUT_FILENO); }), expected("Bad file descriptor"));
+    EXPECT_EQ(to([] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); }),
+              expected("No space left on device"));
+}
+
+}  // namespace

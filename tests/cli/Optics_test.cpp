@@ -1,0 +1,50 @@
+// `thermika optics`.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/CaliDescriptions.h"
+#include "support/Companion.h"
+
+namespace {
+
+using thermika_test::opticsElement;
+using thermika_test::opticsList;
+using thermika_test::rangeElement;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+using thermika_test::writeDescription;
+
+void writeTwoOptics(const TempDir& folder) {
+    writeDescription(
+        folder, 14080045,
+        opticsList(opticsElement(33, "wide \033[31m",
+                                 rangeElement("-20", "100",
+                                              "<TempLoExt>-40.5</TempLoExt><Decimal>2</Decimal>"
+                                              "<Framerates>\n<Framerate><FR>27</FR></Framerate>\n"
+                                              "<Framerate><FR>80</FR></Framerate>\n"
+                                              "</Framerates>")) +
+                   opticsElement(60, "", rangeElement("0", "250"))));
+}
+
+TEST(Optics, listsEachOpticsWithItsRanges) {
+    const TempDir folder;
+    writeTwoOptics(folder);
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}),
+              (RunResult{"FOV  TEXT           RANGE     EXTENDED    DECIMALS  HZ\n"
+                         " 33  wide \\x1B[31m  -20..100  -40.5..100         2  27 80\n"
+                         " 60  -              0..250    0..250             1  any\n",
+                         "", 0}));
+}
+
+TEST(Optics, saysWhichDescriptionIsMissingAndHowToGetIt) {
+    const TempDir folder;
+    EXPECT_EQ(runCompanion({"--dir", folder / "none", "optics", "14080045"}),
+              (RunResult{"",
+                         "thermika: cannot read " + (folder / "none/Cali-14080045.xml") +
+                             ": No such file or directory (fetch it: thermika fetch 14080045)\n",
+                         3}));
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+// How tables are laid out.
+#include "cli/Table.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using thermika::cli::Color;
+using thermika::cli::Output;
+using thermika::cli::Style;
+using thermika::cli::Table;
+
+Output plain() {
+    Output output;
+    output.color = Color::kNever;
+    return output;
+}
+
+TEST(Table, alignsTextsLeftAndNumbersRight) {
+    Table table({{"NAME"}, {"SIZE", true}, {"STATE"}});
+    table.add({{"a"}, {"7"}, {"present"}});
+    table.add({{"longer"}, {"123456"}, {"missing"}});
+    EXPECT_EQ(table.text(plain(), 0),
+              "NAME      SIZE  STATE\n"
+              "a            7  present\n"
+              "longer  123456  missing\n");
+}
+
+TEST(Table, alignsByColumnsNotBytes) {
+    Table table({{"TEXT"}, {"STATE"}});
+    table.add({{"33\xC2\xB0"}, {"present"}});
+    table.add({{"1234"}, {"missing"}});
+    EXPECT_EQ(table.text(plain(), 0), "TEXT  STATE\n33\xC2\xB0   present\n1234  missing\n");
+}
+
+TEST(Table, goesOnBelowTheLastCellWhereTheTerminalIsTooNarrow) {
+    Table table({{"FOV", true}, {"HZ"}});
+    table.add({{"33"}, {"27 32 80 100 120"}});
+    EXPECT_EQ(table.text(plain(), 15),
+              "FOV  HZ\n"
+              " 33  27 32 80\n"
+              "     100 120\n");
+}
+
+TEST(Table, breaksAWordThatIsWiderThanItsRoom) {
+    Table table({{"FOV", true}, {"TEXT"}});
+    table.add({{"33"}, {"abcdefghijkl"}});
+    EXPECT_EQ(table.text(plain(), 13), "FOV  TEXT\n 33  abcdefgh\n     ijkl\n");
+}
+
+TEST(Table, leavesTheLastCellWholeWhereNobodyCountsColumns) {
+    Table table({{"A"}, {"B"}});
+    table.add({{"1"}, {std::string(500, 'b')}});
+    EXPECT_EQ(table.text(plain(), 0), "A  B\n1  " + std::string(500, 'b') + "\n");
+}
+
+TEST(Table, colorsCellsWithoutCountingTheCodes) {
+    Output output;
+    output.color = Color::kAlways;
+    Table table({{"A"}, {"B"}});
+    table.add({{"1", Style::kBad}, {"2"}});
+    EXPECT_EQ(table.text(output, 0), "\033[1mA\033[0m  \033[1mB\033[0m\n\033[31m1\033[0m  2\n");
+}
+
+}  // namespace
