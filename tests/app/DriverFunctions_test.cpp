@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "app/Driver.h"
+#include "support/BuildPaths.h"
 #include "support/Sandbox.h"
 
 namespace {

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/BuildPaths.h"
 #include "support/ExpectedDocument.h"
 #include "support/LogText.h"
 #include "support/Sandbox.h"

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/BuildPaths.h"
 #include "support/ExpectedDocument.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"

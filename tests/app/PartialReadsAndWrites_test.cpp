@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/BuildPaths.h"
 #include "support/ExpectedDocument.h"
 #include "support/Sandbox.h"
 #include "support/UsbTree.h"

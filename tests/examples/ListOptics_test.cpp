@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "support/BuildPaths.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {

@@ -15,6 +15,7 @@
 #include "sdk/IRLogger.h"
 #include "sdk/Logger.h"
 #include "sdk/SimpleXML.h"
+#include "support/BuildPaths.h"
 #include "support/TestFiles.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "imgproc/Cali.h"
 #include "sdk/base/FileRead.h"
 #include "sdk/xml/DocumentText.h"
+#include "support/BuildPaths.h"
 #include "support/TestFiles.h"
 
 namespace {

@@ -17,6 +17,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/BuildPaths.h"
 #include "support/CaliDescriptions.h"
 #include "support/Locales.h"
 #include "support/LogLines.h"

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/BuildPaths.h"
 #include "support/Locales.h"
 #include "support/ReaderComparison.h"
 #include "support/TestFiles.h"

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "sdk/SimpleXML.h"
+#include "support/BuildPaths.h"
 #include "support/LoadedDocument.h"
 #include "support/LogCapture.h"
 #include "support/TestFiles.h"

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/BuildPaths.h"
 #include "support/LoadedDocument.h"
 #include "support/Locales.h"
 

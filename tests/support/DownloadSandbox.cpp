@@ -22,6 +22,7 @@
 #include <system_error>
 
 #include "sdk/IRLogger.h"
+#include "support/BuildPaths.h"
 #include "support/LogText.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "support/BuildPaths.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {

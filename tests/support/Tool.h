@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "support/BuildPaths.h"
 #include "support/LogText.h"
 #include "support/Sandbox.h"
 

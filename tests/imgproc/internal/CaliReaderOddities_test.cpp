@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/BuildPaths.h"
 #include "support/CaliDescriptions.h"
 #include "support/TestFiles.h"
 

@@ -14,6 +14,7 @@
 
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
+#include "support/BuildPaths.h"
 #include "support/ExpectedDocument.h"
 #include "support/Locales.h"
 #include "support/LogText.h"
