@@ -1,8 +1,18 @@
-# Installs the tool, the library and its public headers, and what find_package(thermika) needs.
+# Installs the tool, the library and its public headers, what find_package(thermika) and pkg-config
+# need, and the directory of the cameras' files.
 include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
 
 install(TARGETS thermika-genconfig)
+
+target_include_directories(thermika INTERFACE
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/thermika>)
 install(TARGETS thermika EXPORT thermikaTargets)
+if(BUILD_SHARED_LIBS)
+    # For distributors who want both forms: cmake --install BUILD --component static
+    set_target_properties(thermika-internal PROPERTIES OUTPUT_NAME thermika)
+    install(TARGETS thermika-internal COMPONENT static EXCLUDE_FROM_ALL)
+endif()
 # The Tag headers belong to the reader's inside, which its header holds by value.
 foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Timer xml/TagIndex
         xml/TagPrint xml/TagSearch)
@@ -10,11 +20,38 @@ foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Time
     install(FILES src/sdk/${header}.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk/${folder})
 endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/generated/public/sdk/Version.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
 install(FILES src/imgproc/Cali.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/imgproc)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/thermika)
 install(EXPORT thermikaTargets NAMESPACE thermika:: FILE thermikaConfig.cmake
     DESTINATION ${package_dir})
-write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/thermikaConfigVersion.cmake
-    COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
+
+# Paths in the .pc file start at its own folder, so that the installed tree may be moved; absolute
+# directories stay as they are.
+set(pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH pc_prefix ${pc_dir} ${CMAKE_INSTALL_PREFIX})
+    string(PREPEND pc_prefix "\${pcfiledir}/")
+    string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
+endif()
+cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR} thermika)
+configure_file(cmake/thermika.pc.in thermika.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/thermika.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# It lies outside the prefix, where not everybody may write: then whoever installs is told.
+install(CODE "
+    set(dir \"\$ENV{DESTDIR}${THERMIKA_DATA_DIR}/cali\")
+    execute_process(COMMAND \${CMAKE_COMMAND} -E make_directory \"\${dir}\"
+        RESULT_VARIABLE status ERROR_QUIET)
+    if(NOT status EQUAL 0)
+        message(WARNING \"cannot create \${dir}: it is for the cameras' calibration files \"
+            \"(create it as root, or set THERMIKA_DATA_DIR)\")
+    endif()")

@@ -1,11 +1,57 @@
 # What every target built here shares: warnings, hardening, and sanitizers where they were asked for.
+# Flags that only some machines know are tried first.
 option(THERMIKA_HARDENING "Harden what is built (optimised builds without sanitizers)" ON)
+
+include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
+include(CMakePushCheckState)
+
+# Indirect branches land on marked places only: x86 and 64-bit ARM, each in its own words.
+check_cxx_compiler_flag(-fcf-protection=full THERMIKA_HAS_CF_PROTECTION)
+check_cxx_compiler_flag(-mbranch-protection=standard THERMIKA_HAS_BRANCH_PROTECTION)
+set(THERMIKA_BRANCH_FLAGS
+    $<$<BOOL:${THERMIKA_HAS_CF_PROTECTION}>:-fcf-protection=full>
+    $<$<BOOL:${THERMIKA_HAS_BRANCH_PROTECTION}>:-mbranch-protection=standard>)
+
+# A distribution's own level of FORTIFY stays, whether its compiler or its flags set it.
+cmake_push_check_state(RESET)
+set(CMAKE_REQUIRED_FLAGS -O2)
+check_cxx_source_compiles("
+#ifndef _FORTIFY_SOURCE
+#error none is set
+#endif
+int main() {}" THERMIKA_FORTIFY_IS_SET)
+cmake_pop_check_state()
+
+# Position-independent where the machine has the start-up code for it: the kernel loads the tool at
+# another address every time.
+if(THERMIKA_STATIC)
+    set(program "#include <iostream>\nint main() { std::cout << 1; }")
+    cmake_push_check_state(RESET)
+    set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
+    check_cxx_source_compiles("${program}" THERMIKA_LINKS_STATIC_PIE)
+    set(CMAKE_REQUIRED_LINK_OPTIONS -static)
+    check_cxx_source_compiles("${program}" THERMIKA_LINKS_STATIC)
+    cmake_pop_check_state()
+    if(THERMIKA_LINKS_STATIC_PIE)
+        set(THERMIKA_STATIC_LINKING -static-pie)
+    elseif(THERMIKA_LINKS_STATIC)
+        set(THERMIKA_STATIC_LINKING -static)
+    else()
+        message(STATUS "No static C++ library here: the tool is linked dynamically")
+        set(THERMIKA_STATIC OFF)
+    endif()
+endif()
 
 function(thermika_settings target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow
         -ffunction-sections -fdata-sections
         $<$<BOOL:${THERMIKA_WARNINGS_AS_ERRORS}>:-Werror>)
+    # Files and times beyond 2 GiB and the year 2038 on 32-bit machines too.
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+    endif()
     if(THERMIKA_ANALYZER)
         # g++ 12 takes a value that a function returns in place for uninitialised, and the memory of
         # a std::vector for null; memcheck and clang's analyzer look for these instead.
@@ -18,11 +64,12 @@ function(thermika_settings target)
             $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignored>)
         target_link_options(${target} PUBLIC -fsanitize=${THERMIKA_SANITIZERS})
     elseif(THERMIKA_HARDENING)
-        # FORTIFY works in optimised code only; distributions may have set a level of their own.
-        target_compile_options(${target} PRIVATE
-            $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
-            $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>
-            -fstack-protector-strong -fcf-protection=full)
+        target_compile_options(${target} PRIVATE -fstack-protector-strong ${THERMIKA_BRANCH_FLAGS})
+        # It works in optimised code only.
+        if(NOT THERMIKA_FORTIFY_IS_SET)
+            target_compile_definitions(${target} PRIVATE
+                $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+        endif()
         target_link_options(${target} PRIVATE
             -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
     endif()

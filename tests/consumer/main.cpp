@@ -6,10 +6,12 @@
 #include <sdk/SimpleXML.h>
 #include <sdk/StringHelpers.h>
 #include <sdk/Timer.h>
+#include <sdk/Version.h>
 
 #include <cstdio>
 
 int main() {
-    std::printf("%i optics, formats in %s\n", ConfigCali::getInstance()->getOpticsCount(),
+    std::printf("%s: %i optics, formats in %s\n", dax::kVersion,
+                ConfigCali::getInstance()->getOpticsCount(),
                 dax::IRCalibrationManager::getInstance()->getFormatsDir());
 }

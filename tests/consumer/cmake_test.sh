@@ -1,0 +1,24 @@
+#!/bin/sh
+# Somebody else's project finds the installed package with CMake, builds against it and runs.
+# Environment: THERMIKA_SOURCE, THERMIKA_BUILD, THERMIKA_VERSION; what CMake itself reads.
+. "${0%/*}/install.sh"
+
+quietly cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/build" \
+    -DCMAKE_PREFIX_PATH="$prefix"
+quietly cmake --build "$work/build"
+printed=$("$work/build/consumer")
+[ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
+    fail "the consumer printed: $printed"
+[ -d "$work/root$THERMIKA_DATA_DIR/cali" ] || fail 'no directory for the cameras'
+
+# The interface may change with the second number: 0.2 is no 0.1.
+for wanted in 0.0 0.2 1.0; do
+    if cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/other" \
+        -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_WANTS=$wanted >"$work/log" 2>&1; then
+        fail "the package passes for version $wanted"
+    fi
+    grep -q "compatible with requested version \"$wanted\"" "$work/log" || {
+        cat "$work/log" >&2
+        fail "version $wanted is refused for another reason"
+    }
+done
