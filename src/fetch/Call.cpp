@@ -1,0 +1,128 @@
+// What comes before the first byte of a source, and after the last one.
+#include "fetch/Call.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "fetch/FileName.h"
+
+namespace thermika::fetch {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTellEvery{100};
+constexpr std::size_t kMaxSerialDigits = 20;  // of 64 bits
+
+bool isSerial(const std::string& text) {
+    return !text.empty() && text.size() <= kMaxSerialDigits &&
+           text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+}  // namespace
+
+Call::Call(const Request& request, bool isPlan)
+    : m_request(request),
+      m_isPlan(isPlan),
+      m_stop(request.limits.total, request.cancel),
+      m_destination(request.directory),
+      m_allowance{request.limits.fileBytes, request.limits.totalBytes} {
+    addFiles();
+}
+
+void Call::addFiles() {
+    std::unordered_set<std::string> seen;
+    for (const std::string& name : m_request.names) {
+        if (!seen.insert(name).second) continue;
+        FileReport file;
+        file.name = name;
+        file.reason = nameRefusal(name);
+        if (file.reason.empty() && m_report.files.size() >= limits().files)
+            file.reason = "more than " + std::to_string(limits().files) + " files are asked for";
+        if (file.reason.empty()) {
+            file.destination = m_destination.pathOf(name);
+            ++m_open;
+        } else {
+            file.outcome = Outcome::kRefused;
+        }
+        m_report.files.push_back(std::move(file));
+    }
+    m_progress.files = m_report.files.size();
+}
+
+bool Call::prepare() {
+    if (!isSerial(m_request.serial))
+        setProblem("the serial number \"" + m_request.serial + "\" is not 1 to 20 decimal digits");
+    else if (m_request.directory.empty())
+        setProblem("no destination directory is given");
+    if (hasProblem()) return false;
+
+    for (const FileReport& file : m_report.files)
+        if (file.outcome == Outcome::kRefused) {
+            ++m_progress.filesDone;
+            tell(&file);
+        }
+    if (m_destination.openExisting()) {
+        if (!m_isPlan) m_destination.removeLeftovers();
+        if (!m_request.replacePresent) settlePresent();
+    }
+    if (m_open == 0 || m_stop.isDue()) return false;
+    if (!m_isPlan) setProblem(m_destination.openForWriting());
+    return !hasProblem();
+}
+
+void Call::settlePresent() {
+    for (FileReport* const file : wanted())
+        if (const auto bytes = m_destination.presentBytes(file->name)) {
+            file->bytes = *bytes;
+            end(*file, Outcome::kPresent);
+        }
+}
+
+std::vector<FileReport*> Call::wanted() {
+    std::vector<FileReport*> open;
+    for (FileReport& file : m_report.files)
+        if (file.outcome == Outcome::kNotTried) open.push_back(&file);
+    return open;
+}
+
+void Call::end(FileReport& file, Outcome outcome, const std::string& reason) {
+    file.outcome = outcome;
+    file.reason = reason;
+    m_hasInstalled = m_hasInstalled || outcome == Outcome::kFetched;
+    --m_open;
+    ++m_progress.filesDone;
+    tell(&file);
+}
+
+void Call::received(std::uint64_t bytes) {
+    m_progress.bytes += bytes;
+    tick();
+}
+
+void Call::tick() {
+    if (Stop::Clock::now() - m_lastTold >= kTellEvery) tell(nullptr);
+}
+
+void Call::tell(const FileReport* ended) {
+    m_lastTold = Stop::Clock::now();
+    if (m_isPlan || !m_request.progress) return;
+    m_progress.ended = ended;
+    m_request.progress(m_progress);
+}
+
+Report Call::finish() {
+    const std::string reason = hasProblem() ? m_report.problem : m_stop.reason();
+    for (FileReport* const file : wanted()) file->reason = reason;
+    if (m_hasInstalled) setProblem(m_destination.sync());
+    return std::move(m_report);
+}
+
+bool Report::isComplete() const {
+    return problem.empty() && std::all_of(files.begin(), files.end(), [](const FileReport& file) {
+               return file.outcome == Outcome::kFetched || file.outcome == Outcome::kPresent ||
+                      file.outcome == Outcome::kPlanned;
+           });
+}
+
+}  // namespace thermika::fetch

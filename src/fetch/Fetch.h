@@ -1,0 +1,143 @@
+// Fetching a camera's calibration files safely: from the vendor's server, a mirror of it or a
+// folder. No byte that a source supplies reaches a shell, leaves the destination directory or is
+// installed half. Does not decide which files a camera needs, and prints nothing.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace thermika::fetch {
+
+/// Address of the links document on the vendor's server that this library was built for.
+std::string vendorLinksAddress();
+
+/// The vendor's server. Its links document (64 KiB at most) names the base address of the files.
+struct VendorServer {
+    std::string linksAddress = vendorLinksAddress();
+};
+
+/// A server with the vendor's layout: <base>/14/1408/Califiles SN14080045/<file>.
+struct Mirror {
+    std::string baseAddress;
+};
+
+/// A tree of folders that is searched to any depth for regular files; links are not followed. Of
+/// several files with one name the first that can be used counts: a folder's own files before those
+/// in its subfolders, subfolders by the bytes of their names.
+struct Folder {
+    std::string path;
+};
+
+/// Addresses are http or https, without user name, password, query and fragment. White space around
+/// them is ignored; blanks and bytes above 127 in their path are encoded.
+using Source = std::variant<VendorServer, Mirror, Folder>;
+
+struct Limits {
+    unsigned jobs = 4;                          ///< transfers at a time, 1 to 64
+    unsigned retries = 3;                       ///< more tries of one file, 100 at most
+    std::chrono::milliseconds firstPause{500};  ///< before a retry; doubles to 30 s
+    std::chrono::seconds idle{30};              ///< without a byte, or to connect; 1 at least
+    std::chrono::seconds total{3600};           ///< of the whole call; 0: no limit
+    std::uint64_t fileBytes = std::uint64_t{64} << 20;  ///< of one file
+    std::uint64_t totalBytes = std::uint64_t{4} << 30;  ///< of all files that a call installs
+    std::size_t files = 20000;                          ///< names of one call
+};
+
+enum class Outcome {
+    kFetched,   ///< installed: whole, checked and on the disk
+    kPresent,   ///< was there already: a regular file that is not empty
+    kPlanned,   ///< plan(): would be fetched
+    kRefused,   ///< against a rule about names or numbers; not tried
+    kMissing,   ///< the source does not have it (404 or 410; in no folder)
+    kFailed,    ///< tried in vain
+    kNotTried,  ///< the call ended before: cancelled, out of time, or Report::problem says why
+};
+
+/// Texts hold bytes of sources and names as they are, control bytes included: escape before print.
+struct FileReport {
+    std::string name;
+    Outcome outcome = Outcome::kNotTried;
+    std::string reason;       ///< why not, in English; "" when fetched, present or planned
+    std::string source;       ///< address or path; "" when there is none
+    std::string destination;  ///< path; "" when the name is refused
+    long httpStatus = 0;      ///< the last answer's; 0 without one
+    std::uint64_t bytes = 0;  ///< of the file; 0 when it is not there
+    unsigned tries = 0;
+};
+
+struct Progress {
+    std::size_t files = 0;              ///< that this call is about
+    std::size_t filesDone = 0;          ///< with an outcome, whichever
+    std::uint64_t bytes = 0;            ///< received so far, retries included
+    std::uint64_t bytesAnnounced = 0;   ///< of the files begun so far
+    const FileReport* ended = nullptr;  ///< the file that just got its outcome, if one did
+};
+
+struct Request {
+    std::string serial;              ///< the camera's, 1 to 20 decimal digits
+    std::vector<std::string> names;  ///< one path component each; a repeated name counts once
+    Source source;
+    /// Destination. A relative path counts from the working directory at the time of the call.
+    std::string directory;
+    bool replacePresent = false;  ///< fetch also what is there already
+    Limits limits;
+    /// PEM file of the certificate authorities to trust instead of the system's.
+    std::string caFile;
+    /// Called in the calling thread, once for each file and about ten times a second while bytes
+    /// arrive. What it throws ends the call and comes out of it; files installed by then stay.
+    std::function<void(const Progress&)> progress;
+    /// The call ends within a second or so after this is true. May be set by a signal handler.
+    const std::atomic<bool>* cancel = nullptr;
+};
+
+struct Report {
+    std::string problem;            ///< why no file could be tried; "" otherwise
+    std::vector<FileReport> files;  ///< in the order of the request
+    bool isComplete() const;        ///< no problem, and every file is fetched, present or planned
+};
+
+/// Brings the files into the directory, which is created with its parents (mode 0755) when absent.
+/// Each arrives in a file of its own there, ".thermika-fetch-*.part", is checked, given mode 0644,
+/// written to the disk and renamed: under its final name is the whole old or the whole new file at
+/// any time. A link under that name is replaced. Part files of calls that were killed are removed,
+/// those of calls that are running are not.
+///
+/// An answer counts when its status is 200, it is not empty, it is as long as announced (a body
+/// that merely ends with its connection is not taken), and it is not content-encoded. At most 5
+/// redirects, to http and https. Certificates are verified. Tried again is what can pass: broken
+/// connections, time limits, statuses 408, 429 and 5xx.
+///
+/// Errors come back in the report; out of memory throws std::bad_alloc, and `progress` may throw.
+/// May be called in any thread, by several at once, also for one directory.
+/// Process: libcurl is initialised once and stays; SIGPIPE is held back in the calling thread
+/// during the call. Proxy variables are read as curl does (http_proxy, https_proxy, HTTPS_PROXY,
+/// all_proxy, ALL_PROXY, no_proxy, NO_PROXY), and libcurl heeds SSLKEYLOGFILE; nothing else of the
+/// environment and no settings file is read.
+Report fetch(const Request& request);
+
+/// What fetch() would do, source and destination of each file. Nothing is created or changed on
+/// disk; of servers only the vendor's is asked, for its links document. `progress` is not called.
+Report plan(const Request& request);
+
+struct ProbeReport {
+    bool answers = false;  ///< with any status; a folder: it can be read
+    std::string reason;    ///< why not, or what is wrong with the answer; "" otherwise
+    std::string address;   ///< that was asked; a folder's path
+    std::string base;      ///< the vendor's server: base address in its links document
+    long httpStatus = 0;   ///< 0 without an answer
+    std::chrono::microseconds connected{0};  ///< until the connection stood
+    std::chrono::microseconds answered{0};   ///< until the first byte of the answer
+};
+
+/// Asks the source once whether it answers, without retries: the vendor's server for its links
+/// document, a mirror for its base address, a folder for its entries. Uses of `request` only
+/// source, limits, caFile and cancel. Otherwise as fetch().
+ProbeReport probe(const Request& request);
+
+}  // namespace thermika::fetch

@@ -1,0 +1,54 @@
+// Requests that do not wait longer than a test needs.
+#include "fetch/support/FetchTest.h"
+
+#include <chrono>
+#include <utility>
+
+namespace thermika_test {
+
+using thermika::fetch::Outcome;
+
+thermika::fetch::Request requestFor(const std::vector<std::string>& names,
+                                    thermika::fetch::Source source, const std::string& directory) {
+    thermika::fetch::Request request;
+    request.serial = "14080045";
+    request.names = names;
+    request.source = std::move(source);
+    request.directory = directory;
+    request.limits.firstPause = std::chrono::milliseconds(1);
+    request.limits.idle = std::chrono::seconds(1);
+    request.limits.total = std::chrono::seconds(30);
+    return request;
+}
+
+std::string wordFor(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::kFetched:
+            return "fetched";
+        case Outcome::kPresent:
+            return "present";
+        case Outcome::kPlanned:
+            return "planned";
+        case Outcome::kRefused:
+            return "refused";
+        case Outcome::kMissing:
+            return "missing";
+        case Outcome::kFailed:
+            return "failed";
+        case Outcome::kNotTried:
+            return "not tried";
+    }
+    return "no outcome";
+}
+
+std::string linesOf(const thermika::fetch::Report& report) {
+    std::string lines;
+    if (!report.problem.empty()) lines = "problem: " + report.problem + "\n";
+    for (const thermika::fetch::FileReport& file : report.files) {
+        lines += file.name + ": " + wordFor(file.outcome);
+        lines += file.reason.empty() ? "\n" : ", " + file.reason + "\n";
+    }
+    return lines;
+}
+
+}  // namespace thermika_test

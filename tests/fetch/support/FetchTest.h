@@ -1,0 +1,22 @@
+// What tests of the fetch library share: requests for one camera, and reports in a few words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "fetch/Fetch.h"
+
+namespace thermika_test {
+
+/// Camera 14080045, one try a millisecond after another, one second without a byte at most.
+thermika::fetch::Request requestFor(const std::vector<std::string>& names,
+                                    thermika::fetch::Source source, const std::string& directory);
+
+/// "fetched", "present", "planned", "refused", "missing", "failed" or "not tried".
+std::string wordFor(thermika::fetch::Outcome outcome);
+
+/// A line for the problem, if there is one, and for each file: its name, its outcome and, where
+/// there is one, the reason.
+std::string linesOf(const thermika::fetch::Report& report);
+
+}  // namespace thermika_test
