@@ -6,10 +6,22 @@
 # changes.
 #
 # usage: examples/demo.sh TOOL [FETCH HOST]
+#        examples/demo.sh --check              only whether the system allows such namespaces
+# status: 71 when it does not
 set -eu
 
+# Root needs no user namespace, which a system may forbid although it allows the others.
 if [ "${DEMO_INSIDE-}" != yes ]; then
-    DEMO_INSIDE=yes exec unshare --user --map-root-user --mount --net "$0" "$@"
+    for user in '' '--user --map-root-user'; do
+        # shellcheck disable=SC2086
+        if unshare $user --mount --net mount -t tmpfs tmpfs /sys 2>/dev/null; then
+            [ "$1" != --check ] || exit 0
+            DEMO_INSIDE=yes exec unshare $user --mount --net sh "$0" "$@"
+        fi
+    done
+    echo "This system does not allow private mount and network namespaces, in which the" \
+        "demonstration and the tests run: become root, or allow user namespaces." >&2
+    exit 71
 fi
 tool=$1
 fetch=${2-}
@@ -43,7 +55,7 @@ add_device "$hub/1-2/1-2:1.0" bInterfaceNumber=00
 mkdir -p /usr/share/libthermika/cali
 echo "$description" >/usr/share/libthermika/cali/Cali-14080045.xml
 
-echo "A camera on the bus: $(ls /sys/bus/usb/devices | tr '\n' ' ')" >&2
+echo "A camera on the bus: $(cd /sys/bus/usb/devices && echo *)" >&2
 [ -n "$fetch" ] || exec "$tool"
 "$tool"
 
@@ -55,7 +67,15 @@ cd / # the working directory may be below /tmp as well
 mount -t tmpfs tmpfs /tmp
 ip link set lo up
 echo "127.0.0.1 localhost $host" >/usr/share/hosts
-mount --bind /usr/share/hosts /etc/hosts
+if [ -e /etc/hosts ]; then
+    mount --bind /usr/share/hosts /etc/hosts
+else
+    # A bare system has no such file to mount over: cover /etc with links to all it holds.
+    mkdir /usr/share/etc /usr/share/covered-etc
+    mount --rbind /etc /usr/share/covered-etc
+    ln -s /usr/share/covered-etc/* /usr/share/hosts /usr/share/etc
+    mount --bind /usr/share/etc /etc
+fi
 # wget keeps quiet and does not see this machine's settings.
 echo 'quiet = on' >/usr/share/wgetrc
 export SYSTEM_WGETRC=/usr/share/wgetrc HOME=/usr/share
@@ -99,10 +119,10 @@ echo
 echo "Downloading the camera's files from http://$host, which is this machine here:"
 mkdir /usr/share/downloaded
 "$fetch" download /usr/share/downloaded 14080045
-echo "files now: $(ls /usr/share/downloaded | wc -l)"
+echo "files now: $(find /usr/share/downloaded -type f | wc -l)"
 
 echo
 echo "Copying them from that folder:"
 mkdir /usr/share/copied
 "$fetch" copy /usr/share/copied 14080045 /usr/share/downloaded
-echo "files now: $(ls /usr/share/copied | wc -l)"
+echo "files now: $(find /usr/share/copied -type f | wc -l)"

@@ -5,6 +5,7 @@
 set -eu
 demo=$1/examples/demo.sh
 tool=$2 fetch=$3 host=$4
+[ -d "${TMPDIR-/tmp}" ] || unset TMPDIR
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -24,7 +25,7 @@ cmp "$work/alone" "$work/out" || fail 'the download writes to standard output'
 grep -q '<serial>14080045</serial>' "$work/out" || fail 'the document names another camera'
 
 cat >"$work/expected" <<TEXT
-A camera on the bus: 1-0:1.0 1-1 1-1:1.0 1-2 1-2:1.0 usb1 
+A camera on the bus: 1-0:1.0 1-1 1-1:1.0 1-2 1-2:1.0 usb1
 
 Downloading the camera's files from http://$host, which is this machine here:
 missing before:
