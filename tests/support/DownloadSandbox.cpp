@@ -53,6 +53,26 @@ void cover(const std::string& target, const std::string& file) {
         fail("cannot mount over " + target);
 }
 
+/// The file's name is to be one that programs look up in /etc. Where /etc has no such file to mount
+/// over, as on a bare system, /etc is covered with links to all it holds, and the file among them.
+void coverInEtc(const std::string& name, std::string_view bytes) {
+    const std::string file = worldFile(name, bytes);
+    if (fs::exists("/etc/" + name)) {
+        cover("/etc/" + name, file);
+        return;
+    }
+    const std::string covered = std::string(kWorld) + "/covered-etc-" + name;
+    const std::string links = std::string(kWorld) + "/etc-" + name;
+    for (const std::string& dir : {covered, links}) fs::create_directory(dir);
+    // With what is mounted below it: a user namespace must not look under its parent's mounts.
+    if (mount("/etc", covered.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0)
+        fail("cannot mount /etc elsewhere");
+    for (const auto& entry : fs::directory_iterator(covered))
+        fs::create_symlink(entry.path(), fs::path(links) / entry.path().filename());
+    fs::create_symlink(file, fs::path(links) / name);
+    cover("/etc", links);
+}
+
 void bringLoopbackUp() {
     const int handle = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     ifreq request{};
@@ -82,10 +102,8 @@ DownloadSandbox::DownloadSandbox() {
     worldFile("wgetrc", "quiet = on\ntries = 2\nwaitretry = 0\n");
     // The sources may lie below /tmp, which is about to be hidden.
     writeFile(kServerScript, readFile(THERMIKA_TEST_SUPPORT "/file-server.py"));
-    cover("/etc/hosts",
-          worldFile("hosts", std::string("127.0.0.1 localhost ") + THERMIKA_DOWNLOAD_HOST + "\n"));
-    if (fs::exists("/etc/nsswitch.conf"))
-        cover("/etc/nsswitch.conf", worldFile("nsswitch.conf", "hosts: files\n"));
+    coverInEtc("hosts", std::string("127.0.0.1 localhost ") + THERMIKA_DOWNLOAD_HOST + "\n");
+    coverInEtc("nsswitch.conf", "hosts: files\n");
     mountEmptyFolder("/tmp");
     bringLoopbackUp();
 }

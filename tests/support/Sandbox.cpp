@@ -106,7 +106,8 @@ void enterNamespaces() {
         writeProcFile("/proc/self/uid_map", "0 " + uid + " 1");
         writeProcFile("/proc/self/gid_map", "0 " + gid + " 1");
     } else if (unshare(kMountsAndNetwork) != 0) {  // possible for root, where users have none
-        fail("no private namespaces here (are user namespaces allowed?): unshare");
+        fail(
+            "this system does not allow private namespaces: become root, or allow user namespaces");
     }
     if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) fail("private mounts");
 }

@@ -21,9 +21,11 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
+/// TMPDIR may name a folder that is not there.
 std::string namePattern() {
-    return (std::filesystem::absolute(std::filesystem::temp_directory_path()) / "thermika-XXXXXX")
-        .string();
+    std::error_code isMissing;
+    const auto folder = std::filesystem::temp_directory_path(isMissing);
+    return (isMissing ? "/tmp" : std::filesystem::absolute(folder)) / "thermika-XXXXXX";
 }
 
 /// A file without a name, so that nothing is left behind when the test crashes.
