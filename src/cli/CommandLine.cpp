@@ -28,6 +28,7 @@ struct CommandRow {
 
 constexpr CommandRow kCommands[] = {
     {"optics", "List a camera's optics, their temperature ranges and frame rates", addOptics},
+    {"validate", "Say what is wrong with a configuration document", addValidate},
 };
 
 constexpr const char* kDefaultDirectory = "/usr/share/libthermika/cali";

@@ -12,5 +12,6 @@ namespace thermika::cli {
 // and returns what runs it once they were read.
 
 Run addOptics(CLI::App& command);
+Run addValidate(CLI::App& command);
 
 }  // namespace thermika::cli

@@ -1,0 +1,22 @@
+// Whether field of view and limits that a configuration document asks for are ones that the camera
+// was calibrated for.
+#pragma once
+
+#include <vector>
+
+#include "cli/ValidateDocument.h"
+#include "cli/ValidateFinding.h"
+#include "sdk/IRCalibrationManager.h"
+
+namespace thermika::cli {
+
+/// Whether the document chooses anything that has to be compared with the camera's optics.
+bool choosesOptics(const ImagerSettings& settings);
+
+/// `optics` as IRCalibrationManager::getAvailableOptics() lists them: limits without fractions, as
+/// the document has them. A document without a text, or with an empty one, means every optics of its
+/// field of view; one that chooses nothing has no findings.
+std::vector<Finding> checkChoice(const ImagerSettings& settings,
+                                 const std::vector<dax::OpticsEntry>& optics);
+
+}  // namespace thermika::cli

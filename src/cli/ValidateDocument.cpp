@@ -1,0 +1,268 @@
+// Markup first; then what stands where it does not belong is noted and taken out of the tree, so
+// that the schema's validator, which has the last word, comes to everything else.
+#include "cli/ValidateDocument.h"
+
+#include <libxml/tree.h>
+#include <libxml/xmlschemas.h>
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <new>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "cli/ValidateMarkup.h"
+#include "cli/ValidateNames.h"
+#include "cli/ValidateSchema.h"
+
+namespace thermika::cli {
+
+namespace {
+
+constexpr std::string_view kInstanceNamespace = "http://www.w3.org/2001/XMLSchema-instance";
+
+struct ValidatorDeleter {
+    void operator()(xmlSchemaValidCtxt* context) const { xmlSchemaFreeValidCtxt(context); }
+};
+
+std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
+
+bool isElement(const xmlNode* node) { return node->type == XML_ELEMENT_NODE; }
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const std::size_t from = text.find_first_not_of(kBlanks);
+    if (from == std::string_view::npos) return {};
+    return text.substr(from, text.find_last_not_of(kBlanks) + 1 - from);
+}
+
+void removeNode(xmlNode* node) {
+    xmlUnlinkNode(node);
+    xmlFreeNode(node);
+}
+
+class Checker {
+public:
+    explicit Checker(Markup markup) : m_markup(std::move(markup)) {}
+
+    DocumentFindings run() {
+        xmlNode* const root = xmlDocGetRootElement(m_markup.document.get());
+        if (isRootRight(root)) {
+            checkPlaces(root);
+            validate();
+            readSettings(root);
+        }
+        auto& findings = m_result.findings;
+        std::stable_sort(findings.begin(), findings.end(),
+                         [](const Finding& a, const Finding& b) { return a.line < b.line; });
+        if (findings.size() > kMostFindings) findings.resize(kMostFindings);
+        return std::move(m_result);
+    }
+
+private:
+    void add(long line, std::string wrong, std::string right) {
+        m_result.findings.push_back({line, std::move(wrong), std::move(right)});
+    }
+
+    long lineOf(const xmlNode* node) const {
+        const auto at = m_markup.lines.find(node);
+        return at == m_markup.lines.end() ? 1 : at->second;
+    }
+
+    bool isRootRight(const xmlNode* root) {
+        const std::string& expected = m_schema.elements().front().name;
+        const std::string name = nameOf(root);
+        if (name != expected) {
+            add(lineOf(root), "the root element is " + tag(name), "make it " + tag(expected));
+            return false;
+        }
+        if (root->ns != nullptr) {
+            add(lineOf(root), tag(name) + " is in a namespace", "remove its attribute xmlns");
+            return false;
+        }
+        return true;
+    }
+
+    /// Texts, elements and attributes of a container that do not belong there.
+    void checkPlaces(xmlNode* container) {
+        const std::string name = nameOf(container);
+        checkAttributes(container);
+        std::set<std::string> seen;
+        for (xmlNode *child = container->children, *next = nullptr; child != nullptr;
+             child = next) {
+            next = child->next;
+            if (xmlNodeIsText(child) != 0) {
+                checkText(child);
+                continue;
+            }
+            if (!isElement(child)) continue;
+            const SchemaElement* const known =
+                child->ns == nullptr ? m_schema.find(nameOf(child)) : nullptr;
+            if (known != nullptr && known->parent == name && seen.insert(known->name).second) {
+                if (known->isContainer)
+                    checkPlaces(child);
+                else
+                    checkAttributes(child);
+                continue;
+            }
+            reportPlace(child, known, name);
+            removeNode(child);
+        }
+    }
+
+    void checkText(xmlNode* text) {
+        const auto at = m_markup.lines.find(text);
+        if (at == m_markup.lines.end()) return;
+        const std::string content = contentOf(text);
+        const std::string_view shown = trimmed(content);
+        if (shown == "-->")
+            add(at->second, "\"-->\" ends no comment",
+                "of the two comment lines around the suggested field of view, remove both or none");
+        else
+            add(at->second, "the text " + quoted(shown) + " stands between elements",
+                "remove it, or put it between \"<!--\" and \"-->\"");
+        removeNode(text);
+    }
+
+    void checkAttributes(xmlNode* element) {
+        for (xmlAttr *attribute = element->properties, *next = nullptr; attribute != nullptr;
+             attribute = next) {
+            next = attribute->next;
+            const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
+            const bool isOfSchemas =
+                attribute->ns != nullptr &&
+                reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace;
+            const std::string name = reinterpret_cast<const char*>(attribute->name);
+            // Where a schema lies is a hint for editors, which the validator would follow.
+            const bool isHint =
+                isOfSchemas && (name == "schemaLocation" || name == "noNamespaceSchemaLocation");
+            if (isOfSchemas && !isHint) continue;
+            if (!isHint)
+                add(lineOf(element),
+                    tag(nameOf(element)) + " has the attribute " + quoted(nameOf(node)),
+                    "remove it");
+            xmlRemoveProp(attribute);
+        }
+    }
+
+    void reportPlace(const xmlNode* element, const SchemaElement* known,
+                     const std::string& container) {
+        const std::string name = nameOf(element);
+        const long line = lineOf(element);
+        if (known == nullptr) {
+            const std::string nearest = nearestName(name, m_schema.elements());
+            add(line, "no element is named " + tag(name),
+                nearest.empty() ? "remove it; " + tag(container) + " holds " + childrenOf(container)
+                                : "write " + tag(nearest) + " or remove it");
+        } else if (known->parent == container) {
+            add(line, tag(name) + " stands here a second time", "keep one of them");
+        } else if (known->parent.empty()) {
+            add(line, tag(name) + " stands inside " + tag(container), "keep the outer one");
+        } else {
+            add(line, tag(name) + " does not belong into " + tag(container),
+                "move it into " + tag(known->parent));
+        }
+    }
+
+    std::string childrenOf(const std::string& container) const {
+        std::string names;
+        for (const SchemaElement& element : m_schema.elements())
+            if (element.parent == container) names += (names.empty() ? "" : ", ") + element.name;
+        return names;
+    }
+
+    void validate() {
+        const std::unique_ptr<xmlSchemaValidCtxt, ValidatorDeleter> context(
+            xmlSchemaNewValidCtxt(m_schema.get()));
+        if (!context) throw std::bad_alloc();
+        xmlSchemaSetValidStructuredErrors(
+            context.get(),
+            [](void* self, xmlError* error) { static_cast<Checker*>(self)->report(*error); }, this);
+        if (xmlSchemaValidateDoc(context.get(), m_markup.document.get()) < 0)
+            throw std::bad_alloc();
+    }
+
+    void report(const xmlError& error) {
+        const auto* const node = static_cast<const xmlNode*>(error.node);
+        if (node == nullptr || !m_wrongNodes.insert(node).second) return;
+        const std::string name = nameOf(node);
+        const SchemaElement* const known = m_schema.find(name);
+        if (known != nullptr && known->isContainer && reportMissing(node, name)) return;
+        if (known == nullptr || known->isContainer) {
+            add(lineOf(node), tag(name) + " is not as it should be",
+                "leave it as thermika config prints it");
+            return;
+        }
+        const std::string content = contentOf(node);
+        add(lineOf(node), tag(name) + (content.empty() ? " is empty" : " holds " + quoted(content)),
+            "give " + known->words);
+    }
+
+    bool reportMissing(const xmlNode* container, const std::string& name) {
+        bool isAnyMissing = false;
+        for (const SchemaElement& element : m_schema.elements()) {
+            if (element.parent != name || !element.isRequired ||
+                childOf(container, element.name) != nullptr)
+                continue;
+            isAnyMissing = true;
+            add(lineOf(container), tag(name) + " has no " + tag(element.name),
+                "add it with " + element.words);
+        }
+        return isAnyMissing;
+    }
+
+    static const xmlNode* childOf(const xmlNode* container, std::string_view name) {
+        const xmlNode* child = container->children;
+        while (child != nullptr && !(isElement(child) && nameOf(child) == name))
+            child = child->next;
+        return child;
+    }
+
+    bool isRight(const xmlNode* node) const {
+        return node != nullptr && m_wrongNodes.count(node) == 0;
+    }
+
+    void readSettings(const xmlNode* root) {
+        ImagerSettings& settings = m_result.settings;
+        settings.serial = number(childOf(root, "serial"));
+        settings.fovDeg = number(childOf(root, "fov"));
+        if (const xmlNode* const limits = childOf(root, "temperature")) {
+            settings.minTempC = number(childOf(limits, "min"));
+            settings.maxTempC = number(childOf(limits, "max"));
+        }
+        const xmlNode* const text = childOf(root, "optics_text");
+        if (isRight(text)) settings.opticsText = DocumentText{contentOf(text), lineOf(text)};
+    }
+
+    /// What the schema took for a whole number: blanks around it and a sign of plus may stand there.
+    std::optional<DocumentNumber> number(const xmlNode* node) const {
+        if (!isRight(node)) return std::nullopt;
+        const std::string content = contentOf(node);
+        std::string_view digits = trimmed(content);
+        if (!digits.empty() && digits.front() == '+') digits.remove_prefix(1);
+        DocumentNumber found{0, lineOf(node)};
+        std::from_chars(digits.data(), digits.data() + digits.size(), found.value);
+        return found;
+    }
+
+    const ImagerSchema& m_schema = ImagerSchema::instance();
+    Markup m_markup;
+    DocumentFindings m_result;
+    std::set<const xmlNode*> m_wrongNodes;
+};
+
+}  // namespace
+
+DocumentFindings checkDocument(std::string_view bytes) {
+    if (bytes.size() > kMostDocumentBytes)
+        return {{{1, "the document has " + std::to_string(bytes.size()) + " bytes",
+                  "begin with the one that thermika config prints"}},
+                {}};
+    Markup markup = parseMarkup(bytes);
+    if (markup.wrong) return {{std::move(*markup.wrong)}, {}};
+    return Checker(std::move(markup)).run();
+}
+
+}  // namespace thermika::cli

@@ -1,0 +1,170 @@
+// libxml2 parses; three of its steps are ours: a document type ends the parsing, elements and texts
+// are noted with their lines.
+#include "cli/ValidateMarkup.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/xmlerror.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <new>
+
+namespace thermika::cli {
+
+namespace {
+
+constexpr std::size_t kMostQuotedBytes = 80;
+constexpr std::string_view kBlanks = " \t\r\n";
+
+struct ContextDeleter {
+    void operator()(xmlParserCtxt* context) const {
+        if (context->myDoc != nullptr) xmlFreeDoc(context->myDoc);
+        xmlFreeParserCtxt(context);
+    }
+};
+using ContextPointer = std::unique_ptr<xmlParserCtxt, ContextDeleter>;
+
+struct XmlTextDeleter {
+    void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+std::string_view view(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+struct MessageRow {
+    int code;
+    const char* wrong;
+    const char* right;
+};
+
+constexpr const char* kCommentLines =
+    "end the comment that is open here with \"-->\" (of the two comment lines around the suggested "
+    "field of view, remove both or none)";
+constexpr const char* kAmpersand = "write \"&amp;\" for the character \"&\"";
+
+// What users of an editor get wrong; the parser's own words stand in for all others.
+constexpr MessageRow kMessages[] = {
+    {XML_ERR_DOCUMENT_EMPTY, "there is no document",
+     "begin with the one that thermika config prints"},
+    {XML_ERR_DOCUMENT_END, "something stands outside the root element", "end with </imager>"},
+    {XML_ERR_HYPHEN_IN_COMMENT, "\"--\" stands inside a comment", kCommentLines},
+    {XML_ERR_COMMENT_NOT_FINISHED, "a comment has no end", kCommentLines},
+    {XML_ERR_ENTITYREF_SEMICOL_MISSING, "a \"&\" stands alone", kAmpersand},
+    {XML_ERR_NAME_REQUIRED, "a \"&\" or \"<\" stands alone",
+     "write \"&amp;\" for the character \"&\" and \"&lt;\" for \"<\""},
+    {XML_ERR_UNDECLARED_ENTITY, "a \"&\" begins a name that is not known", kAmpersand},
+    {XML_ERR_TAG_NOT_FINISHED, "the document ends inside an element", "end with </imager>"},
+    {XML_ERR_INVALID_ENCODING, "a byte is no character of the document's encoding",
+     "save the document as UTF-8"},
+    {XML_ERR_INVALID_CHAR, "a character is not allowed in a document", "remove it"},
+};
+
+std::string trimmed(std::string_view text) {
+    const std::size_t from = std::min(text.find_first_not_of(kBlanks), text.size());
+    const std::size_t to = text.find_last_not_of(kBlanks) + 1;  // 0 when there is none
+    return std::string(text.substr(from, std::max(from, to) - from));
+}
+
+Finding findingOf(const xmlError& error) {
+    const long line = std::max(error.line, 1);
+    if (error.code == XML_ERR_TAG_NAME_MISMATCH && error.str1 != nullptr && error.str2 != nullptr) {
+        const std::string open = error.str1;
+        return {line,
+                "</" + std::string(error.str2) + "> stands where <" + open + "> of line " +
+                    std::to_string(error.int1) + " is still open",
+                "end <" + open + "> with </" + open + "> where it belongs"};
+    }
+    for (const MessageRow& row : kMessages)
+        if (row.code == error.code) return {line, row.wrong, row.right};
+    return {line, "the markup is wrong: " + trimmed(error.message != nullptr ? error.message : ""),
+            "correct it here or shortly before"};
+}
+
+/// What our steps of the parsing note.
+struct Notes {
+    std::optional<Finding> wrong;
+    std::map<const xmlNode*, long> lines;
+};
+
+Notes& notesOf(void* context) {
+    return *static_cast<Notes*>(static_cast<xmlParserCtxt*>(context)->_private);
+}
+
+void noteError(void* context, xmlError* error) {
+    Notes& notes = notesOf(context);
+    if (!notes.wrong && error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE)
+        notes.wrong = findingOf(*error);
+}
+
+void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    notesOf(context).wrong = {parser->input->line, "a document type declaration stands here",
+                              "remove everything from \"<!DOCTYPE\" to its \">\""};
+    xmlStopParser(parser);
+}
+
+void noteElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                 int namespaceCount, const xmlChar** namespaces, int attributeCount,
+                 int defaultedCount, const xmlChar** attributes) {
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                          defaultedCount, attributes);
+    if (parser->node != nullptr) notesOf(context).lines.emplace(parser->node, parser->input->line);
+}
+
+/// The parser has counted the lines of `text` already.
+void noteText(void* context, const xmlChar* text, int length) {
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    xmlSAX2Characters(context, text, length);
+    const std::string_view piece(reinterpret_cast<const char*>(text),
+                                 static_cast<std::size_t>(length));
+    const std::size_t first = piece.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos || parser->node == nullptr) return;
+    const auto linesBehind =
+        std::count(piece.begin() + static_cast<std::ptrdiff_t>(first), piece.end(), '\n');
+    notesOf(context).lines.emplace(parser->node->last, parser->input->line - linesBehind);
+}
+
+}  // namespace
+
+Markup parseMarkup(std::string_view bytes) {
+    Notes notes;
+    const ContextPointer context(xmlNewParserCtxt());
+    if (!context) throw std::bad_alloc();
+    context->_private = &notes;
+    context->sax->serror = noteError;
+    context->sax->internalSubset = refuseDocumentType;
+    context->sax->startElementNs = noteElement;
+    context->sax->characters = noteText;
+    context->sax->ignorableWhitespace = noteText;
+    DocumentPointer document(xmlCtxtReadMemory(context.get(), bytes.data(),
+                                               static_cast<int>(bytes.size()), nullptr, nullptr,
+                                               XML_PARSE_NONET | XML_PARSE_NOCDATA));
+    if (!document && context->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
+    if (!document && !notes.wrong)
+        notes.wrong =
+            Finding{1, "there is no document", "begin with the one that thermika config prints"};
+    if (notes.wrong) document.reset();
+    return {std::move(document), std::move(notes.wrong), std::move(notes.lines)};
+}
+
+std::string nameOf(const xmlNode* node) {
+    const std::string name(view(node->name));
+    if (node->ns == nullptr || node->ns->prefix == nullptr) return name;
+    return std::string(view(node->ns->prefix)) + ":" + name;
+}
+
+std::string contentOf(const xmlNode* node) {
+    const std::unique_ptr<xmlChar, XmlTextDeleter> text(xmlNodeGetContent(node));
+    return text ? std::string(view(text.get())) : std::string();
+}
+
+std::string quoted(std::string_view bytes) {
+    if (bytes.size() <= kMostQuotedBytes) return '"' + std::string(bytes) + '"';
+    std::size_t end = kMostQuotedBytes;
+    while (end > 0 && (static_cast<unsigned char>(bytes[end]) & 0xC0U) == 0x80U) --end;
+    return '"' + std::string(bytes.substr(0, end)) + "...\"";
+}
+
+}  // namespace thermika::cli

@@ -1,0 +1,238 @@
+// What is found in configuration documents that somebody edited, and that xmllint and the schema
+// find the same documents wrong.
+#include "cli/ValidateDocument.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "sdk/IRCalibrationManager.h"
+#include "support/BuildPaths.h"
+#include "support/Sandbox.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika::cli::checkDocument;
+using thermika::cli::Finding;
+using thermika_test::readFile;
+using thermika_test::run;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+using thermika_test::writeFile;
+
+constexpr const char* kDocuments = THERMIKA_TEST_DATA "/documents";
+constexpr const char* kSchema = THERMIKA_SHARE "/imager.xsd";
+
+std::vector<fs::path> documentsIn(const std::string& folder) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(kDocuments + ("/" + folder)))
+        files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+RunResult xmllint(const std::string& file) {
+    return run("xmllint", {"xmllint", "--noout", "--nonet", "--schema", kSchema, file});
+}
+
+std::string linesOf(const std::string& file, const std::vector<Finding>& findings) {
+    std::string text;
+    for (const Finding& finding : findings)
+        text += file + ":" + std::to_string(finding.line) + ": " + finding.wrong + "; " +
+                finding.right + "\n";
+    return text;
+}
+
+std::string findingsIn(const std::string& document) {
+    return linesOf("", checkDocument(document).findings);
+}
+
+/// The document that the tool prints for a sample camera, its suggestion in force when asked so.
+std::string printedDocument(unsigned long serial, bool isActive) {
+    auto* const manager = dax::IRCalibrationManager::getInstance();
+    manager->setCalibrationDir(THERMIKA_EXAMPLES);
+    std::string text = manager->generateConfiguration(serial);
+    if (!isActive) return text;
+    const std::string opening = "  <!--\n";
+    const std::size_t from = text.find(opening);
+    text.erase(from, opening.size());
+    const std::string closing = "  -->\n";
+    text.erase(text.find(closing, from), closing.size());
+    return text;
+}
+
+TEST(ValidateDocument, namesLineFaultAndRemedyOfEachBrokenEdit) {
+    std::string found;
+    for (const fs::path& file : documentsIn("broken"))
+        found += linesOf(file.filename(), checkDocument(readFile(file)).findings);
+    EXPECT_EQ(found, readFile(kDocuments + std::string("/findings.txt")));
+}
+
+TEST(ValidateDocument, agreesWithXmllintOnEveryBrokenEdit) {
+    const std::vector<fs::path> files = documentsIn("broken");
+    EXPECT_GE(files.size(), 20U);
+    for (const fs::path& file : files) {
+        const RunResult result = xmllint(file);
+        EXPECT_TRUE(result.status == 1 || result.status == 3) << file << ": " << result;
+        EXPECT_NE(result.err.find(file.string() + ":"), std::string::npos) << result;
+        EXPECT_FALSE(checkDocument(readFile(file)).findings.empty()) << file;
+    }
+}
+
+TEST(ValidateDocument, agreesWithXmllintOnEveryRightOne) {
+    for (const char* const folder : {"valid", "uncalibrated"}) {
+        const std::vector<fs::path> files = documentsIn(folder);
+        EXPECT_GE(files.size(), 6U);
+        for (const fs::path& file : files) {
+            EXPECT_EQ(xmllint(file).status, 0) << file;
+            EXPECT_EQ(findingsIn(readFile(file)), "") << file;
+        }
+    }
+}
+
+TEST(ValidateDocument, acceptsWhatTheToolPrintsForEverySample) {
+    const TempDir folder;
+    const std::string file = folder / "printed.xml";
+    for (const unsigned long serial : {14080045UL, 14080046UL}) {
+        for (const bool isActive : {false, true}) {
+            const std::string document = printedDocument(serial, isActive);
+            EXPECT_EQ(document.find("  <!--\n") == std::string::npos, isActive);
+            writeFile(file, document);
+            EXPECT_EQ(xmllint(file).status, 0) << document;
+            const auto result = checkDocument(document);
+            EXPECT_EQ(linesOf("", result.findings), "");
+            EXPECT_EQ(result.settings.fovDeg.has_value(), isActive);
+        }
+    }
+}
+
+TEST(ValidateDocument, readsTheSettings) {
+    const auto settings =
+        checkDocument(
+            "<imager>\n<serial> 14080045\n</serial>\n<fov>+33</fov>\n<temperature>"
+            "<max>+100</max>\n<min>-20</min></temperature><optics_text>O &lt; 3"
+            "</optics_text></imager>")
+            .settings;
+    ASSERT_TRUE(settings.serial && settings.fovDeg && settings.minTempC && settings.maxTempC &&
+                settings.opticsText);
+    EXPECT_EQ(settings.serial->value, 14080045);
+    EXPECT_EQ(settings.serial->line, 2);
+    EXPECT_EQ(settings.fovDeg->value, 33);
+    EXPECT_EQ(settings.fovDeg->line, 4);
+    EXPECT_EQ(settings.minTempC->value, -20);
+    EXPECT_EQ(settings.minTempC->line, 6);
+    EXPECT_EQ(settings.maxTempC->value, 100);
+    EXPECT_EQ(settings.opticsText->value, "O < 3");
+}
+
+TEST(ValidateDocument, leavesOutSettingsThatAreWrongOrMissing) {
+    const auto settings =
+        checkDocument("<imager><serial>x</serial><temperature><min>1</min></temperature></imager>")
+            .settings;
+    EXPECT_FALSE(settings.serial || settings.fovDeg || settings.maxTempC || settings.opticsText);
+    EXPECT_TRUE(settings.minTempC);
+}
+
+TEST(ValidateDocument, goesOnAfterWhatDoesNotBelong) {
+    EXPECT_EQ(findingsIn("<imager>\n stray\n<serial>1</serial>\n<fov>1</fov>\n<fov>x</fov>\n"
+                         "<fovv>1</fovv>\n<focus unit='%'>101</focus>\n</imager>"),
+              ":2: the text \"stray\" stands between elements; remove it, or put it between "
+              "\"<!--\" and \"-->\"\n"
+              ":3: <serial> holds \"1\"; give a whole number from 10000000 to 99999999: the "
+              "camera's serial number\n"
+              ":5: <fov> stands here a second time; keep one of them\n"
+              ":6: no element is named <fovv>; write <fov> or remove it\n"
+              ":7: <focus> has the attribute \"unit\"; remove it\n"
+              ":7: <focus> holds \"101\"; give a number from 0 to 100: the focus motor's position "
+              "in percent of its way\n");
+}
+
+TEST(ValidateDocument, namesWhatAContainerHoldsWhenNoNameIsNear) {
+    EXPECT_EQ(
+        findingsIn("<imager><serial>14080045</serial><autoflag><colour/></autoflag></imager>"),
+        ":1: no element is named <colour>; remove it; <autoflag> holds enable, mininterval, "
+        "maxinterval\n");
+}
+
+TEST(ValidateDocument, findsElementsInsideValues) {
+    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov><b>33</b></fov></imager>"),
+              ":1: <fov> holds \"33\"; give a whole number of degrees from 1 to 360: the field of "
+              "view of one of the camera's optics\n");
+}
+
+TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
+    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov>033</fov></imager>"),
+              ":1: <fov> holds \"033\"; give a whole number of degrees from 1 to 360: the field of "
+              "view of one of the camera's optics\n");
+}
+
+TEST(ValidateDocument, refusesNamespaces) {
+    EXPECT_EQ(findingsIn("<imager xmlns='urn:x'><serial>14080045</serial></imager>"),
+              ":1: <imager> is in a namespace; remove its attribute xmlns\n");
+    EXPECT_EQ(findingsIn("<imager xmlns:a='urn:x'><serial>14080045</serial><a:fov>1</a:fov>"
+                         "</imager>")
+                  .substr(0, 35),
+              ":1: no element is named <a:fov>; re");
+}
+
+// Nothing that a document names is opened: the pipes below have no writer, so a look into them would
+// wait for ever.
+TEST(ValidateDocument, opensNoFileThatTheDocumentNames) {
+    const TempDir folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string hint = "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' ";
+    for (const std::string& place : {"xsi:noNamespaceSchemaLocation='" + pipe + "'",
+                                     "xsi:schemaLocation='urn:x " + pipe + "'"}) {
+        EXPECT_EQ(findingsIn("<imager " + hint + place + "><serial>14080045</serial></imager>"),
+                  "");
+        EXPECT_EQ(findingsIn("<imager><serial " + hint + place + ">14080045</serial></imager>"),
+                  "");
+    }
+    for (const std::string& type : {"<!DOCTYPE imager SYSTEM '" + pipe + "'>",
+                                    "<!DOCTYPE imager [<!ENTITY x SYSTEM '" + pipe + "'>]>",
+                                    "<!DOCTYPE imager [<!ENTITY % x SYSTEM '" + pipe + "'> %x;]>"})
+        EXPECT_EQ(findingsIn("\n" + type + "<imager><serial>&x;</serial></imager>"),
+                  ":2: a document type declaration stands here; remove everything from "
+                  "\"<!DOCTYPE\" to its \">\"\n")
+            << type;
+}
+
+TEST(ValidateDocument, cutsLongTexts) {
+    const std::string wrong =
+        checkDocument("<imager><serial>" + std::string(79, 'x') + "\u00e4\u00e4</serial></imager>")
+            .findings.at(0)
+            .wrong;
+    EXPECT_EQ(wrong, "<serial> holds \"" + std::string(79, 'x') + "...\"");
+}
+
+TEST(ValidateDocument, stopsAtAHundredFindings) {
+    std::string document = "<imager><serial>14080045</serial>";
+    for (int i = 0; i < 101; ++i) document += "<x/>";
+    EXPECT_EQ(checkDocument(document + "</imager>").findings.size(), 100U);
+}
+
+TEST(ValidateDocument, refusesWhatIsNoDocumentByItsSize) {
+    const std::string largest(thermika::cli::kMostDocumentBytes, ' ');
+    EXPECT_EQ(findingsIn(largest).find(":1: the document has"), std::string::npos);
+    EXPECT_EQ(findingsIn(largest + ' '),
+              ":1: the document has 1048577 bytes; begin with the one that thermika config "
+              "prints\n");
+}
+
+TEST(ValidateDocument, reportsLinesBeyondSixteenBits) {
+    const std::string lines(70000, '\n');
+    EXPECT_EQ(findingsIn("<imager>" + lines + "<serial>14080045</serial>" + lines +
+                         "<focus>\n-1</focus></imager>")
+                  .substr(0, 8),
+              ":140001:");
+}
+
+}  // namespace
