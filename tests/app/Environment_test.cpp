@@ -69,8 +69,8 @@ TEST(Environment, hasDeliveredWhenItsReaderLeavesAfterTheFirstLine) {
     inSandbox([] {
         const std::string whole = document();
         EXPECT_EQ(
-            thermika_test::run(
-                "sh", {"sh", "-c", "{ '" THERMIKA_TOOL "' -d14080045; echo $? >&2; } | head -n 1"}),
+            thermika_test::run("sh", {"sh", "-c", "{ \"$1\" -d14080045; echo $? >&2; } | head -n 1",
+                                      "sh", THERMIKA_TOOL}),
             (RunResult{whole.substr(0, whole.find('\n') + 1), "0\n", 0}));
     });
 }
