@@ -2,10 +2,10 @@
 # Shows the tool's main job without a camera: in namespaces of its own it lays out a USB device tree
 # with one camera and installs that camera's calibration description, then lets the tool find both.
 # With FETCH and HOST it then shows, on standard error, how a program gets that camera's files: from
-# a real HTTP server that stands in for HOST, and from a folder. Nothing outside the namespaces
-# changes.
+# a real HTTP server that stands in for HOST, and from a folder. With THERMIKA, the companion's
+# executable, it shows before that how a person gets them. Nothing outside the namespaces changes.
 #
-# usage: examples/demo.sh TOOL [FETCH HOST]
+# usage: examples/demo.sh TOOL [FETCH HOST [THERMIKA]]
 #        examples/demo.sh --check              only whether the system allows such namespaces
 # status: 71 when it does not
 set -eu
@@ -26,6 +26,7 @@ fi
 tool=$1
 fetch=${2-}
 host=${3-}
+thermika=${4-}
 examples=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 
 # Read before anything is covered: the examples may lie below /usr/share.
@@ -49,7 +50,8 @@ add_device "$hub" idVendor=1d6b idProduct=0002 serial=0000:00:14.0
 add_device "$hub/1-0:1.0" bInterfaceNumber=00
 add_device "$hub/1-1" idVendor=046d idProduct=c31c
 add_device "$hub/1-1/1-1:1.0" bInterfaceNumber=00
-add_device "$hub/1-2" idVendor=0403 idProduct=de37 serial=14080045
+add_device "$hub/1-2" idVendor=0403 idProduct=de37 serial=14080045 \
+    product="Thermal camera"
 add_device "$hub/1-2/1-2:1.0" bInterfaceNumber=00
 
 mkdir -p /usr/share/libthermika/cali
@@ -61,8 +63,13 @@ echo "A camera on the bus: $(cd /sys/bus/usb/devices && echo *)" >&2
 
 # From here on standard output is done with.
 exec >&2
-cp "$fetch" /usr/share/fetch-calibration # /tmp, which may hold it, is covered next
+# /tmp, which may hold the programs, is covered next.
+cp "$fetch" /usr/share/fetch-calibration
 fetch=/usr/share/fetch-calibration
+if [ -n "$thermika" ]; then
+    cp "$thermika" /usr/share/thermika-of-the-demonstration
+    thermika=/usr/share/thermika-of-the-demonstration
+fi
 cd / # the working directory may be below /tmp as well
 mount -t tmpfs tmpfs /tmp
 ip link set lo up
@@ -81,8 +88,9 @@ echo 'quiet = on' >/usr/share/wgetrc
 export SYSTEM_WGETRC=/usr/share/wgetrc HOME=/usr/share
 unset WGETRC http_proxy
 
-# What the vendor's server has. The names of files go to the shell without quotes, so a set can be
-# downloaded only when its optics have no blanks in their texts.
+# What the vendor's server has: the files that each of two descriptions calls for. The library's
+# download hands the names of files to the shell without quotes, so it needs optics without blanks
+# in their texts.
 served=/usr/share/served
 files="$served/14/1408/Califiles SN14080045"
 mkdir -p "$files"
@@ -97,10 +105,14 @@ cat >$served/downloadlinks.xml <<LINKS
   </Imager>
 </DownloadLinks>
 LINKS
-echo "$description" | sed 's/T18 HT/T18HT/' >"$files/Cali-14080045.xml"
-{ "$fetch" missing "$files" 14080045 || true; } | while read -r name; do
-    echo "made up for the demonstration" >"$files/$name"
-done
+serve_files_of() {
+    echo "$1" >"$files/Cali-14080045.xml"
+    { "$fetch" missing "$files" 14080045 || true; } | while read -r name; do
+        echo "made up for the demonstration" >"$files/$name"
+    done
+}
+serve_files_of "$description"
+serve_files_of "$(echo "$description" | sed 's/T18 HT/T18HT/')"
 
 python3 -m http.server 80 --bind 127.0.0.1 --directory $served >/dev/null 2>&1 &
 server=$!
@@ -114,6 +126,21 @@ until wget -O /dev/null "http://$host/downloadlinks.xml" 2>/dev/null; do
     }
     sleep 0.1
 done
+
+# What a person types, and what comes back.
+show() {
+    echo
+    echo "\$ thermika $*"
+    "$thermika" "$@"
+}
+if [ -n "$thermika" ]; then
+    show cameras
+    show fetch
+    show files
+    show optics
+    show config --optics 33 --range 0..250 -o /usr/share/camera.xml
+    show validate /usr/share/camera.xml
+fi
 
 echo
 echo "Downloading the camera's files from http://$host, which is this machine here:"
