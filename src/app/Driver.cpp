@@ -16,6 +16,7 @@
 
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
+#include "sdk/base/BuildConfig.h"
 #include "sdk/base/PathLimits.h"
 #include "sdk/camera/SerialDiscovery.h"
 
@@ -24,8 +25,8 @@ namespace {
 constexpr int kFailure = -1;  // the shell sees 255
 
 struct Options {
-    std::string formatsDir = "/usr/share/libthermika";
-    std::string calibrationDir = "/usr/share/libthermika/cali";
+    std::string formatsDir = dax::kDefaultFormatsDir;
+    std::string calibrationDir = dax::kDefaultCalibrationDir;
     unsigned long serial = 0;
     bool isSerialGiven = false;
     bool isStopped = false;

@@ -16,6 +16,7 @@
 
 #include "imgproc/Cali.h"
 #include "sdk/SimpleXML.h"
+#include "sdk/base/BuildConfig.h"
 #include "sdk/base/PathLimits.h"
 #include "sdk/base/WholeNumber.h"
 #include "sdk/camera/AccessTest.h"
@@ -23,16 +24,12 @@
 #include "sdk/camera/DownloadLinks.h"
 #include "sdk/camera/FileCheck.h"
 #include "sdk/camera/ManagerLog.h"
-#include "sdk/camera/MissingFileList.h"
 #include "sdk/camera/SerialDiscovery.h"
 #include "sdk/camera/ShellCommands.h"
 
 namespace dax {
 
 namespace {
-
-constexpr const char* kDefaultCalibrationDir = "/usr/share/libthermika/cali";
-constexpr const char* kDefaultFormatsDir = "/usr/share/libthermika";
 
 constexpr int kDownloadPasses = 3;
 constexpr const char* kLinksFile = "/tmp/downloadlinks.xml";
@@ -147,14 +144,12 @@ char* IRCalibrationManager::checkCalibration(unsigned long serial) {
 std::unique_ptr<char[]> IRCalibrationManager::missingFiles(unsigned long serial) {
     const std::string directory(directoryText(m_calibrationDir.get()));
     const auto camera = static_cast<int>(serial);
-    int size = 0;
-    MissingFileList counted(nullptr, &size);
-    recordMissingFiles(directory.c_str(), camera, {}, counted);
-    if (size == 0) return nullptr;
-    // More may be missing now than was counted: names are never cut, each would be another file's.
+    if (findMissingFiles(directory.c_str(), camera).names.empty()) return nullptr;
+    // Deliberate: looks twice, so files that come meanwhile are not listed, and a description that
+    // cannot be loaded is logged twice.
     std::string names;
-    MissingFileList filled(names);
-    recordMissingFiles(directory.c_str(), camera, {}, filled);
+    for (const std::string& name : findMissingFiles(directory.c_str(), camera).names)
+        names += name + ';';
     auto list = std::make_unique<char[]>(names.size() + 1);
     names.copy(list.get(), names.size());
     return list;
@@ -167,9 +162,14 @@ bool IRCalibrationManager::checkCaliFiles(const char* directory, int serial, cha
         missing[0] = '\0';
     else
         *size = 0;
-    MissingFileList list(missing, size);
-    return recordMissingFiles(directory, serial, {xmlFormat, datFormat, prnFormat, separator},
-                              list);
+    const MissingFiles found =
+        findMissingFiles(directory, serial, {xmlFormat, datFormat, prnFormat});
+    if (missing == nullptr) {
+        *size = listBytes(found);
+        return found.names.empty();
+    }
+    writeList(found, separator, missing, *size);
+    return !found.isDescription && missing[0] == '\0';
 }
 
 bool IRCalibrationManager::createConfigFilepath(char* out, const char* directory, short length,
@@ -300,8 +300,7 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
 void _checkCaliFilesHelper(const char* directory, char* name, const char* format, char* missing,
                            int* size) {
     IRCalibrationManager::getInstance();  // exists afterwards
-    MissingFileList list(missing, size);
-    recordFileIfMissing(directory, name, format, list);
+    recordFileIfMissing(directory, name, format, missing, size);
 }
 
 }  // namespace dax

@@ -77,8 +77,8 @@ public:
     /// "Imager" below the working directory; one of 260 characters or more holds no file. Ask first
     /// with `missing` null: `*size` becomes the bytes that the list needs (the largest int where
     /// none holds them). Then pass a buffer of one byte more than that (the list of a missing
-    /// description alone, which `*size` bounds as a whole, needs it) and `*size` as it is. In other
-    /// lists `*size` bounds each name: a buffer smaller than told, or files that vanish between the
+    /// description alone, which `*size` bounds as a whole, needs it; the rest of the `*size` bytes
+    /// becomes zero) and `*size` as it is. In other lists `*size` bounds each name: a buffer smaller than told, or files that vanish between the
     /// two calls, let the list run over its end, which checkCalibration() is safe from. The formats
     /// are printf's: of an int in `xmlFormat` (cut to 19 characters), of a string in the others (to
     /// 259). `separator` stands after the description's name only; other names have ";". No other
@@ -89,12 +89,13 @@ public:
                         const char* xmlFormat, const char* datFormat, const char* prnFormat,
                         const char* separator);
 
-    /// Composes "<directory>/<name><suffix>" in `out`, which has 2 * `length` + 1 bytes; in place
-    /// of an empty `directory`, "Imager" below the working directory. Name and suffix are cut to
-    /// `length` characters. False, `out` unchanged, when `length` is not positive, the directory
-    /// has `length` characters or more, the path does not fit or there is no working directory.
-    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing,
-    /// also when only the whole path does not fit.
+    /// Composes "<directory>/<name><suffix>" in `out`, each of the three cut to `length` characters;
+    /// in place of an empty `directory`, "Imager", cut too, below the working directory. `out` must
+    /// hold 4 * `length` + 9 bytes; 3 * `length` + 2 when `directory` is not empty; 2 * `length` + 1
+    /// when it also has fewer than `length` characters, the name at most `length` and the suffix
+    /// none. False, `out` unchanged, when `length` is not positive, when the directory is empty and
+    /// there is no working directory, or when that one's path has more than 2 * `length` characters.
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing.
     bool createConfigFilepath(char* out, const char* directory, short length, const char* name,
                               const char* suffix);
 

@@ -3,10 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <limits>
-
-#include "sdk/StringHelpers.h"
 
 namespace dax {
 
@@ -49,19 +46,6 @@ BoundedText& BoundedText::append(int number) {
     m_end = end;
     *m_end = '\0';
     return *this;
-}
-
-std::size_t printName(char* out, std::size_t bytes, const char* format, const char* name) {
-    // Thousands of names are made of one format, which most often is as plain as "Cali-%s.dat".
-    const char* const mark = std::strchr(format, '%');
-    if (mark != nullptr && mark[1] == 's' && std::strchr(mark + 1, '%') == nullptr) {
-        const std::string_view before(format, static_cast<std::size_t>(mark - format));
-        BoundedText text(out, bytes);
-        text.append(before).append(name).append(mark + 2);
-        return static_cast<std::size_t>(text.end() - out);
-    }
-    tsnprintf(out, static_cast<unsigned int>(bytes), format, name);
-    return std::strlen(out);
 }
 
 }  // namespace dax

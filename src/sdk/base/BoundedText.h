@@ -17,16 +17,9 @@ public:
     BoundedText& append(char character);
     BoundedText& append(int number);
 
-    /// Where the terminator is.
-    const char* end() const { return m_end; }
-
 private:
     char* m_end;
     std::size_t m_room;  ///< characters that can still be added
 };
-
-/// Prints `name` into the `bytes` bytes of `out`, at least one, as printf's `format` for one string
-/// says, cut to them. How many characters that are.
-std::size_t printName(char* out, std::size_t bytes, const char* format, const char* name);
 
 }  // namespace dax

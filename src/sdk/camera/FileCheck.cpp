@@ -1,111 +1,213 @@
-// The check of one file, and the walk over all that a camera needs.
+// The list of expected files, the look at each of them, and the lists of missing ones as callers of
+// the given interface hold them.
 #include "sdk/camera/FileCheck.h"
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <utility>
 
 #include "imgproc/Cali.h"
 #include "sdk/StringHelpers.h"
-#include "sdk/base/BoundedText.h"
 #include "sdk/base/CaliDirectory.h"
 #include "sdk/base/FileRead.h"
 #include "sdk/base/PathLimits.h"
-#include "sdk/camera/ExpectedFiles.h"
 
 namespace dax {
 
 namespace {
 
 constexpr unsigned int kDescriptionNameBytes = 20;
-constexpr const char* kNameEnd = ";";
+// Deliberate: whatever separator a caller names, names but the description's are followed by this.
+constexpr std::string_view kNameEnd = ";";
 
-/// What a composed path may take, with its terminator; `bound` limits the directory and the name.
-constexpr std::size_t composedBytes(std::size_t bound) { return 2 * bound + 1; }
-
-/// The directory that is meant; nothing when it is too long or unknown.
-std::optional<std::string> usedDirectory(const char* directory, std::size_t bound) {
-    const std::string_view given = directory;
-    if (given.empty()) return caliDirectory(directory, composedBytes(bound));
-    if (given.size() >= bound) return std::nullopt;
-    return std::string(given);
+std::string fileName(const char* format, const char* stem) {
+    char name[kPathBytes];
+    tsnprintf(name, kPathBytes, format, stem);
+    return name;
 }
 
-/// The files of one directory, each under a path of which only the name is composed anew.
-class FilesOfDirectory {
+std::string descriptionName(const char* format, int serial) {
+    char name[kDescriptionNameBytes];
+    tsnprintf(name, kDescriptionNameBytes, format, serial);
+    return name;
+}
+
+/// The paths of the files in one directory.
+class FilePath {
 public:
-    explicit FilesOfDirectory(const char* directory)
-        : m_directory(usedDirectory(directory, kPathBytes)) {
-        if (m_directory) m_path = *m_directory + '/';
-        m_before = m_path.size();
-        m_path.resize(m_before + kPathBytes);
+    /// The directory's and each name's characters behind `bound` do not count. An empty directory
+    /// is "Imager" below the working directory.
+    FilePath(const char* directory, std::size_t bound) {
+        const std::string cut(directory, strnlen(directory, bound));
+        const std::optional<std::string> used = caliDirectory(cut.c_str(), 2 * bound + 1, bound);
+        m_hasDirectory = used.has_value();
+        if (m_hasDirectory) m_path = *used;
+        m_directoryChars = m_path.size();
     }
 
-    void recordIfMissing(const char* name, const char* format, MissingFileList& missing) {
-        char* const fileName = m_path.data() + m_before;
-        const std::size_t length = printName(fileName, kPathBytes, format, name);
-        // Deliberate: whatever separator a caller names, these names are followed by ";".
-        if (!isThere(length)) missing.add({fileName, length}, kNameEnd);
+    /// False when the directory is empty and there is no working directory, or its path has more
+    /// than twice the bound's characters.
+    bool hasDirectory() const { return m_hasDirectory; }
+
+    /// Also creates the directory, one level, when it is missing.
+    const std::string& of(std::string_view name, std::string_view suffix = {}) {
+        m_path.resize(m_directoryChars);
+        mkdir(m_path.c_str(), kDirectoryMode);
+        return m_path.append(1, '/').append(name).append(suffix);
     }
 
 private:
-    bool isThere(std::size_t nameLength) const {
-        if (!m_directory) return false;
-        mkdir(m_directory->c_str(), kDirectoryMode);
-        return m_before + nameLength < composedBytes(kPathBytes) && isReadable(m_path.c_str());
-    }
-
-    std::optional<std::string> m_directory;
-    std::string m_path;        ///< with room for every name
-    std::size_t m_before = 0;  ///< characters before the name
+    std::string m_path;
+    std::size_t m_directoryChars = 0;
+    bool m_hasDirectory = false;
 };
+
+/// Which files can be opened for reading in a directory.
+class FilesOfDirectory {
+public:
+    explicit FilesOfDirectory(const char* directory)
+        : m_path(directory, kPathBytes),
+          m_isUsable(m_path.hasDirectory() && std::strlen(directory) < kPathBytes) {}
+
+    bool has(const std::string& name) { return m_isUsable && isReadable(m_path.of(name).c_str()); }
+
+private:
+    FilePath m_path;
+    bool m_isUsable;
+};
+
+std::size_t boundOf(int size) { return static_cast<std::size_t>(std::max(size, 0)); }
+
+/// Stops at the largest int.
+void addBytes(int& size, std::size_t bytes) {
+    const std::size_t room = std::numeric_limits<int>::max() - boundOf(size);
+    size += static_cast<int>(std::min(bytes, room));
+}
+
+char* append(char* end, std::string_view piece, std::size_t bound) {
+    return std::copy_n(piece.data(), std::min(piece.size(), bound), end);
+}
+
+/// Where the list ends now.
+// Deliberate: each name is bounded by the whole size, not by the room that is left, so only a
+// buffer that holds all names may be handed in.
+char* appendName(char* end, std::string_view name, std::size_t bound) {
+    end = append(append(end, name, bound), kNameEnd, bound);
+    *end = '\0';
+    return end;
+}
 
 }  // namespace
 
-bool recordMissingFiles(const char* directory, int serial, const FileFormats& formats,
-                        MissingFileList& missing) {
+std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) {
+    std::vector<ExpectedFile> files;
+    files.push_back({descriptionName(formats.description, serial)});
     ConfigCali* const cali = ConfigCali::getInstance();
-    if (!cali->isLoaded(serial) && cali->load(directory, serial) != 0) {
-        char name[kDescriptionNameBytes];
-        tsnprintf(name, sizeof name, formats.description, serial);
-        missing.addDescription(name, formats.separator);
-        return false;
+    char stem[kPathBytes];
+    OPTICS optics{};
+    std::vector<Range> ranges;
+    for (int i = 0; cali->copyOptics(i, optics); ++i) {
+        // Deliberate: the flag is that of the optics at this position, its ranges are those of the
+        // first optics with the same field of view and text.
+        const bool needsCurve = !cali->isSamplePointCali(i);
+        cali->copyTempRanges(optics, ranges);
+        for (std::size_t j = 0; j < ranges.size(); ++j) {
+            const int rates = cali->getFramerateCount(&optics, &ranges[j]);
+            for (int f = 0; f < std::max(rates, 1); ++f) {
+                const unsigned short rate = cali->getFramerate(&optics, &ranges[j], f);  // 0: none
+                ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &ranges[j], rate,
+                                               stem, kPathBytes);
+                const auto range = static_cast<int>(j);
+                files.push_back({fileName(formats.data, stem), FileKind::kData, i, range, rate});
+                if (needsCurve)
+                    files.push_back(
+                        {fileName(formats.curve, stem), FileKind::kCurve, i, range, rate});
+            }
+        }
     }
-    FilesOfDirectory files(directory);
-    forEachFileStem(serial, [&](const char* stem, bool needsCurve) {
-        files.recordIfMissing(stem, formats.data, missing);
-        if (needsCurve) files.recordIfMissing(stem, formats.curve, missing);
-    });
-    if (missing.isEmpty()) return true;
-    missing.end();
-    return false;
+    return files;
 }
 
-void recordFileIfMissing(const char* directory, const char* name, const char* format,
-                         MissingFileList& missing) {
-    FilesOfDirectory(directory).recordIfMissing(name, format, missing);
+FileStatus fileStatus(const std::string& path) {
+    FileStatus result;
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        result.reason = errno;
+        const bool isMissing = result.reason == ENOENT || result.reason == ENOTDIR;
+        result.state = isMissing ? FileState::kMissing : FileState::kUnreadable;
+        if (isMissing) result.reason = 0;
+    } else if (!S_ISREG(status.st_mode)) {
+        result.state = FileState::kNotRegular;
+    } else if (!isReadable(path.c_str())) {
+        result.reason = errno;
+        result.state = FileState::kUnreadable;
+    } else {
+        result.bytes = static_cast<std::uint64_t>(status.st_size);
+        result.state = result.bytes == 0 ? FileState::kEmpty : FileState::kPresent;
+    }
+    return result;
+}
+
+MissingFiles findMissingFiles(const char* directory, int serial, const FileFormats& formats) {
+    ConfigCali* const cali = ConfigCali::getInstance();
+    if (!cali->isLoaded(serial) && cali->load(directory, serial) != 0)
+        return {{descriptionName(formats.description, serial)}, true};
+    MissingFiles missing;
+    FilesOfDirectory files(directory);
+    for (ExpectedFile& file : expectedFiles(serial, formats))
+        // Deliberate: a description that is loaded is not looked for, wherever it came from.
+        if (file.kind != FileKind::kDescription && !files.has(file.name))
+            missing.names.push_back(std::move(file.name));
+    return missing;
+}
+
+int listBytes(const MissingFiles& missing) {
+    int bytes = 0;
+    for (const std::string& name : missing.names) addBytes(bytes, name.size() + 1);
+    // Deliberate: a missing description is counted without the terminator of its list, and one
+    // without a name not at all.
+    if (missing.isDescription) return missing.names.front().empty() ? 0 : bytes;
+    if (bytes != 0) addBytes(bytes, 1);
+    return bytes;
+}
+
+void writeList(const MissingFiles& missing, std::string_view separator, char* list, int size) {
+    const std::size_t bound = boundOf(size);
+    if (missing.isDescription) {
+        std::memset(list, '\0', std::max<std::size_t>(bound, 1));
+        char* const end = append(list, missing.names.front(), bound);
+        *append(end, separator, bound - static_cast<std::size_t>(end - list)) = '\0';
+        return;
+    }
+    *list = '\0';
+    for (const std::string& name : missing.names) list = appendName(list, name, bound);
+}
+
+void recordFileIfMissing(const char* directory, const char* stem, const char* format, char* list,
+                         int* size) {
+    const std::string name = fileName(format, stem);
+    if (FilesOfDirectory(directory).has(name)) return;
+    if (list == nullptr)
+        addBytes(*size, name.size() + 1);
+    else
+        appendName(list + std::strlen(list), name, boundOf(*size));
 }
 
 bool composeFilePath(char* out, const char* directory, short length, const char* name,
                      const char* suffix) {
     if (length <= 0) return false;
     const auto bound = static_cast<std::size_t>(length);
-    const std::optional<std::string> base = usedDirectory(directory, bound);
-    if (!base) return false;
-    mkdir(base->c_str(), kDirectoryMode);
-    const std::string_view cutName(name, strnlen(name, bound));
-    const std::string_view cutSuffix(suffix, strnlen(suffix, bound));
-    const std::size_t characters = base->size() + 1 + cutName.size() + cutSuffix.size();
-    if (characters >= composedBytes(bound)) return false;
-    BoundedText(out, composedBytes(bound))
-        .append(*base)
-        .append('/')
-        .append(cutName)
-        .append(cutSuffix);
+    FilePath path(directory, bound);
+    if (!path.hasDirectory()) return false;
+    const std::string& composed =
+        path.of({name, strnlen(name, bound)}, {suffix, strnlen(suffix, bound)});
+    std::memcpy(out, composed.c_str(), composed.size() + 1);
     return true;
 }
 

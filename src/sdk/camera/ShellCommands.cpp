@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "sdk/base/BuildConfig.h"
+#include "sdk/camera/DownloadLinks.h"
 
 namespace dax {
 
@@ -20,13 +21,15 @@ std::string join(std::initializer_list<std::string_view> pieces) {
 }  // namespace
 
 std::string fetchLinksCommand(std::string_view file) {
-    return join({"wget http://", kDownloadHost, "/downloadlinks.xml -O ", file});
+    return join({"wget http://", kDownloadHost, kLinksPath, " -O ", file});
 }
 
 std::string quotedFileAddress(std::string_view base, std::string_view serial,
                               std::string_view name) {
-    return join({"\"", base, "/", serial.substr(0, 2), "/", serial.substr(0, 4), "/Califiles SN",
-                 serial, "/", name, "\""});
+    std::string address = "\"";
+    address += base;
+    for (const std::string& part : serverPath(serial, name)) address.append(1, '/').append(part);
+    return address += '"';
 }
 
 std::string fetchFileCommand(std::string_view quotedAddress, std::string_view targetDir,

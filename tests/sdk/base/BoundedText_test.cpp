@@ -27,22 +27,10 @@ TEST(BoundedText, addsPiecesAndNumbersInTurn) {
 TEST(BoundedText, addsSingleCharacters) {
     char out[4] = "???";
     BoundedText text(out, sizeof out);
-    EXPECT_STREQ(text.append('a').append('b').end(), "");
+    text.append('a').append('b');
     EXPECT_STREQ(out, "ab");
-    EXPECT_EQ(text.append('c').append('d').end(), out + 3);
+    text.append('c').append('d');
     EXPECT_STREQ(out, "abc");
-}
-
-TEST(BoundedText, tellsHowLongAPrintedNameIs) {
-    char out[9];
-    EXPECT_EQ(dax::printName(out, sizeof out, "a-%s.b", "1"), 5U);
-    EXPECT_STREQ(out, "a-1.b");
-    EXPECT_EQ(dax::printName(out, sizeof out, "a-%s.b", "12345"), 8U);
-    EXPECT_STREQ(out, "a-12345.");
-    EXPECT_EQ(dax::printName(out, sizeof out, "%3s%%", "1"), 4U);
-    EXPECT_STREQ(out, "  1%");
-    EXPECT_EQ(dax::printName(out, sizeof out, "%3s%%", "12345678"), 8U);
-    EXPECT_STREQ(out, "12345678");
 }
 
 TEST(BoundedText, writesEveryInt) {

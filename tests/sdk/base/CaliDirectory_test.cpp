@@ -44,6 +44,13 @@ TEST_F(CaliDirectory, isImagerBelowTheWorkingDirectoryWhenNoneIsNamed) {
     EXPECT_FALSE(fs::exists(folder() + "/Imager"));
 }
 
+TEST_F(CaliDirectory, cutsItsOwnNameAndNoOther) {
+    EXPECT_EQ(caliDirectory("", 260, 2), folder() + "/Im");
+    EXPECT_EQ(caliDirectory("", 260, 6), folder() + "/Imager");
+    EXPECT_EQ(caliDirectory("", 260, 0), folder() + "/");
+    EXPECT_EQ(caliDirectory("named", 260, 2), "named");
+}
+
 TEST_F(CaliDirectory, keepsTheSlashOfTheRootDirectory) {
     fs::current_path("/");
     EXPECT_EQ(caliDirectory("", 260), "//Imager");

@@ -1,6 +1,7 @@
 // The base address in a download-links document, whatever the server made of the document.
 #include "sdk/camera/DownloadLinks.h"
 
+#include <array>
 #include <clocale>
 #include <cstddef>
 #include <optional>
@@ -209,6 +210,25 @@ TEST(DownloadLinks, leavesTheNumericLocaleAtC) {
     const thermika_test::ScopedLocale locale({{LC_ALL, thermika_test::kDecimalCommaLocale}});
     EXPECT_TRUE(read(kLaidOut));
     EXPECT_EQ(thermika_test::numericLocale(), "C");
+}
+
+TEST(DownloadLinks, areFoundInTheTextOfADocumentAlone) {
+    const thermika_test::ScopedLocale locale({{LC_ALL, thermika_test::kDecimalCommaLocale}});
+    const DownloadLinks links = dax::downloadLinksIn(
+        "<Imager><CaliData><Links><string>B</string></Links></CaliData></Imager>");
+    EXPECT_TRUE(links.hasLinks);
+    EXPECT_EQ(links.base, "B");
+    EXPECT_FALSE(dax::downloadLinksIn("").hasLinks);
+    EXPECT_FALSE(dax::downloadLinksIn("<Imager><CaliData>").hasLinks);
+    EXPECT_EQ(thermika_test::numericLocale(), thermika_test::kDecimalCommaLocale);
+}
+
+TEST(DownloadLinks, leadToFilesByTheBeginningOfTheSerialNumber) {
+    using Parts = std::array<std::string, 4>;
+    EXPECT_EQ(dax::serverPath("14080045", "Cali-14080045.xml"),
+              (Parts{"14", "1408", "Califiles SN14080045", "Cali-14080045.xml"}));
+    EXPECT_EQ(dax::serverPath("7", ""), (Parts{"7", "7", "Califiles SN7", ""}));
+    EXPECT_EQ(dax::serverPath("", "a/b"), (Parts{"", "", "Califiles SN", "a/b"}));
 }
 
 }  // namespace

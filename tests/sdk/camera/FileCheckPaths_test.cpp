@@ -111,11 +111,16 @@ protected:
         ASSERT_EQ(ConfigCali::getInstance()->load(cali().c_str(), kSerial), 0);
     }
 
+    /// The bytes that always hold the path, as the header says.
+    static int bytesFor(const std::string& directory, short length) {
+        return directory.empty() ? 4 * length + 9 : 3 * length + 2;
+    }
+
     /// The path composed, or "" when that is refused and `out` was left alone; `out` is a block of
     /// exactly the bytes that it must have.
     std::string compose(const std::string& directory, short length, const char* name,
                         const char* suffix) const {
-        const auto bytes = static_cast<std::size_t>(length > 0 ? 2 * length + 1 : 1);
+        const auto bytes = static_cast<std::size_t>(length > 0 ? bytesFor(directory, length) : 1);
         const std::unique_ptr<char[]> out(new char[bytes]);
         std::memset(out.get(), '?', bytes);
         if (manager().createConfigFilepath(out.get(), directory.c_str(), length, name, suffix))
@@ -163,9 +168,12 @@ TEST_F(FileCheckPaths, createsTheDirectoryForEverybodyLessTheUmask) {
         const Umask umask(mask);
         const std::string description = beside("description-" + std::to_string(mask));
         const std::string file = beside("file-" + std::to_string(mask));
+        const std::string loaded = beside("loaded-" + std::to_string(mask));
+        loadOneFile();
+        missingIn(loaded);
         missingIn(description, 12345679);
         compose(file, 260, "name", "");
-        for (const std::string& made : {description, file}) {
+        for (const std::string& made : {description, loaded, file}) {
             struct stat status {};
             ASSERT_EQ(stat(made.c_str(), &status), 0);
             EXPECT_EQ(status.st_mode, S_IFDIR | (0777U & ~mask));
@@ -285,29 +293,15 @@ TEST_F(FileCheckPaths, findsFilesInDirectoriesOfUpTo259CharactersOnceTheDescript
     }
 }
 
-TEST_F(FileCheckPaths, findsFilesBelowTheWorkingDirectoryUnderPathsOfUpTo520Characters) {
+TEST_F(FileCheckPaths, findsFilesBelowWorkingDirectoriesOfUpTo520Characters) {
     loadOneFile();
-    const std::size_t below = std::string("/Imager/").size() + std::string(kDataFile).size();
-    for (const std::size_t length : {519U, 520U, 521U}) {
-        const WorkingDirectory there(
-            makeDirectoryOfLength(beside(std::to_string(length)), length - below));
+    for (const std::size_t length : {500U, 510U, 520U, 521U}) {
+        const WorkingDirectory there(makeDirectoryOfLength(beside(std::to_string(length)), length));
         fs::create_directory("Imager");
+        EXPECT_EQ(missingIn(""), std::string(kDataFile) + ";") << length;
         writeFile(std::string("Imager/") + kDataFile, "");
         EXPECT_EQ(missingIn(""), length <= 520 ? kComplete : std::string(kDataFile) + ";")
             << length;
-    }
-}
-
-// The longest working directory and the longest name come to more than any path may have: 527
-// characters, a slash and 259.
-TEST_F(FileCheckPaths, reportsFilesMissingWhosePathWouldBeLongerThanAnyPathMayBe) {
-    for (const std::size_t length : {519U, 520U, 521U}) {
-        const WorkingDirectory there(makeDirectoryOfLength(beside(std::to_string(length)), length));
-        std::string name(300, 'n');
-        int size = 0;
-        dax::_checkCaliFilesHelper("", name.data(), "%s", nullptr, &size);
-        EXPECT_EQ(size, 259 + 1) << length;
-        EXPECT_EQ(fs::is_directory("Imager"), length <= 520) << length;
     }
 }
 
@@ -331,47 +325,59 @@ TEST_F(FileCheckPaths, composesDirectoryNameAndSuffix) {
     EXPECT_EQ(compose("", 260, "name", ".txt"), cali() + "/Imager/name.txt");
 }
 
-TEST_F(FileCheckPaths, refusesLengthsThatHoldNoPath) {
+TEST_F(FileCheckPaths, refusesLengthsThatAreNotPositive) {
     const WorkingDirectory here(cali());
-    for (const short length : {short{0}, short{-1}, short{-32768}, short{1}}) {
+    for (const short length : {short{0}, short{-1}, short{-32768}}) {
         EXPECT_EQ(compose("d", length, "name", ""), "");
         EXPECT_EQ(compose("", length, "name", ""), "");
     }
     EXPECT_TRUE(fs::is_empty(cali()));
 }
 
-TEST_F(FileCheckPaths, takesADirectoryOneCharacterShorterThanTheLength) {
-    const WorkingDirectory here(cali());
-    EXPECT_EQ(compose("four", 5, "name", ""), "four/name");
-    EXPECT_EQ(compose("five5", 5, "name", ""), "");
-    EXPECT_FALSE(fs::exists(cali() + "/five5"));
-}
-
-TEST_F(FileCheckPaths, takesPathsOfUpToTwiceTheLength) {
-    const WorkingDirectory here(cali());
-    EXPECT_EQ(compose("four", 5, "12345", ""), "four/12345");
-    EXPECT_EQ(compose("four", 5, "123", "45"), "four/12345");
-    EXPECT_EQ(compose("four", 5, "1234", "56"), "");
-    EXPECT_EQ(compose("d", 32767, "name", ""), "d/name");
-}
-
-TEST_F(FileCheckPaths, cutsNameAndSuffixToTheLength) {
+TEST_F(FileCheckPaths, cutsDirectoryNameAndSuffixToTheLength) {
     const WorkingDirectory here(cali());
     EXPECT_EQ(compose("d", 4, "123456", ""), "d/1234");
     EXPECT_EQ(compose("d", 4, "", "123456"), "d/1234");
     EXPECT_EQ(compose("d", 4, "12345", "6"), "d/12346");
+    EXPECT_EQ(compose("ab", 6, "0123456789", "ABCDEFGHIJ"), "ab/012345ABCDEF");
+    EXPECT_EQ(compose("directory", 4, "12345", "67890"), "dire/12346789");
+    EXPECT_TRUE(fs::is_directory(cali() + "/dire"));
+    EXPECT_FALSE(fs::exists(cali() + "/directory"));
+    EXPECT_EQ(compose("directory", 1, "name", ""), "d/n");
+    EXPECT_EQ(compose("d", 32767, "name", ""), "d/name");
 }
 
-// The working directory needs not be shorter than the length: it is fetched into all of `out`.
-TEST_F(FileCheckPaths, takesAWorkingDirectoryThatFillsTheOutput) {
-    const std::string directory = makeDirectoryOfLength(beside("x"), 101);
+TEST_F(FileCheckPaths, cutsItsOwnDirectorysNameToTheLength) {
+    const WorkingDirectory root("/");
+    for (const short length : {short{1}, short{5}, short{6}}) {
+        const auto bound = static_cast<std::size_t>(length);
+        EXPECT_EQ(compose("", length, "name", ""), "//" + std::string("Imager").substr(0, bound) +
+                                                       "/" + std::string("name").substr(0, bound));
+        fs::remove("/" + std::string("Imager").substr(0, bound));
+    }
+}
+
+// A path as long as that fits in no place, but it is composed, and its directory is created.
+TEST_F(FileCheckPaths, composesPathsThatNoFileCanHave) {
+    const WorkingDirectory here(cali());
+    const std::string name(300, 'n');
+    EXPECT_EQ(compose("new", 300, name.c_str(), name.c_str()), "new/" + name + name);
+    EXPECT_TRUE(fs::is_directory(cali() + "/new"));
+}
+
+TEST_F(FileCheckPaths, needsTwiceTheLengthForDirectoryAndName) {
+    const WorkingDirectory here(cali());
+    char exact[2 * 5 + 1];
+    EXPECT_TRUE(manager().createConfigFilepath(exact, "four", 5, "12345", ""));
+    EXPECT_STREQ(exact, "four/12345");
+}
+
+TEST_F(FileCheckPaths, takesAWorkingDirectoryOfTwiceTheLength) {
+    const std::string directory = makeDirectoryOfLength(beside("x"), 102);
     const WorkingDirectory here(directory);
-    const std::string name(4, 'n');
-    EXPECT_EQ(compose("", 57, name.c_str(), ""), directory + "/Imager/nnnn");  // 113 of 114
-    EXPECT_EQ(compose("", 56, "nnn", ""), directory + "/Imager/nnn");          // 112 of 112
-    EXPECT_EQ(compose("", 56, "nnn", "n"), "");
+    EXPECT_EQ(compose("", 51, "name", ".txt"), directory + "/Imager/name.txt");
     fs::remove(directory + "/Imager");
-    EXPECT_EQ(compose("", 50, "n", ""), "");  // 101 characters are one too many for getcwd
+    EXPECT_EQ(compose("", 50, "name", ".txt"), "");
     EXPECT_FALSE(fs::exists(directory + "/Imager"));
 }
 

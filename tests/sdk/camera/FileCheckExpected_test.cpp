@@ -1,7 +1,6 @@
-// The walk over a description's optics, ranges and frame rates: which names it makes, in which
-// order, and which of them need a curve.
-#include "sdk/camera/ExpectedFiles.h"
-
+// The files that a description calls for: their names and order, what each is for, and which
+// combinations need a curve.
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,15 +9,18 @@
 #include <gtest/gtest.h>
 
 #include "imgproc/Cali.h"
+#include "sdk/camera/FileCheck.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
 
 namespace {
 
+using dax::ExpectedFile;
+using dax::FileKind;
 using thermika_test::inSandbox;
 using thermika_test::writeFile;
 
-using Stems = std::vector<std::pair<std::string, bool>>;  // with whether a curve is needed
+using Stems = std::vector<std::pair<std::string, bool>>;  // with whether there is a curve file
 
 constexpr int kSerial = 12345678;
 constexpr bool kCurve = true;
@@ -43,45 +45,77 @@ std::string optics(int fov, const std::string& text, const std::string& ranges,
            "</SamplePointCali>\n<TempRanges>\n" + ranges + "</TempRanges>\n</OpticsDef>\n";
 }
 
-/// The stems for camera `serial` when this is the description that is loaded.
+void load(const std::string& opticsList) {
+    writeFile("/usr/share/Cali-12345678.xml", "<CaliData>\n<Temperature>\n<Optics>\n" + opticsList +
+                                                  "</Optics>\n</Temperature>\n</CaliData>\n");
+    const thermika_test::StderrCapture quiet;
+    ASSERT_EQ(ConfigCali::getInstance()->load("/usr/share", kSerial), 0);
+}
+
+/// What the names for camera `serial` are made of when this is the description that is loaded.
 void expectStems(const std::string& opticsList, const Stems& expected, int serial = kSerial) {
     inSandbox([&] {
-        writeFile("/usr/share/Cali-12345678.xml", "<CaliData>\n<Temperature>\n<Optics>\n" +
-                                                      opticsList +
-                                                      "</Optics>\n</Temperature>\n</CaliData>\n");
-        const thermika_test::StderrCapture quiet;
-        ASSERT_EQ(ConfigCali::getInstance()->load("/usr/share", kSerial), 0);
+        load(opticsList);
         Stems found;
-        dax::forEachFileStem(serial, [&found](const char* stem, bool needsCurve) {
-            found.emplace_back(stem, needsCurve);
-        });
+        for (const ExpectedFile& file : dax::expectedFiles(serial, {"%i", "%s", "%s"})) {
+            if (file.kind == FileKind::kData) found.emplace_back(file.name, !kCurve);
+            if (file.kind == FileKind::kCurve) {
+                EXPECT_EQ(file.name, found.back().first);
+                found.back().second = kCurve;
+            }
+        }
         EXPECT_EQ(found, expected);
     });
 }
 
-TEST(ExpectedFiles, nameEveryFrameRate) {
+TEST(FileCheckExpected, beginsWithTheDescriptionAndTellsWhatEachFileIsFor) {
+    inSandbox([] {
+        load(optics(53, "B", range("0", "250", rates({80, 0})) + range("-20", "100")) +
+             optics(18, "", range("150", "900"), true));
+        const std::vector<ExpectedFile> expected = {
+            {"Cali-12345678.xml"},
+            {"Cali-12345678-53-B-0-250-80.dat", FileKind::kData, 0, 0, 80},
+            {"Kennlinie-12345678-53-B-0-250-80.prn", FileKind::kCurve, 0, 0, 80},
+            {"Cali-12345678-53-B-0-250.dat", FileKind::kData, 0, 0, 0},
+            {"Kennlinie-12345678-53-B-0-250.prn", FileKind::kCurve, 0, 0, 0},
+            {"Cali-12345678-53-B-M20-100.dat", FileKind::kData, 0, 1, 0},
+            {"Kennlinie-12345678-53-B-M20-100.prn", FileKind::kCurve, 0, 1, 0},
+            {"Cali-12345678-18-150-900.dat", FileKind::kData, 1, 0, 0}};
+        const std::vector<ExpectedFile> files = dax::expectedFiles(kSerial);
+        ASSERT_EQ(files.size(), expected.size());
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            EXPECT_EQ(files[i].name, expected[i].name);
+            EXPECT_EQ(files[i].kind, expected[i].kind) << files[i].name;
+            EXPECT_EQ(files[i].opticsIndex, expected[i].opticsIndex) << files[i].name;
+            EXPECT_EQ(files[i].rangeIndex, expected[i].rangeIndex) << files[i].name;
+            EXPECT_EQ(files[i].framerate, expected[i].framerate) << files[i].name;
+        }
+    });
+}
+
+TEST(FileCheckExpected, namesEveryFrameRate) {
     expectStems(optics(33, "", range("-20", "100", rates({27, 80}))),
                 {{"12345678-33-M20-100-27", kCurve}, {"12345678-33-M20-100-80", kCurve}});
 }
 
-TEST(ExpectedFiles, nameTheOpticsText) {
+TEST(FileCheckExpected, namesTheOpticsText) {
     expectStems(optics(33, "O33", range("-20", "100", rates({27, 80}))),
                 {{"12345678-33-O33-M20-100-27", kCurve}, {"12345678-33-O33-M20-100-80", kCurve}});
 }
 
-TEST(ExpectedFiles, needNoCurvesForSamplePoints) {
+TEST(FileCheckExpected, needsNoCurvesForSamplePoints) {
     expectStems(optics(33, "", range("-20", "100", rates({27, 80})), true),
                 {{"12345678-33-M20-100-27", !kCurve}, {"12345678-33-M20-100-80", !kCurve}});
 }
 
-TEST(ExpectedFiles, nameNoFrameRateOfZeroAndNoneWhereNoneIsListed) {
+TEST(FileCheckExpected, namesNoFrameRateOfZeroAndNoneWhereNoneIsListed) {
     expectStems(optics(33, "", range("-20", "100", rates({0, 27}))),
                 {{"12345678-33-M20-100", kCurve}, {"12345678-33-M20-100-27", kCurve}});
     expectStems(optics(33, "", range("-20", "100")), {{"12345678-33-M20-100", kCurve}});
     expectStems(optics(33, "", range("-20", "100", rates({}))), {{"12345678-33-M20-100", kCurve}});
 }
 
-TEST(ExpectedFiles, comeInTheDescriptionsOrder) {
+TEST(FileCheckExpected, comesInTheDescriptionsOrder) {
     expectStems(optics(53, "B", range("0", "250", rates({80, 27})) + range("-20", "100")) +
                     optics(18, "A", range("150", "900"), true),
                 {{"12345678-53-B-0-250-80", kCurve},
@@ -90,7 +124,7 @@ TEST(ExpectedFiles, comeInTheDescriptionsOrder) {
                  {"12345678-18-A-150-900", !kCurve}});
 }
 
-TEST(ExpectedFiles, dropFractionsAndMarkNegativeBounds) {
+TEST(FileCheckExpected, dropsFractionsAndMarksNegativeBounds) {
     expectStems(
         optics(33, "", range("-20.9", "99.9") + range("-0.5", "-0.0") + range("-2e1", "1e2")),
         {{"12345678-33-M20-99", kCurve},
@@ -98,21 +132,21 @@ TEST(ExpectedFiles, dropFractionsAndMarkNegativeBounds) {
          {"12345678-33-M20-100", kCurve}});
 }
 
-TEST(ExpectedFiles, takeTheFrameRatesOfTheFirstRangeWithTheSameBounds) {
+TEST(FileCheckExpected, takesTheFrameRatesOfTheFirstRangeWithTheSameBounds) {
     expectStems(optics(33, "", range("0", "250", rates({27})) + range("0", "250", rates({80, 9}))),
                 {{"12345678-33-0-250-27", kCurve}, {"12345678-33-0-250-27", kCurve}});
 }
 
-TEST(ExpectedFiles, takeTheRangesOfTheFirstOfTwinOpticsButTheFlagOfEach) {
+TEST(FileCheckExpected, takesTheRangesOfTheFirstOfTwinOpticsButTheFlagOfEach) {
     expectStems(optics(33, "T", range("0", "250")) + optics(33, "T", range("1", "9"), true),
                 {{"12345678-33-T-0-250", kCurve}, {"12345678-33-T-0-250", !kCurve}});
 }
 
-TEST(ExpectedFiles, carryTheSerialThatIsAskedFor) {
+TEST(FileCheckExpected, carriesTheSerialThatIsAskedFor) {
     expectStems(optics(33, "", range("0", "250")), {{"7-33-0-250", kCurve}}, 7);
 }
 
-TEST(ExpectedFiles, areCutWhereANameEnds) {
+TEST(FileCheckExpected, cutsWhereANameEnds) {
     const std::string longText(300, 't');
     expectStems(optics(33, longText, range("0", "250")),
                 {{("12345678-33-" + longText).substr(0, 259), kCurve}});
