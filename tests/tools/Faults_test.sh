@@ -1,0 +1,33 @@
+#!/bin/sh
+# tools/faults must fail where it shows nothing, and where the tool has a weakness that it looks for.
+# usage: Faults_test.sh PROJECT STAND-IN USE HOST
+set -eu
+project=$1 use=$3 host=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+for weakness in unmarked silent fragile forgiving few; do
+    cp "$2" "$work/$weakness"
+done
+
+# fails_with MESSAGE TOOL USE OPTION...
+fails_with() {
+    message=$1 tool=$2 used=$3
+    shift 3
+    status=0
+    "$project/tools/faults" "$tool" "$used" "$host" "$@" >"$work/out" 2>&1 || status=$?
+    [ "$status" = 1 ] && grep -q -e "$message" "$work/out" || {
+        cat "$work/out"
+        echo "FAILED: status $status, expected 1 with \"$message\"" >&2
+        exit 1
+    }
+}
+
+# One fault of five reaches each weakness many times.
+fails_with 'never calls rt_sigaction(SIGPIPE' "$work/unmarked" "$use" --only tool
+fails_with 'status 255 without a message' "$work/silent" "$use" --only tool --thin 5
+fails_with 'status 255 after a failure that changes nothing' "$work/fragile" "$use" --only tool \
+    --thin 5
+fails_with 'status 0, 0 bytes' "$work/forgiving" "$use" --only tool --thin 5
+fails_with 'the tool offers [0-9]* faults, at least [1-9][0-9]* are expected, and 0 were tried' \
+    "$work/few" "$use" --only tool --thin 100000
+fails_with 'the library offers .*, and 0 were tried' "$work/few" "$use" --only library --thin 100000
