@@ -51,9 +51,18 @@ TempDir::~TempDir() {
 std::string TempDir::operator/(std::string_view name) const { return (m_path + "/").append(name); }
 
 void writeFile(const std::string& path, std::string_view bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) fail("cannot write " + path);
+    // Cut after writing, not before: some file systems wait for the disk when a file was emptied.
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    struct stat status {};
+    bool isWritten = fd >= 0 && fstat(fd, &status) == 0 &&
+                     write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    if (isWritten && S_ISREG(status.st_mode) &&
+        static_cast<std::size_t>(status.st_size) > bytes.size())
+        isWritten = ftruncate(fd, static_cast<off_t>(bytes.size())) == 0;
+    const int error = errno;
+    if (fd >= 0) close(fd);
+    errno = error;
+    if (!isWritten) fail("cannot write " + path);
 }
 
 std::string readFile(const std::string& path) {
