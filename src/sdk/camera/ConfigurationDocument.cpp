@@ -13,12 +13,13 @@ constexpr std::size_t kFixedTextBytes = 2600;  // all but the two directories, w
 
 }  // namespace
 
-// Deliberate: field of view, limits and optics text stand inside one XML comment, so they take no
-// effect until the user removes the two lines around them. Blanks inside lines align the comments,
-// "range-->" has none, and the directories are not escaped: users know the text like this.
+// Deliberate: as a suggestion, field of view, limits and optics text stand inside one XML comment, so
+// they take no effect until the user removes the two lines around them. Blanks inside lines align
+// the comments, "range-->" has none, and the directories are not escaped: users know the text like
+// this.
 std::string ConfigurationDocument::text() const {
     std::string out;
-    out.reserve(kFixedTextBytes + formatsDir.size() + calibrationDir.size());
+    out.reserve(kFixedTextBytes + formatsDir.size() + calibrationDir.size() + opticsText.size());
     out += R"(<?xml version="1.0" encoding="UTF-8"?>
 <imager xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema">
   <serial>)";
@@ -38,8 +39,9 @@ std::string ConfigurationDocument::text() const {
     out += R"(
        By default, the first available optic and the first meaningful temperature range are selected.
   -->
-  <!--
-  <fov>)";
+)";
+    if (!isChosen) out += "  <!--\n";
+    out += "  <fov>";
     out += std::to_string(fovDeg);
     out += R"(</fov>
   <temperature>
@@ -50,9 +52,12 @@ std::string ConfigurationDocument::text() const {
     out += std::to_string(maxTempC);
     out += R"(</max>
   </temperature>
-  <optics_text></optics_text>
-  -->
-  <framerate>32.0</framerate>             <!-- scaled down frame rate, must be less or equal than camera frame rate -->
+  <optics_text>)";
+    if (isChosen) out += opticsText;
+    out += "</optics_text>\n";
+    if (!isChosen) out += "  -->\n";
+    out +=
+        R"(  <framerate>32.0</framerate>             <!-- scaled down frame rate, must be less or equal than camera frame rate -->
   <bispectral>0</bispectral>              <!-- 0=only thermal sensor, 1=bispectral technology (only RQ410/RQ450) -->
   <average>0</average>                    <!-- average callback frames over intermediate frames -->
   <autoflag>

@@ -14,9 +14,13 @@ struct ConfigurationDocument {
     int fovDeg = 0;
     int minTempC = -20;
     int maxTempC = 100;
+    /// Whether field of view, limits and optics text take effect; as a mere suggestion they stand
+    /// inside a comment.
+    bool isChosen = false;
+    std::string_view opticsText;  ///< of a choice; a suggestion has none
 
-    /// 33 lines, each ended by a line feed. The directories are written as they stand, XML's
-    /// special characters included.
+    /// 33 lines, each ended by a line feed; 31 where a choice takes effect. Directories and optics
+    /// text are written as they stand, XML's special characters included.
     std::string text() const;
 };
 

@@ -5,6 +5,7 @@
 #include <climits>
 #include <locale>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -103,6 +104,21 @@ TEST(ConfigurationDocument, groupsNoDigits) {
     expected.maxTempC = 1500;
     EXPECT_EQ(document.text(), expected.text());
     std::locale::global(former);
+}
+
+TEST(ConfigurationDocument, letsAChoiceTakeEffect) {
+    dax::ConfigurationDocument document = defaultDocument();
+    document.opticsText = "T1";
+    const std::string suggestion = document.text();
+    document.isChosen = true;
+    std::string choice = suggestion;
+    for (const auto& [from, to] :
+         {std::pair("  <!--\n  <fov>", "  <fov>"),
+          std::pair("<optics_text></optics_text>\n  -->\n", "<optics_text>T1</optics_text>\n")}) {
+        ASSERT_NE(choice.find(from), std::string::npos) << from;
+        choice.replace(choice.find(from), std::string(from).size(), to);
+    }
+    EXPECT_EQ(document.text(), choice);
 }
 
 }  // namespace
