@@ -2,42 +2,42 @@
 // ruled out before it is asked.
 #include "cli/Camera.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstddef>
 #include <cstring>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
 
+#include "cli/Attached.h"
 #include "cli/Escape.h"
-#include "sdk/base/PathLimits.h"
 
 namespace thermika::cli {
 
 namespace {
 
 constexpr std::size_t kSerialDigits = 8;
+constexpr int kNoCamera = 0;
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
-/// Why the description at `path` cannot be read; 0 when it can be tried.
-int descriptionError(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return errno;
-    return 0;
-}
+bool isPresent(const CameraFile& each) { return each.status.state == dax::FileState::kPresent; }
 
-std::string fetchCommand(unsigned long serial) {
-    return "thermika fetch " + std::to_string(serial);
+/// `file` tells that the description is not there as it should be.
+std::string absenceText(const dax::FileStatus& file) {
+    if (file.state == dax::FileState::kUnreadable)
+        return std::string(": ") + std::strerror(file.reason) + " (is it yours?)";
+    return std::string(" is ") + stateText(file);
 }
 
 }  // namespace
 
 void addSerialArgument(CLI::App& command, std::string& text) {
-    command.add_option("SERIAL", text, "Serial number of the camera, 8 digits")->type_name("");
+    command.add_option("SERIAL", text, "Serial number; without it the only attached camera")
+        ->type_name("");
 }
 
-unsigned long chosenCamera(const Session& /*session*/, const std::string& serialText) {
+unsigned long chosenCamera(const std::string& serialText, const std::string& command) {
+    if (serialText.empty()) return onlyAttachedCamera(command);
     const bool isNumber = serialText.size() == kSerialDigits && serialText.front() != '0' &&
                           std::all_of(serialText.begin(), serialText.end(), isDigit);
     if (!isNumber)
@@ -51,22 +51,96 @@ std::string descriptionName(unsigned long serial) {
     return "Cali-" + std::to_string(serial) + ".xml";
 }
 
+std::string pathOf(const Session& session, const std::string& name) {
+    return session.directory + "/" + name;
+}
+
+Description openDescription(const Session& session, unsigned long serial) {
+    const std::string path = pathOf(session, descriptionName(serial));
+    const std::string fetching = " (fetch it: thermika fetch " + std::to_string(serial) + ")";
+    Description result;
+    result.file = dax::fileStatus(path);
+    if (result.file.state != dax::FileState::kPresent) {
+        result.problem = "the calibration description " + shown(path) + absenceText(result.file);
+        if (result.file.state != dax::FileState::kUnreadable) result.problem += fetching;
+        return result;
+    }
+    ConfigCali* const cali = ConfigCali::getInstance();
+    const int status = cali->load(session.directory.c_str(), static_cast<int>(serial));
+    if (status == 0 && cali->getOpticsCount() > 0) {
+        result.cali = cali;
+        return result;
+    }
+    result.problem = shown(path) +
+                     (status == 0 ? " lists no optics, so it is no calibration description"
+                                  : " is no calibration description that can be read") +
+                     fetching;
+    // What is held would count as loaded when another file has come. No camera has this number.
+    if (status == 0) cali->load(session.directory.c_str(), kNoCamera);
+    return result;
+}
+
 ConfigCali& loadDescription(const Session& session, unsigned long serial) {
-    const std::string path = session.directory + "/" + descriptionName(serial);
-    if (path.size() >= dax::kPathBytes)
-        throw Problem(Status::kFailed, "cannot read " + shown(path) +
-                                           ": the path is too long (choose a directory with a "
-                                           "shorter name: --dir)");
-    if (const int reason = descriptionError(path); reason != 0)
-        throw Problem(Status::kFailed, "cannot read " + shown(path) + ": " + std::strerror(reason) +
-                                           " (fetch it: " + fetchCommand(serial) + ")");
-    ConfigCali& cali = *ConfigCali::getInstance();
-    if (cali.load(session.directory.c_str(), static_cast<int>(serial)) != 0)
-        throw Problem(Status::kFailed, shown(path) +
-                                           " is no calibration description that can be read "
-                                           "(remove it and fetch it again: " +
-                                           fetchCommand(serial) + ")");
-    return cali;
+    const Description description = openDescription(session, serial);
+    if (description.cali == nullptr) throw Problem(Status::kFailed, description.problem);
+    return *description.cali;
+}
+
+std::size_t CameraFiles::lacking() const {
+    return files.size() -
+           static_cast<std::size_t>(std::count_if(files.begin(), files.end(), isPresent));
+}
+
+CameraFiles lookAtFiles(const Session& session, unsigned long serial) {
+    CameraFiles result;
+    result.description = openDescription(session, serial);
+    if (result.description.cali == nullptr) {
+        result.files.push_back({{descriptionName(serial)}, result.description.file});
+        return result;
+    }
+    std::unordered_set<std::string_view> names;
+    std::vector<dax::ExpectedFile> expected = dax::expectedFiles(static_cast<int>(serial));
+    result.files.reserve(expected.size());
+    for (dax::ExpectedFile& each : expected) {
+        if (!names.insert(each.name).second) continue;
+        const dax::FileStatus status = dax::fileStatus(pathOf(session, each.name));
+        result.files.push_back({each, status});
+    }
+    return result;
+}
+
+const char* stateWord(dax::FileState state) {
+    switch (state) {
+        case dax::FileState::kPresent:
+            return "present";
+        case dax::FileState::kEmpty:
+            return "empty";
+        case dax::FileState::kNotRegular:
+            return "not-regular";
+        case dax::FileState::kUnreadable:
+            return "unreadable";
+        case dax::FileState::kMissing:
+            break;
+    }
+    return "missing";
+}
+
+std::string stateText(const dax::FileStatus& status) {
+    if (status.state == dax::FileState::kNotRegular) return "not a regular file";
+    std::string text = stateWord(status.state);
+    if (status.state == dax::FileState::kUnreadable)
+        text.append(": ").append(std::strerror(status.reason));
+    return text;
+}
+
+std::string filesText(const CameraFiles& files) {
+    if (files.description.cali == nullptr)
+        return files.description.file.state == dax::FileState::kPresent
+                   ? "description unusable"
+                   : "description " + stateText(files.description.file);
+    const std::string count = std::to_string(files.files.size());
+    if (files.isComplete()) return "complete (" + count + " files)";
+    return std::to_string(files.lacking()) + " of " + count + " files not present";
 }
 
 }  // namespace thermika::cli

@@ -15,7 +15,7 @@ namespace thermika::cli {
 enum class Status : int {
     kYes = 0,     ///< yes, or done
     kNo = 1,      ///< the answer is no: something is missing, no camera, findings
-    kUsage = 2,   ///< the command line is wrong; found out without looking at anything else
+    kUsage = 2,   ///< another command line is needed; the message says which
     kFailed = 3,  ///< it could not be found out or done; the reason is on standard error
 };
 
@@ -34,7 +34,9 @@ private:
 
 /// One run of the program.
 struct Session {
-    std::string directory;  ///< of the calibration files: absolute, without a "/" at its end
+    /// Of the calibration files: absolute, without a "/" at its end, and short enough for the
+    /// library, which ends the process for others.
+    std::string directory;
     Output output;
 };
 

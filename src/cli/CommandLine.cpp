@@ -1,7 +1,9 @@
 // Help and version are answered while the command line is read; all else by the command's Run.
 #include "cli/CommandLine.h"
 
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
@@ -15,6 +17,8 @@
 #include "cli/Escape.h"
 #include "cli/LogStream.h"
 #include "cli/Version.h"
+#include "sdk/base/BuildConfig.h"
+#include "sdk/base/PathLimits.h"
 
 namespace thermika::cli {
 
@@ -27,11 +31,15 @@ struct CommandRow {
 };
 
 constexpr CommandRow kCommands[] = {
+    {"cameras", "List the attached cameras and the state of their files", addCameras},
     {"optics", "List a camera's optics, their temperature ranges and frame rates", addOptics},
+    {"files", "List the calibration files that a camera needs and their state", addFiles},
+    {"fetch", "Bring a camera's calibration files up to date", addFetch},
+    {"config", "Print a camera's configuration document", addConfig},
     {"validate", "Say what is wrong with a configuration document", addValidate},
+    {"online", "Tell whether the server with the calibration files answers", addOnline},
+    {"doctor", "Check everything that a camera needs, for a bug report", addDoctor},
 };
-
-constexpr const char* kDefaultDirectory = "/usr/share/libthermika/cali";
 
 void addSharedOptions(CommandLine& line) {
     CLI::App& app = line.app;
@@ -41,7 +49,7 @@ void addSharedOptions(CommandLine& line) {
     app.add_option("--dir", line.session.directory, "Directory of the calibration files")
         ->envname("THERMIKA_CALIBRATION_DIR")
         ->type_name("DIR")
-        ->default_str(kDefaultDirectory);
+        ->default_str(dax::kDefaultCalibrationDir);
     app.add_flag("--json", output.isJson, "Print one JSON document");
     app.add_flag("-q,--quiet", output.isQuiet, "Print results and errors only");
     app.add_flag("-v,--verbose", output.isVerbose, "Print the library's log on standard error");
@@ -71,12 +79,18 @@ Status answer(CommandLine& line, const CLI::ParseError& error) {
     throw Problem(Status::kUsage, shown(error.what()) + " (see: " + helpCommand(line.app) + ")");
 }
 
+constexpr std::size_t kLongestDirectory = dax::kPathBytes - 1 - std::size("/Cali-12345678.xml");
+
 std::string absoluteDirectory(const std::string& given) {
     namespace fs = std::filesystem;
     if (given.empty())
         throw Problem(Status::kUsage, "--dir: the calibration directory has an empty name");
     std::string absolute = fs::absolute(given).lexically_normal();
     while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
+    if (absolute.size() > kLongestDirectory)
+        throw Problem(Status::kUsage, "--dir: the directory's path has more than " +
+                                          std::to_string(kLongestDirectory) +
+                                          " bytes (choose a shorter one)");
     return absolute;
 }
 
@@ -97,7 +111,7 @@ Status runChosen(CommandLine& line) {
 
 std::unique_ptr<CommandLine> makeCommandLine() {
     auto line = std::make_unique<CommandLine>();
-    line->session.directory = kDefaultDirectory;
+    line->session.directory = dax::kDefaultCalibrationDir;
     line->app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     addSharedOptions(*line);
     line->app.require_subcommand(0, 1);

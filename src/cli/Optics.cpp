@@ -1,7 +1,10 @@
 // `thermika optics`: what a camera was calibrated for.
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -21,12 +24,18 @@ struct RangeOfOptics {
     unsigned short decimals = 0;
     bool hasFramerates = false;  ///< without a list any rate is allowed
     std::vector<unsigned short> framerates;
+    std::size_t lacking = 0;  ///< files of it that are not present
 };
 
 struct Optics {
     int fovDeg = 0;
     std::string text;
     std::vector<RangeOfOptics> ranges;
+
+    bool isComplete() const {
+        return std::all_of(ranges.begin(), ranges.end(),
+                           [](const RangeOfOptics& each) { return each.lacking == 0; });
+    }
 };
 
 RangeOfOptics rangeAt(ConfigCali& cali, OPTICS& key, int index) {
@@ -55,6 +64,18 @@ std::vector<Optics> listOptics(ConfigCali& cali) {
     return all;
 }
 
+/// A file that several ranges need is lacking in each of them.
+void countLacking(const CameraFiles& files, unsigned long serial, std::vector<Optics>& all) {
+    std::unordered_set<std::string_view> lacking;
+    for (const CameraFile& each : files.files)
+        if (each.status.state != dax::FileState::kPresent) lacking.insert(each.file.name);
+    for (const dax::ExpectedFile& each : dax::expectedFiles(static_cast<int>(serial))) {
+        if (each.opticsIndex < 0 || lacking.count(each.name) == 0) continue;
+        auto& ranges = all[static_cast<std::size_t>(each.opticsIndex)].ranges;
+        ++ranges[static_cast<std::size_t>(each.rangeIndex)].lacking;
+    }
+}
+
 Json document(unsigned long serial, const std::vector<Optics>& all) {
     Json list = Json::array();
     for (const Optics& optics : all) {
@@ -66,12 +87,14 @@ Json document(unsigned long serial, const std::vector<Optics>& all) {
             each["extendedMin"] = jsonNumber(range.extended.min);
             each["extendedMax"] = jsonNumber(range.extended.max);
             each["decimals"] = range.decimals;
-            each["framerates"] = range.framerates;
+            each["framerates"] = range.hasFramerates ? Json(range.framerates) : Json();
+            each["missing"] = range.lacking;
             ranges.push_back(each);
         }
         Json each;
         each["fov"] = optics.fovDeg;
         each["text"] = jsonText(optics.text);
+        each["complete"] = optics.isComplete();
         each["ranges"] = ranges;
         list.push_back(each);
     }
@@ -92,34 +115,40 @@ std::string framerateText(const std::vector<unsigned short>& rates) {
     return text.empty() ? "any" : text;
 }
 
+Cell filesCell(const RangeOfOptics& range) {
+    if (range.lacking == 0) return {"complete", Style::kGood};
+    return {std::to_string(range.lacking) + " missing", Style::kBad};
+}
+
 Table table(const std::vector<Optics>& all) {
-    Table result({{"FOV", true}, {"TEXT"}, {"RANGE"}, {"EXTENDED"}, {"DECIMALS", true}, {"HZ"}});
+    Table result(
+        {{"FOV", true}, {"TEXT"}, {"RANGE"}, {"EXTENDED"}, {"DECIMALS", true}, {"FILES"}, {"HZ"}});
     for (const Optics& optics : all) {
         const Cell fov{std::to_string(optics.fovDeg)};
         const Cell text{optics.text.empty() ? "-" : shown(optics.text)};
-        if (optics.ranges.empty()) result.add({fov, text, {"-"}, {"-"}, {"-"}, {"-"}});
+        if (optics.ranges.empty()) result.add({fov, text, {"-"}, {"-"}, {"-"}, {"-"}, {"-"}});
         for (const RangeOfOptics& range : optics.ranges)
             result.add({fov,
                         text,
                         {boundsText(range.normal)},
                         {boundsText(range.extended)},
                         {std::to_string(range.decimals)},
+                        filesCell(range),
                         {framerateText(range.framerates)}});
     }
     return result;
 }
 
 Status run(Session& session, const std::string& serialText) {
-    const unsigned long serial = chosenCamera(session, serialText);
-    const std::vector<Optics> all = listOptics(loadDescription(session, serial));
+    const unsigned long serial = chosenCamera(serialText, "optics");
+    std::vector<Optics> all = listOptics(loadDescription(session, serial));
+    countLacking(lookAtFiles(session, serial), serial, all);
     Output& output = session.output;
     if (output.isJson)
         output.addDocument(document(serial, all));
-    else if (!all.empty())
+    else
         output.add(table(all).text(output, terminalColumns()));
-    if (!all.empty()) return Status::kYes;
-    output.note(shown(session.directory + "/" + descriptionName(serial)) + " lists no optics");
-    return Status::kNo;
+    return Status::kYes;
 }
 
 }  // namespace

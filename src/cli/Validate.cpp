@@ -46,7 +46,7 @@ std::vector<Finding> checkAgainstCamera(const Session& session, const ImagerSett
                                         const Arguments& arguments) {
     const DocumentNumber serial = settings.serial.value();
     const auto number = static_cast<unsigned long>(serial.value);
-    if (!arguments.serialText.empty() && chosenCamera(session, arguments.serialText) != number)
+    if (!arguments.serialText.empty() && chosenCamera(arguments.serialText, "validate") != number)
         return {{serial.line, "<serial> holds \"" + std::to_string(number) + "\"",
                  "give " + arguments.serialText + ": the number of the camera that it is for"}};
     if (!choosesOptics(settings)) return {};
@@ -72,7 +72,7 @@ Json document(const std::string& file, const DocumentFindings& result) {
 }
 
 Status run(Session& session, const Arguments& arguments) {
-    if (!arguments.serialText.empty()) chosenCamera(session, arguments.serialText);
+    if (!arguments.serialText.empty()) chosenCamera(arguments.serialText, "validate");
     DocumentFindings result = checkDocument(readDocument(arguments.file));
     if (result.findings.empty())
         result.findings = checkAgainstCamera(session, result.settings, arguments);

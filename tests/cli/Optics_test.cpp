@@ -32,19 +32,20 @@ TEST(Optics, listsEachOpticsWithItsRanges) {
     const TempDir folder;
     writeTwoOptics(folder);
     EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}),
-              (RunResult{"FOV  TEXT           RANGE     EXTENDED    DECIMALS  HZ\n"
-                         " 33  wide \\x1B[31m  -20..100  -40.5..100         2  27 80\n"
-                         " 60  -              0..250    0..250             1  any\n",
+              (RunResult{"FOV  TEXT           RANGE     EXTENDED    DECIMALS  FILES      HZ\n"
+                         " 33  wide \\x1B[31m  -20..100  -40.5..100         2  4 missing  27 80\n"
+                         " 60  -              0..250    0..250             1  2 missing  any\n",
                          "", 0}));
 }
 
 TEST(Optics, saysWhichDescriptionIsMissingAndHowToGetIt) {
     const TempDir folder;
-    EXPECT_EQ(runCompanion({"--dir", folder / "none", "optics", "14080045"}),
-              (RunResult{"",
-                         "thermika: cannot read " + (folder / "none/Cali-14080045.xml") +
-                             ": No such file or directory (fetch it: thermika fetch 14080045)\n",
-                         3}));
+    EXPECT_EQ(
+        runCompanion({"--dir", folder / "none", "optics", "14080045"}),
+        (RunResult{"",
+                   "thermika: the calibration description " + (folder / "none/Cali-14080045.xml") +
+                       " is missing (fetch it: thermika fetch 14080045)\n",
+                   3}));
 }
 
 }  // namespace

@@ -1,0 +1,125 @@
+// `thermika config`: a camera's configuration document, as `thermika-genconfig` prints it or with a
+// choice made.
+#include <algorithm>
+#include <memory>
+#include <regex>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Camera.h"
+#include "cli/Choice.h"
+#include "cli/Commands.h"
+#include "cli/Escape.h"
+#include "cli/NewFile.h"
+#include "sdk/IRCalibrationManager.h"
+#include "sdk/base/BuildConfig.h"
+#include "sdk/camera/ConfigurationDocument.h"
+
+namespace thermika::cli {
+
+namespace {
+
+struct Options {
+    std::string serial;
+    std::string optics;
+    std::string range;
+    std::string file;
+    bool mayReplace = false;
+
+    bool isChoice() const { return !optics.empty() || !range.empty(); }
+};
+
+/// Whether `text` is well-formed where an XML document has character data. References stand in a
+/// description as they stand in the document.
+bool isCharacterData(const std::string& text) {
+    // What escaping would change is no text of a document of UTF-8; "\" is.
+    std::string plain = text;
+    plain.erase(std::remove(plain.begin(), plain.end(), '\\'), plain.end());
+    if (escaped(plain, true) != plain) return false;
+    static const std::regex kReferences("&([A-Za-z]+|#[0-9]+|#x[0-9A-Fa-f]+);");
+    return std::regex_replace(text, kReferences, "").find_first_of("<>&") == std::string::npos;
+}
+
+[[noreturn]] void refuseText(const std::string& what, const std::string& text,
+                             const char* nextStep) {
+    throw Problem(Status::kFailed, what + " \"" + shown(text) +
+                                       "\" cannot stand in an XML document (" + nextStep + ")");
+}
+
+std::string chosenDocument(const Session& session, unsigned long serial, const Options& options) {
+    const Choice choice = choose(loadDescription(session, serial), options.optics, options.range);
+    if (!isCharacterData(choice.text))
+        refuseText("the optics text", choice.text, "ask the vendor for another description");
+    dax::ConfigurationDocument document;
+    document.serial = serial;
+    document.formatsDir = dax::kDefaultFormatsDir;
+    document.calibrationDir = session.directory;
+    document.fovDeg = choice.fovDeg;
+    document.minTempC = choice.minTempC;
+    document.maxTempC = choice.maxTempC;
+    document.isChosen = true;
+    document.opticsText = choice.text;
+    return document.text();
+}
+
+std::string suggestingDocument(const Session& session, unsigned long serial) {
+    const Description description = openDescription(session, serial);
+    if (description.cali == nullptr)
+        session.output.note("the suggested field of view and limits are placeholders: " +
+                            description.problem);
+    dax::IRCalibrationManager* const manager = dax::IRCalibrationManager::getInstance();
+    manager->setCalibrationDir(session.directory.c_str());
+    return manager->generateConfiguration(serial);
+}
+
+Status run(Session& session, const Options& options) {
+    const unsigned long serial = chosenCamera(options.serial, "config");
+    if (!isCharacterData(session.directory))
+        refuseText("the directory", session.directory, "choose another with --dir");
+    // The tool for the first document ends with one more line feed, and so do we.
+    const std::string document = (options.isChoice() ? chosenDocument(session, serial, options)
+                                                     : suggestingDocument(session, serial)) +
+                                 "\n";
+    Output& output = session.output;
+    if (!options.file.empty()) {
+        writeNewFile(options.file, document, options.mayReplace);
+        output.note("wrote " + shown(options.file));
+    }
+    if (output.isJson) {
+        Json whole;
+        whole["serial"] = serial;
+        whole["file"] = options.file.empty() ? Json() : jsonText(options.file);
+        whole["document"] = jsonText(document);
+        output.addDocument(whole);
+    } else if (options.file.empty()) {
+        output.add(document);
+    }
+    return Status::kYes;
+}
+
+}  // namespace
+
+Run addConfig(CLI::App& command) {
+    const auto options = std::make_shared<Options>();
+    addSerialArgument(command, options->serial);
+    command
+        .add_option("--optics", options->optics,
+                    "Choose this optics in place of suggesting the first")
+        ->type_name("FOV[,TEXT]");
+    command
+        .add_option("--range", options->range,
+                    "Choose this temperature range, in degrees Celsius, in place of suggesting "
+                    "the first")
+        ->type_name("MIN..MAX");
+    CLI::Option* const file =
+        command.add_option("-o,--output", options->file, "Write the document to this new file")
+            ->type_name("FILE");
+    command.add_flag("--force", options->mayReplace, "With -o: replace a file that is there")
+        ->needs(file);
+    command.footer("Example: thermika config --optics 33 --range -20..100 -o camera.xml");
+    return [options](Session& session) { return run(session, *options); };
+}
+
+}  // namespace thermika::cli

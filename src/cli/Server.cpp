@@ -1,0 +1,69 @@
+// One question, without retries.
+#include "cli/Server.h"
+
+#include <chrono>
+#include <cstdio>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Escape.h"
+#include "cli/Source.h"
+
+namespace thermika::cli {
+
+namespace {
+
+double milliseconds(std::chrono::microseconds duration) {
+    return static_cast<double>(duration.count()) / 1000;
+}
+
+std::string durationText(std::chrono::microseconds duration) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f ms", milliseconds(duration));
+    return text;
+}
+
+}  // namespace
+
+ServerAnswer askServer(const std::string& from, unsigned seconds) {
+    const Cancellation cancellation;
+    fetch::Request request;
+    request.source = sourceFrom(from);
+    request.limits.idle = std::chrono::seconds(seconds);
+    request.limits.total = std::chrono::seconds(2 * seconds);
+    request.cancel = cancellation.flag();
+    return {fetch::probe(request)};
+}
+
+std::string answerText(const ServerAnswer& answer) {
+    const fetch::ProbeReport& report = answer.report;
+    const std::string address = shown(report.address);
+    if (!report.answers) return address + " does not answer: " + shown(report.reason);
+    std::string text = address + " answers";
+    if (report.httpStatus != 0)
+        text += " after " + durationText(report.answered) + " (connected after " +
+                durationText(report.connected) + ", HTTP status " +
+                std::to_string(report.httpStatus) + ")";
+    if (!report.base.empty()) text += "; the files are below " + shown(report.base);
+    if (!report.reason.empty()) text += ", but not as it should: " + shown(report.reason);
+    return text;
+}
+
+Json answerDocument(const ServerAnswer& answer) {
+    const fetch::ProbeReport& report = answer.report;
+    const auto textOrNull = [](const std::string& bytes) {
+        return bytes.empty() ? Json() : jsonText(bytes);
+    };
+    Json whole;
+    whole["address"] = jsonText(report.address);
+    whole["answers"] = report.answers;
+    whole["usable"] = answer.isGood();
+    whole["reason"] = textOrNull(report.reason);
+    whole["base"] = textOrNull(report.base);
+    whole["httpStatus"] = report.httpStatus == 0 ? Json() : Json(report.httpStatus);
+    whole["connectedMs"] = report.answers ? Json(milliseconds(report.connected)) : Json();
+    whole["answeredMs"] = report.answers ? Json(milliseconds(report.answered)) : Json();
+    return whole;
+}
+
+}  // namespace thermika::cli

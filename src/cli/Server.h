@@ -1,0 +1,27 @@
+// Whether the place that calibration files come from answers.
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "cli/Output.h"
+#include "fetch/Fetch.h"
+
+namespace thermika::cli {
+
+struct ServerAnswer {
+    fetch::ProbeReport report;
+    bool isGood() const { return report.answers && report.reason.empty(); }
+};
+
+/// Asks it once, `seconds` without a byte at most. See sourceFrom().
+ServerAnswer askServer(const std::string& from, unsigned seconds);
+
+/// What came of it, in a sentence; outside bytes are escaped.
+std::string answerText(const ServerAnswer& answer);
+
+/// The same for programs.
+Json answerDocument(const ServerAnswer& answer);
+
+}  // namespace thermika::cli

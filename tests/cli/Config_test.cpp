@@ -1,0 +1,139 @@
+// `thermika config`: the tool's document to the byte, and documents with a choice made.
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/CaliDescriptions.h"
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/ExpectedDocument.h"
+#include "support/Tool.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::ExpectedDocument;
+using thermika_test::inSandbox;
+using thermika_test::opticsElement;
+using thermika_test::opticsList;
+using thermika_test::rangeElement;
+using thermika_test::readFile;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+
+TEST(Config, isWhatTheToolPrints) {
+    inSandbox([] {
+        fs::create_directories(thermika_test::kCaliDir);
+        for (const char* const name : {"Cali-14080045.xml", "Cali-14080046.xml"})
+            fs::copy(std::string(THERMIKA_EXAMPLES "/") + name, thermika_test::kCaliDir);
+        for (const char* const serial : {"14080045", "14080046"}) {
+            const RunResult tool = thermika_test::runTool({"-d", serial});
+            ASSERT_EQ(tool.status, 0);
+            EXPECT_EQ(runCompanion({"config", serial}), tool);
+        }
+        const RunResult placeholders = runCompanion({"config", "12345678"});
+        EXPECT_EQ(placeholders.out, thermika_test::runTool({"-d", "12345678"}).out);
+        EXPECT_EQ(placeholders.err,
+                  "the suggested field of view and limits are placeholders: the calibration "
+                  "description /usr/share/libthermika/cali/Cali-12345678.xml is missing (fetch "
+                  "it: thermika fetch 12345678)\n");
+        EXPECT_EQ(placeholders.status, 0);
+    });
+}
+
+/// Two optics.
+class ConfigChoice : public testing::Test {
+protected:
+    ConfigChoice() {
+        thermika_test::writeDescription(
+            m_folder, 14080045,
+            opticsList(opticsElement(33, "", rangeElement("-20", "100")) +
+                       opticsElement(60, "T&amp;1",
+                                     rangeElement("-20", "100") + rangeElement("0.5", "250"))));
+    }
+
+    RunResult config(std::vector<std::string> more) const {
+        more.insert(more.begin(), {"config", "14080045", "--dir", m_folder.path()});
+        return runCompanion(more);
+    }
+
+    /// The suggestion without the two lines that make it a comment.
+    std::string activated(int fov, int min, int max, const std::string& text) const {
+        ExpectedDocument document;
+        document.serial = "14080045";
+        document.calibrationDir = m_folder.path();
+        document.fovDeg = fov;
+        document.minTempC = min;
+        document.maxTempC = max;
+        std::string whole = document.text() + "\n";
+        const auto replaceOnce = [&whole](const std::string& from, const std::string& to) {
+            ASSERT_NE(whole.find(from), std::string::npos);
+            whole.replace(whole.find(from), from.size(), to);
+        };
+        replaceOnce("  <!--\n  <fov>", "  <fov>");
+        replaceOnce("<optics_text></optics_text>\n  -->\n",
+                    "<optics_text>" + text + "</optics_text>\n");
+        return whole;
+    }
+
+    TempDir m_folder;
+};
+
+TEST_F(ConfigChoice, takesEffect) {
+    EXPECT_EQ(config({"--optics", "60", "--range", "0.5..250"}),
+              (RunResult{activated(60, 0, 250, "T&amp;1"), "", 0}));
+    EXPECT_EQ(config({"--optics", "33"}), (RunResult{activated(33, -20, 100, ""), "", 0}));
+    EXPECT_EQ(config({"--range=-20..100"}), (RunResult{activated(33, -20, 100, ""), "", 0}));
+    EXPECT_EQ(config({"--range", "-20..100"}), (RunResult{activated(33, -20, 100, ""), "", 0}));
+}
+
+TEST_F(ConfigChoice, namesWhatThereIsWhenItIsWrong) {
+    EXPECT_EQ(config({"--optics", "34"}),
+              (RunResult{"",
+                         "thermika: --optics: the camera was not calibrated for \"34\" (there is: "
+                         "\"33\", \"60,T&amp;1\")\n",
+                         2}));
+}
+
+TEST_F(ConfigChoice, needsTheDescription) {
+    const RunResult result =
+        runCompanion({"config", "14080046", "--dir", m_folder.path(), "--optics", "33"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.out, "");
+}
+
+TEST_F(ConfigChoice, isRefusedWhereItsTextIsNoXml) {
+    for (const char* const text : {"a&b", "a\x01", "a\xE9"}) {
+        thermika_test::writeDescription(
+            m_folder, 14080045, opticsList(opticsElement(33, text, rangeElement("0", "9"))));
+        const RunResult result = config({"--optics", "33"});
+        EXPECT_EQ(result.status, 3) << result;
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST_F(ConfigChoice, goesToAFileThatIsNotOverwritten) {
+    const std::string file = m_folder / "camera.xml";
+    EXPECT_EQ(config({"--optics", "33", "-o", file}), (RunResult{"", "wrote " + file + "\n", 0}));
+    EXPECT_EQ(readFile(file), activated(33, -20, 100, ""));
+    EXPECT_EQ(
+        config({"--optics", "60", "-o", file}),
+        (RunResult{"", "thermika: cannot write " + file + ": File exists (--force replaces it)\n",
+                   3}));
+    EXPECT_EQ(readFile(file), activated(33, -20, 100, ""));
+    EXPECT_EQ(config({"--optics", "60", "-o", file, "--force", "-q"}), (RunResult{"", "", 0}));
+    EXPECT_EQ(readFile(file), activated(60, -20, 100, "T&amp;1"));
+    EXPECT_EQ(config({"--force"}).status, 2);
+}
+
+TEST(Config, refusesADirectoryThatIsNoXml) {
+    const TempDir folder;
+    const RunResult result = runCompanion({"config", "14080045", "--dir", folder / "a<b"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err, "thermika: the directory \"" + (folder / "a<b") +
+                              "\" cannot stand in an XML document (choose another with --dir)\n");
+}
+
+}  // namespace

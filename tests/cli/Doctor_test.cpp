@@ -1,0 +1,104 @@
+// `thermika doctor`: one line for each thing that can be wrong, with the next step.
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/UsbTree.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::DownloadSandbox;
+using thermika_test::FileServer;
+using thermika_test::inSandbox;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::UsbTree;
+
+/// The line about `subject` without the gaps between its cells; "" when there is none.
+std::string lineAbout(const std::string& subject, const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string state;
+        std::string about;
+        std::string rest;
+        words >> state >> about >> std::ws;
+        std::getline(words, rest);
+        if (about == subject) return state + " " + rest;
+    }
+    return "";
+}
+
+TEST(Doctor, findsNothingWrongWhereEverythingIsThere) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        UsbTree bus;
+        bus.addCamera("1-1", "14080045");
+        FileServer server;
+        thermika_test::serveFiles(server, thermika_test::cameraFiles());
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        const RunResult result = runCompanion({"doctor"});
+        EXPECT_EQ(result.status, 0) << result;
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out.find("FAIL"), std::string::npos) << result;
+        EXPECT_EQ(lineAbout("version", result.out).find("OK " THERMIKA_VERSION ", built with "),
+                  0U);
+        EXPECT_EQ(lineAbout("directory", result.out)
+                      .find("OK /usr/share/libthermika/cali, owner root:root, mode 0755, "),
+                  0U)
+            << result;
+        EXPECT_EQ(lineAbout("formats", result.out).find("OK /usr/share/libthermika, "), 0U);
+        EXPECT_EQ(lineAbout("bus", result.out), "OK /sys/bus/usb/devices can be read");
+        EXPECT_EQ(lineAbout("camera", result.out), "OK the camera 14080045 is attached at 1-1");
+        EXPECT_EQ(lineAbout("description", result.out),
+                  "OK /usr/share/libthermika/cali/Cali-14080045.xml, 481 B, 1 optics");
+        EXPECT_EQ(lineAbout("files", result.out), "OK of camera 14080045: complete (5 files)");
+        EXPECT_NE(lineAbout("server", result.out), "");
+    });
+}
+
+TEST(Doctor, namesTheNextStepForWhateverIsWrong) {
+    inSandbox([] {
+        UsbTree bus;
+        const RunResult empty = runCompanion({"doctor"});
+        EXPECT_EQ(empty.status, 0) << empty;
+        EXPECT_EQ(lineAbout("directory", empty.out),
+                  "WARN /usr/share/libthermika/cali does not exist (thermika fetch creates it)");
+        EXPECT_EQ(lineAbout("camera", empty.out),
+                  "WARN no camera is attached (plug one in, or name one: thermika doctor SERIAL)");
+        EXPECT_EQ(lineAbout("server", empty.out).substr(0, 5), "WARN ");
+
+        bus.addCamera("1-1", "14080045");
+        const RunResult bare = runCompanion({"doctor"});
+        EXPECT_EQ(bare.status, 1);
+        EXPECT_EQ(lineAbout("description", bare.out),
+                  "FAIL the calibration description "
+                  "/usr/share/libthermika/cali/Cali-14080045.xml is missing (fetch it: thermika "
+                  "fetch 14080045)");
+
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        fs::remove(std::string(thermika_test::kCaliDir) + "/" + thermika_test::kLastData);
+        const RunResult lacking = runCompanion({"doctor", "14080045"});
+        EXPECT_EQ(lacking.status, 1);
+        EXPECT_EQ(lineAbout("files", lacking.out),
+                  "FAIL of camera 14080045: 1 of 5 files not present (fetch them: thermika fetch "
+                  "14080045)");
+    });
+}
+
+TEST(Doctor, goesOnWithoutABus) {
+    inSandbox([] {
+        const RunResult result = runCompanion({"doctor"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(lineAbout("bus", result.out).find("FAIL cannot read /sys/bus/usb/devices: "), 0U);
+        EXPECT_NE(lineAbout("server", result.out), "");
+    });
+}
+
+}  // namespace

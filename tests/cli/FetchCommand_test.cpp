@@ -1,0 +1,170 @@
+// `thermika fetch` with a folder as its source, and its words and statuses. What the transfers
+// themselves withstand is the fetch library's.
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/DownloadSandbox.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::cameraFiles;
+using thermika_test::contents;
+using thermika_test::kDescriptionName;
+using thermika_test::kFirstCurve;
+using thermika_test::kFirstData;
+using thermika_test::kLastCurve;
+using thermika_test::kLastData;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+using thermika_test::writeFile;
+
+std::vector<std::string> sortedLines(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+/// A medium with the files of a small camera, and a directory that does not exist yet.
+class FetchFromFolder : public testing::Test {
+protected:
+    FetchFromFolder() {
+        fs::create_directories(m_medium / "deep/er");
+        for (const auto& [name, bytes] : cameraFiles()) {
+            const bool isDescription = name == kDescriptionName;
+            writeFile((isDescription ? m_medium / "" : m_medium / "deep/er/") + name, bytes);
+        }
+    }
+
+    std::vector<std::string> command(std::vector<std::string> more = {}) const {
+        more.insert(more.begin(),
+                    {"fetch", "14080045", "--from", m_medium.path(), "--dir", m_directory});
+        return more;
+    }
+
+    TempDir m_medium;
+    TempDir m_home;
+    std::string m_directory = m_home / "new/cali";
+};
+
+TEST_F(FetchFromFolder, bringsTheDescriptionAndThenWhatItCallsFor) {
+    const RunResult result = runCompanion(command());
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "5 files fetched, 0 there already\n");
+    EXPECT_EQ(sortedLines(result.err),
+              (std::vector<std::string>{
+                  "fetched " + kFirstData + " (14 B)", "fetched " + kLastData + " (14 B)",
+                  "fetched " + kDescriptionName + " (481 B)", "fetched " + kFirstCurve + " (15 B)",
+                  "fetched " + kLastCurve + " (15 B)"}));
+    EXPECT_EQ(result.err.find("fetched " + kDescriptionName), 0U);
+    EXPECT_EQ(contents(m_directory), cameraFiles());
+    EXPECT_EQ(fs::status(m_directory).permissions(), fs::perms(0755));
+    EXPECT_EQ(runCompanion(command()), (RunResult{"0 files fetched, 5 there already\n", "", 0}));
+    EXPECT_EQ(runCompanion({"files", "14080045", "--dir", m_directory}).status, 0);
+}
+
+TEST_F(FetchFromFolder, saysNothingButResultsWhenQuiet) {
+    EXPECT_EQ(runCompanion(command({"--quiet"})),
+              (RunResult{"5 files fetched, 0 there already\n", "", 0}));
+}
+
+TEST_F(FetchFromFolder, bringsWhatIsThereAlreadyOnlyWhenToldTo) {
+    fs::create_directories(m_directory);
+    writeFile(m_directory + "/" + kFirstData, "old");
+    EXPECT_EQ(runCompanion(command({"-q"})).out, "4 files fetched, 1 there already\n");
+    EXPECT_EQ(contents(m_directory)[kFirstData], "old");
+    EXPECT_EQ(runCompanion(command({"-q", "--all"})).out, "5 files fetched, 0 there already\n");
+    EXPECT_EQ(contents(m_directory), cameraFiles());
+}
+
+TEST_F(FetchFromFolder, replacesADescriptionThatCannotBeUsed) {
+    fs::create_directories(m_directory);
+    writeFile(m_directory + "/" + kDescriptionName, "<html>\n");
+    EXPECT_EQ(runCompanion(command({"-q"})).status, 0);
+    EXPECT_EQ(contents(m_directory), cameraFiles());
+}
+
+TEST_F(FetchFromFolder, namesWhatIsMissingAndWhy) {
+    fs::remove(m_medium / ("deep/er/" + kFirstCurve));
+    const RunResult result = runCompanion(command({"-q"}));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.out, "4 files fetched, 0 there already\n");
+    EXPECT_EQ(result.err.find("thermika: " + kFirstCurve + ": "), 0U) << result;
+    EXPECT_NE(result.err.find("\nthermika: 1 file could not be had from " + m_medium.path() +
+                              " for " + m_directory + " ("),
+              std::string::npos)
+        << result;
+    auto expected = cameraFiles();
+    expected.erase(kFirstCurve);
+    EXPECT_EQ(contents(m_directory), expected);
+}
+
+TEST_F(FetchFromFolder, endsWithTheDescriptionWhenThereIsNone) {
+    fs::remove(m_medium / kDescriptionName);
+    const RunResult result = runCompanion(command({"-q"}));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err.find("thermika: " + kDescriptionName + ": "), 0U) << result;
+}
+
+TEST_F(FetchFromFolder, refusesADescriptionThatIsNone) {
+    writeFile(m_medium / kDescriptionName, "<html>\n");
+    const RunResult result = runCompanion(command({"-q"}));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.err.find("lists no optics, so it is no calibration description"),
+              std::string::npos)
+        << result;
+}
+
+TEST_F(FetchFromFolder, triesWithoutTouchingAnything) {
+    const std::string line =
+        (m_medium / kDescriptionName) + " -> " + m_directory + "/" + kDescriptionName + "\n";
+    EXPECT_EQ(runCompanion(command({"--dry-run"})),
+              (RunResult{line, "what else is needed is known once the description is there\n", 0}));
+    EXPECT_FALSE(fs::exists(m_home / "new"));
+
+    fs::create_directories(m_directory);
+    writeFile(m_directory + "/" + kDescriptionName, thermika_test::cameraDescription());
+    const auto before = contents(m_home.path());
+    const RunResult plan = runCompanion(command({"--dry-run"}));
+    EXPECT_EQ(plan.status, 0) << plan;
+    EXPECT_EQ(std::count(plan.out.begin(), plan.out.end(), '\n'), 4) << plan;
+    EXPECT_NE(plan.out.find((m_medium / ("deep/er/" + kLastData)) + " -> " + m_directory + "/" +
+                            kLastData + "\n"),
+              std::string::npos)
+        << plan;
+    EXPECT_EQ(contents(m_home.path()), before);
+}
+
+TEST_F(FetchFromFolder, refusesNumbersOutsideTheirBounds) {
+    for (const char* const option : {"--jobs=0", "--jobs=65", "--jobs=x", "--timeout=0",
+                                     "--retries=-1", "--retries=101", "--max-size=0"})
+        EXPECT_EQ(runCompanion(command({option})).status, 2) << option;
+    EXPECT_FALSE(fs::exists(m_home / "new"));
+}
+
+TEST_F(FetchFromFolder, leavesOutFilesThatAreTooLarge) {
+    const RunResult result = runCompanion(command({"-q", "--max-size", "14"}));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err.find("thermika: " + kDescriptionName + ": "), 0U) << result;
+}
+
+TEST_F(FetchFromFolder, saysThatTheDirectoryCannotBeWrittenAndHowToChooseAnother) {
+    writeFile(m_home / "file", "");
+    const RunResult result = runCompanion(
+        {"fetch", "14080045", "--from", m_medium.path(), "--dir", m_home / "file/cali"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.err.find(m_home / "file"), std::string::npos) << result;
+    EXPECT_NE(result.err.find("another directory: --dir DIR"), std::string::npos) << result;
+}
+
+}  // namespace

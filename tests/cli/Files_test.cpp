@@ -1,0 +1,116 @@
+// `thermika files`: each state that a file can be in, for people and for programs.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::cameraDescription;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+using thermika_test::writeFile;
+
+/// A directory with the files of a small camera.
+class Files : public testing::Test {
+protected:
+    Files() {
+        for (const auto& [name, bytes] : thermika_test::cameraFiles())
+            writeFile(m_folder / name, bytes);
+    }
+
+    std::vector<std::string> command(std::vector<std::string> more = {}) const {
+        more.insert(more.begin(), {"files", "14080045", "--dir", m_folder.path()});
+        return more;
+    }
+
+    TempDir m_folder;
+};
+
+TEST_F(Files, listsEveryFileWithItsSize) {
+    EXPECT_EQ(runCompanion(command()),
+              (RunResult{"SIZE  STATE    NAME\n"
+                         " 481  present  Cali-14080045.xml\n"
+                         "  14  present  Cali-14080045-33-M20-100-27.dat\n"
+                         "  15  present  Kennlinie-14080045-33-M20-100-27.prn\n"
+                         "  14  present  Cali-14080045-33-M20-100-80.dat\n"
+                         "  15  present  Kennlinie-14080045-33-M20-100-80.prn\n",
+                         "", 0}));
+    EXPECT_EQ(runCompanion(command({"--missing"})), (RunResult{"", "", 0}));
+}
+
+TEST_F(Files, tellsEveryStateApart) {
+    fs::remove(m_folder / thermika_test::kFirstData);
+    writeFile(m_folder / thermika_test::kFirstCurve, "");
+    fs::remove(m_folder / thermika_test::kLastData);
+    ASSERT_EQ(mkfifo((m_folder / thermika_test::kLastData).c_str(), 0600), 0);
+    fs::remove(m_folder / thermika_test::kLastCurve);
+    fs::create_symlink(thermika_test::kLastCurve, m_folder / thermika_test::kLastCurve);
+    EXPECT_EQ(runCompanion(command()),
+              (RunResult{"SIZE  STATE                                          NAME\n"
+                         " 481  present                                        "
+                         "Cali-14080045.xml\n"
+                         "   -  missing                                        "
+                         "Cali-14080045-33-M20-100-27.dat\n"
+                         "   -  empty                                          "
+                         "Kennlinie-14080045-33-M20-100-27.prn\n"
+                         "   -  not a regular file                             "
+                         "Cali-14080045-33-M20-100-80.dat\n"
+                         "   -  unreadable: Too many levels of symbolic links  "
+                         "Kennlinie-14080045-33-M20-100-80.prn\n",
+                         "4 of 5 files not present in " + m_folder.path() +
+                             " (fetch them: thermika fetch 14080045)\n",
+                         1}));
+}
+
+TEST_F(Files, printsMissingNamesAloneForScripts) {
+    fs::remove(m_folder / thermika_test::kFirstData);
+    fs::remove(m_folder / thermika_test::kLastCurve);
+    const RunResult lines = runCompanion(command({"--missing", "--quiet"}));
+    EXPECT_EQ(lines, (RunResult{thermika_test::kFirstData + "\n" + thermika_test::kLastCurve + "\n",
+                                "", 1}));
+    const std::string zero(1, '\0');
+    EXPECT_EQ(
+        runCompanion(command({"--missing", "-0", "-q"})),
+        (RunResult{thermika_test::kFirstData + zero + thermika_test::kLastCurve + zero, "", 1}));
+    EXPECT_EQ(runCompanion(command({"-0"})).status, 2);
+}
+
+TEST_F(Files, showsNamesFromTheDescriptionWithoutWhatATerminalActsOn) {
+    writeFile(m_folder / thermika_test::kDescriptionName, cameraDescription("a\033[31mb"));
+    const RunResult lines = runCompanion(command({"--missing", "-q"}));
+    EXPECT_EQ(lines.out.substr(0, lines.out.find('\n')),
+              "Cali-14080045-33-a\\x1B[31mb-M20-100-27.dat");
+    // Programs get the bytes.
+    EXPECT_EQ(runCompanion(command({"--missing", "-0", "-q"})).out.substr(0, 26),
+              "Cali-14080045-33-a\033[31mb-M");
+}
+
+TEST_F(Files, namesTheDescriptionAloneWhenItIsMissing) {
+    fs::remove(m_folder / thermika_test::kDescriptionName);
+    EXPECT_EQ(
+        runCompanion(command()),
+        (RunResult{"SIZE  STATE    NAME\n"
+                   "   -  missing  Cali-14080045.xml\n",
+                   "the calibration description " + (m_folder / thermika_test::kDescriptionName) +
+                       " is missing (fetch it: thermika fetch 14080045)\n",
+                   1}));
+}
+
+TEST_F(Files, cannotTellWhenTheDescriptionIsNone) {
+    writeFile(m_folder / thermika_test::kDescriptionName, "<html>\n");
+    const RunResult result = runCompanion(command());
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err, "thermika: " + (m_folder / thermika_test::kDescriptionName) +
+                              " lists no optics, so it is no calibration description (fetch it: "
+                              "thermika fetch 14080045)\n");
+}
+
+}  // namespace
