@@ -7,8 +7,8 @@
 #include <string>
 
 #include "sdk/base/FileRead.h"
+#include "sdk/xml/ByteScan.h"
 #include "sdk/xml/FrontMove.h"
-#include "sdk/xml/RunScan.h"
 #include "sdk/xml/TagSearch.h"
 #include "sdk/xml/XmlComments.h"
 
@@ -70,7 +70,7 @@ bool joinLines(std::string_view text, const char* end, bool isPlain, char*& to) 
         begin = feed + 1;
         return true;
     };
-    const bool isWhole = visitRuns<'\n', Run::kOne>(text, join) && join(text.size());
+    const bool isWhole = visitBytes<'\n'>(text, join) && join(text.size());
     to = next;
     if (!isPlain) replaceCarriageReturns(first, to);
     return isWhole;

@@ -2,7 +2,7 @@
 // told apart by their text.
 #include "sdk/xml/TagIndex.h"
 
-#include "sdk/xml/RunScan.h"
+#include "sdk/xml/ByteScan.h"
 
 namespace dax {
 
@@ -18,8 +18,8 @@ void TagIndex::build(std::string_view text) {
     m_prints.clear();
     // Room that is not needed is never touched.
     m_offsets.reserve(text.size() / kUsualTagDistance);
-    m_prints.reserve(text.size() / kUsualTagDistance + kStep);
-    visitRuns<'<', Run::kOne>(text, [&](std::size_t at) {
+    m_prints.reserve(text.size() / kUsualTagDistance + kScanStep);
+    visitBytes<'<'>(text, [&](std::size_t at) {
         m_offsets.push_back(static_cast<std::uint32_t>(at));
         const char* const behind = text.data() + at + 1;
         const std::size_t left = text.size() - at - 1;
@@ -27,7 +27,7 @@ void TagIndex::build(std::string_view text) {
             fingerprint(left >= sizeof(Word) ? wordAt(behind) : shortWord({behind, left})));
         return true;
     });
-    m_prints.resize(m_offsets.size() + kStep);
+    m_prints.resize(m_offsets.size() + kScanStep);
     m_isBuilt = true;
 }
 

@@ -4,14 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
+#include "sdk/xml/ByteScan.h"
 #include "sdk/xml/TagPrint.h"
 #include "sdk/xml/TagSearch.h"
 
@@ -42,7 +38,7 @@ public:
     std::size_t find(std::string_view text, const ElementName& name, TagKind kind, std::size_t from,
                      std::size_t to) const {
         const unsigned char print = name.print(kind);
-        for (from = nextOf(print, from, to); from < to; from = nextOf(print, from + 1, to))
+        for (; (from = nextByte(m_prints.data(), print, from, to)) < to; ++from)
             if (isAt(text, name, kind, from)) return from;
         return kNoTag;
     }
@@ -55,33 +51,9 @@ public:
     }
 
 private:
-    static constexpr std::size_t kStep = 16;  ///< tags looked at together
-
-    /// The first of the tags `from` to `to` - 1 with this fingerprint, or a number from `to` on.
-    std::size_t nextOf(unsigned char print, std::size_t from, std::size_t to) const {
-#ifdef __SSE2__
-        // Most elements hold few tags: a call of memchr() would cost more than the search.
-        const __m128i wanted = _mm_set1_epi8(static_cast<char>(print));
-        for (; from < to; from += kStep) {
-            const auto* const at = reinterpret_cast<const __m128i*>(m_prints.data() + from);
-            const auto same = static_cast<unsigned int>(
-                _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_loadu_si128(at), wanted)));
-            if (same != 0) return from + static_cast<std::size_t>(__builtin_ctz(same));
-        }
-        return to;
-#else
-        if (from >= to) return to;
-        const auto* const begin = m_prints.data();
-        const void* const found = std::memchr(begin + from, print, to - from);
-        return found == nullptr
-                   ? to
-                   : static_cast<std::size_t>(static_cast<const unsigned char*>(found) - begin);
-#endif
-    }
-
     bool m_isBuilt = false;
     std::vector<std::uint32_t> m_offsets;
-    std::vector<unsigned char> m_prints;  ///< and kStep more, which belong to no tag
+    std::vector<unsigned char> m_prints;  ///< and kScanStep more, which belong to no tag
 };
 
 }  // namespace dax

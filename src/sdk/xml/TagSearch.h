@@ -47,8 +47,4 @@ inline bool isTagAt(const char* at, std::string_view name, TagKind kind) {
 std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, std::size_t from,
                     std::size_t limit);
 
-/// The same answer, one candidate at a time; what findTag() uses where it has no faster way.
-std::size_t findTagPlainly(std::string_view text, std::string_view name, TagKind kind,
-                           std::size_t from, std::size_t limit);
-
 }  // namespace dax

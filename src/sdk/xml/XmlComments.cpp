@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "sdk/xml/ByteScan.h"
 #include "sdk/xml/FrontMove.h"
-#include "sdk/xml/RunScan.h"
 
 namespace dax {
 
@@ -54,8 +54,7 @@ std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
 
     // A "--" counts once the byte behind it is there.
     const std::size_t upTo = isEnd ? size : size - std::min<std::size_t>(size, 1);
-    if (m_allOpened && next < upTo)
-        m_allOpened = visitRuns<'-', Run::kTwo>({text + next, upTo - next}, pair);
+    if (m_allOpened && next < upTo) m_allOpened = visitPairs<'-'>({text + next, upTo - next}, pair);
     if (nesting > 0) {
         // Of a comment that is open, what may belong to a delimiter stays.
         keep(begin);

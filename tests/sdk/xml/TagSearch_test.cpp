@@ -1,5 +1,5 @@
-// Both searches for literal tags, beside each other and beside std::string::find. Texts lie right
-// before memory that must not be read.
+// The search for literal tags beside std::string::find. Texts lie right before memory that must not
+// be read.
 #include "sdk/xml/TagSearch.h"
 
 #include <algorithm>
@@ -15,7 +15,6 @@
 namespace {
 
 using dax::findTag;
-using dax::findTagPlainly;
 using dax::kNoTag;
 using dax::TagKind;
 using dax::tagLength;
@@ -31,7 +30,7 @@ std::size_t expectedPlace(const std::string& text, const std::string& tag, std::
     return at < limit ? at : kNoTag;
 }
 
-/// Both searches from and to the places around `places`; false at the first difference.
+/// The search from and to the places around `places`; false at the first difference.
 bool agreesAround(GuardedPage& page, const std::string& text, const std::string& name,
                   TagKind kind) {
     const std::string tag = tagOf(name, kind);
@@ -45,9 +44,7 @@ bool agreesAround(GuardedPage& page, const std::string& text, const std::string&
               text.size() + 1 - std::min(tag.size(), text.size()), text.size(), text.size() + 1,
               text.size() + 100}) {
             const std::size_t expected = expectedPlace(text, tag, from, limit);
-            if (findTag(guarded, name, kind, from, limit) == expected &&
-                findTagPlainly(guarded, name, kind, from, limit) == expected)
-                continue;
+            if (findTag(guarded, name, kind, from, limit) == expected) continue;
             ADD_FAILURE() << "text " << testing::PrintToString(text) << ", tag "
                           << testing::PrintToString(tag) << " from " << from << " to " << limit;
             return false;
@@ -73,31 +70,25 @@ TEST(TagSearch, countsTheWholeTag) {
 
 TEST(TagSearch, findsTheFirstTagFromTheGivenPlaceOn) {
     const std::string text = "<a></a><a></a>";
-    for (const auto find : {findTag, findTagPlainly}) {
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 0, text.size()), 0U);
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 1, text.size()), 7U);
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 8, text.size()), kNoTag);
-        EXPECT_EQ(find(text, "a", TagKind::kClosing, 0, text.size()), 3U);
-        EXPECT_EQ(find(text, "a", TagKind::kClosing, 4, text.size()), 10U);
-    }
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 0, text.size()), 0U);
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 1, text.size()), 7U);
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 8, text.size()), kNoTag);
+    EXPECT_EQ(findTag(text, "a", TagKind::kClosing, 0, text.size()), 3U);
+    EXPECT_EQ(findTag(text, "a", TagKind::kClosing, 4, text.size()), 10U);
 }
 
 TEST(TagSearch, countsATagThatBeginsRightBeforeTheLimit) {
     const std::string text = "xx<a>yy";
-    for (const auto find : {findTag, findTagPlainly}) {
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 0, 3), 2U);
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 0, 2), kNoTag);
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 2, 2), kNoTag);
-        EXPECT_EQ(find(text, "a", TagKind::kOpening, 3, 100), kNoTag);
-    }
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 0, 3), 2U);
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 0, 2), kNoTag);
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 2, 2), kNoTag);
+    EXPECT_EQ(findTag(text, "a", TagKind::kOpening, 3, 100), kNoTag);
 }
 
 TEST(TagSearch, findsNoTagThatTheTextCutsOff) {
     const std::string text = "xx<abc";
-    for (const auto find : {findTag, findTagPlainly}) {
-        EXPECT_EQ(find(text, "abc", TagKind::kOpening, 0, 100), kNoTag);
-        EXPECT_EQ(find(text, "abcdefghijklmnopqrstuvwxyz", TagKind::kOpening, 0, 100), kNoTag);
-    }
+    EXPECT_EQ(findTag(text, "abc", TagKind::kOpening, 0, 100), kNoTag);
+    EXPECT_EQ(findTag(text, "abcdefghijklmnopqrstuvwxyz", TagKind::kOpening, 0, 100), kNoTag);
 }
 
 TEST(TagSearch, agreesWithStringSearchForEveryTextLength) {
@@ -136,7 +127,6 @@ TEST(TagSearch, findsATagAtEveryPlace) {
                 // A character before the tag may complete an earlier one: "<" with an empty name.
                 const std::size_t expected = text.find(tag);
                 ASSERT_EQ(findTag(page.put(text), name, kind, 0, 100), expected) << text;
-                ASSERT_EQ(findTagPlainly(page.put(text), name, kind, 0, 100), expected) << text;
             }
         }
     }
@@ -152,7 +142,6 @@ TEST(TagSearch, readsNothingBeyondATagThatBeginsRightBeforeTheLimit) {
                 const std::string readable(limit + tagLength(name, kind) - 1, '<');
                 const std::string_view claimed(page.put(readable).data(), readable.size() + 200);
                 EXPECT_EQ(findTag(claimed, name, kind, 0, limit), kNoTag);
-                EXPECT_EQ(findTagPlainly(claimed, name, kind, 0, limit), kNoTag);
             }
         }
     }

@@ -1,0 +1,108 @@
+// Finds bytes in a text, many at a time where the processor can. All that is specific to a processor
+// stands here, each piece with a plain form beside it. Knows nothing of tags and comments.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace dax {
+
+/// How many bytes nextByte() looks at together: so many can be read from any position it looks at.
+constexpr std::size_t kScanStep = 16;
+
+/// The first of the bytes `from` to `to` - 1 that equals `byte`, or a number from `to` on. kScanStep
+/// bytes can be read from `to` on.
+inline std::size_t nextByte(const unsigned char* bytes, unsigned char byte, std::size_t from,
+                            std::size_t to) {
+#ifdef __SSE2__
+    // Most ranges are short: a call of memchr() would cost more than the search.
+    const __m128i wanted = _mm_set1_epi8(static_cast<char>(byte));
+    for (; from < to; from += kScanStep) {
+        const auto* const at = reinterpret_cast<const __m128i*>(bytes + from);
+        const auto same = static_cast<unsigned int>(
+            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_loadu_si128(at), wanted)));
+        if (same != 0) return from + static_cast<std::size_t>(__builtin_ctz(same));
+    }
+#else
+    while (from < to && bytes[from] != byte) ++from;
+#endif
+    return from;
+}
+
+namespace byte_scan {
+
+#ifdef __SSE2__
+
+constexpr std::size_t kBlock = 4 * kScanStep;
+
+/// One bit for each of the kBlock positions from `block` on that holds the byte, the lowest for the
+/// first; with `kIsPair`, for each that holds it as the next one does, which reads one byte more.
+template <char kByte, bool kIsPair>
+[[gnu::always_inline]] inline std::uint64_t positionsInBlock(const char* block) {
+    __m128i equal[kBlock / kScanStep];
+    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) {
+        const auto* const at = reinterpret_cast<const __m128i*>(block + i * kScanStep);
+        equal[i] = _mm_cmpeq_epi8(_mm_loadu_si128(at), _mm_set1_epi8(kByte));
+    }
+    if constexpr (kIsPair) {
+        // Pairs are searched of bytes that are rare.
+        const __m128i any =
+            _mm_or_si128(_mm_or_si128(equal[0], equal[1]), _mm_or_si128(equal[2], equal[3]));
+        if (_mm_movemask_epi8(any) == 0) return 0;
+    }
+    std::uint64_t positions = 0;
+    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) {
+        const auto bits = static_cast<std::uint32_t>(_mm_movemask_epi8(equal[i]));
+        positions |= std::uint64_t{bits} << (i * kScanStep);
+    }
+    if constexpr (!kIsPair) return positions;
+    const std::uint64_t next = block[kBlock] == kByte ? 1 : 0;
+    return positions & (positions >> 1 | next << (kBlock - 1));
+}
+
+#endif
+
+template <char kByte, bool kIsPair, typename Visit>
+bool visit(std::string_view text, const Visit& visitOffset) {
+    std::size_t from = 0;
+#ifdef __SSE2__
+    for (; text.size() - from > kBlock; from += kBlock) {
+        auto positions = positionsInBlock<kByte, kIsPair>(text.data() + from);
+        for (; positions != 0; positions &= positions - 1) {
+            const auto position = static_cast<std::size_t>(__builtin_ctzll(positions));
+            if (!visitOffset(from + position)) return false;
+        }
+    }
+#endif
+    // The plain form; also for the last bytes, which fill no block.
+    for (const std::size_t to = text.size() - std::min(text.size(), std::size_t{kIsPair});
+         from < to; ++from) {
+        if (text[from] != kByte || (kIsPair && text[from + 1] != kByte)) continue;
+        if (!visitOffset(from)) return false;
+    }
+    return true;
+}
+
+}  // namespace byte_scan
+
+/// Calls `visitOffset` with the offset of each `kByte` in `text`, in ascending order, until it
+/// answers false. It may overwrite what lies before that offset. False when it ever answered so.
+template <char kByte, typename Visit>
+bool visitBytes(std::string_view text, const Visit& visitOffset) {
+    return byte_scan::visit<kByte, false>(text, visitOffset);
+}
+
+/// The same for each `kByte` that another one follows. Pairs may overlap: three bytes are two pairs.
+template <char kByte, typename Visit>
+bool visitPairs(std::string_view text, const Visit& visitOffset) {
+    return byte_scan::visit<kByte, true>(text, visitOffset);
+}
+
+}  // namespace dax
