@@ -13,12 +13,8 @@ if(BUILD_SHARED_LIBS)
     set_target_properties(thermika-internal PROPERTIES OUTPUT_NAME thermika)
     install(TARGETS thermika-internal COMPONENT static EXCLUDE_FROM_ALL)
 endif()
-# The Tag headers belong to the reader's inside, which its header holds by value.
-foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Timer xml/ByteScan
-        xml/TagIndex xml/TagPrint xml/TagSearch)
-    get_filename_component(folder ${header} DIRECTORY)
-    install(FILES src/sdk/${header}.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk/${folder})
+foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Timer)
+    install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
 endforeach()
 install(FILES ${PROJECT_BINARY_DIR}/generated/public/sdk/Version.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)

@@ -150,32 +150,14 @@ int ConfigCali::load(const char* dir, int serialToLoad) {
     return kLoaded;
 }
 
-bool ConfigCali::hasEverLoaded() { return m_hasEverLoaded; }
-
 bool ConfigCali::isLoaded(int wanted) { return loaded && serial == wanted; }
 
 int ConfigCali::getOpticsCount() { return static_cast<int>(m_optics.size()); }
 
 OPTICS* ConfigCali::getOptics(int index) {
-    OPTICS optics{};
-    return copyOptics(index, optics) ? handOut(optics) : nullptr;
-}
-
-bool ConfigCali::copyOptics(int index, OPTICS& optics) {
-    if (isPast(m_optics.size(), index)) return false;
+    if (isPast(m_optics.size(), index)) return nullptr;
     m_lastAsked = static_cast<std::size_t>(index);
-    optics = {m_optics[m_lastAsked].FOV, m_optics[m_lastAsked].Text.get()};
-    return true;
-}
-
-bool ConfigCali::copyTempRanges(const OPTICS& key, std::vector<Range>& ranges) {
-    const OpticsDef* const optics = findOptics(key.fov, key.text);
-    if (optics == nullptr) return false;
-    ranges.clear();
-    ranges.reserve(optics->TempRanges.size());
-    for (const TemperatureRange& each : optics->TempRanges)
-        ranges.push_back({each.TempLo, each.TempHi});
-    return true;
+    return handOut(OPTICS{m_optics[m_lastAsked].FOV, m_optics[m_lastAsked].Text.get()});
 }
 
 int ConfigCali::getOpticsIndex(OPTICS* key) {

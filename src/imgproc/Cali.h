@@ -12,6 +12,10 @@
 #include <utility>
 #include <vector>
 
+namespace dax {
+class CaliView;
+}  // namespace dax
+
 /// Names one optics. `text` may be null or empty, which is the same. In a record that was handed
 /// out it points into the description, must not be written to and dies with the next load().
 struct OPTICS {
@@ -121,9 +125,6 @@ public:
     /// Whether the description of `serial` was loaded.
     bool isLoaded(int serial);
 
-    /// Whether any description was ever loaded, even if the one held now is the built-in one again.
-    bool hasEverLoaded();
-
     int getOpticsCount();
     OPTICS* getOptics(int index);  ///< null when there is none
 
@@ -134,11 +135,6 @@ public:
 
     /// Whether the optics at `index` needs no characteristic-curve files; false when there is none.
     bool isSamplePointCali(int index);
-
-    /// For walks over everything, without a record to free for each: false, the output unchanged,
-    /// when there is no such optics. What `ranges` held is replaced.
-    bool copyOptics(int index, OPTICS& optics);
-    bool copyTempRanges(const OPTICS& key, std::vector<Range>& ranges);
 
     int getTempRangeCount(OPTICS* key);  ///< -1 when there is no such optics
     int getTempRangeCount(int fov, char* text);
@@ -182,6 +178,8 @@ public:
                                    unsigned short framerate, char* out, int outSize);
 
 private:
+    friend class dax::CaliView;
+
     MainSection m_main;
     std::vector<OpticsDef> m_optics;
     bool loaded = false;

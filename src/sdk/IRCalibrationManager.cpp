@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "imgproc/Cali.h"
+#include "imgproc/internal/CaliView.h"
 #include "sdk/SimpleXML.h"
 #include "sdk/base/BuildConfig.h"
 #include "sdk/base/PathLimits.h"
@@ -274,24 +275,23 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
         cali->load(std::string(directoryText(m_calibrationDir.get())).c_str(),
                    static_cast<int>(serial));
 
+    CaliView view(*cali);
     // The built-in description stands in for none that was ever there.
-    const int count = cali->hasEverLoaded() ? cali->getOpticsCount() : 0;
+    const std::size_t count = view.hasEverLoaded() ? view.opticsCount() : 0;
     // Uses the room that the list has; when memory ends meanwhile, the list is empty.
     std::vector<OpticsEntry> rebuilt = std::move(*m_availableOptics);
-    rebuilt.resize(static_cast<std::size_t>(count));
-    OPTICS key{};
-    std::vector<Range> ranges;
-    for (int i = 0; i < count; ++i) {
-        cali->copyOptics(i, key);
-        OpticsEntry& entry = rebuilt[static_cast<std::size_t>(i)];
+    rebuilt.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const OPTICS key = view.keyAt(i);
+        OpticsEntry& entry = rebuilt[i];
         entry.fov = key.fov;
         entry.text = key.text == nullptr ? "" : key.text;
         // Deliberate: looked up by key, so optics that share field of view and text all show the
         // ranges of the first of them.
-        cali->copyTempRanges(key, ranges);
+        const std::vector<TemperatureRange>& ranges = view.rangesByKeyOf(i);
         entry.tempRanges.resize(ranges.size());
         for (std::size_t j = 0; j < ranges.size(); ++j)
-            entry.tempRanges[j] = {wholeNumber(ranges[j].min), wholeNumber(ranges[j].max)};
+            entry.tempRanges[j] = {wholeNumber(ranges[j].TempLo), wholeNumber(ranges[j].TempHi)};
     }
     *m_availableOptics = std::move(rebuilt);
     return m_availableOptics.get();

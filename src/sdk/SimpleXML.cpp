@@ -20,7 +20,7 @@
 #include "sdk/base/PathLimits.h"
 #include "sdk/xml/DocumentText.h"
 #include "sdk/xml/NumberText.h"
-#include "sdk/xml/TagSearch.h"
+#include "sdk/xml/TagIndex.h"
 
 namespace dax {
 
@@ -28,7 +28,6 @@ namespace {
 
 constexpr std::size_t kPathChars = kPathBytes - 1;
 constexpr std::uint16_t kDeepestParent = 253;  // one level below is the deepest that is reached
-constexpr std::int32_t kNoOccurrence = -1;
 constexpr std::int32_t kNotFound = -1;
 
 void log(unsigned int severity, int line, const std::string& message) {
@@ -58,10 +57,7 @@ void convert(std::string_view value, Plain plain, int (*scan)(const char*, T*), 
 bool compTokens(CommentToken a, CommentToken b) { return a.pos < b.pos; }
 
 // Deliberate: LC_NUMERIC stays "C" for the whole process, so that decimal points read as ".".
-SimpleXML::SimpleXML() {
-    std::setlocale(LC_NUMERIC, "C");
-    forgetElements();
-}
+SimpleXML::SimpleXML() { std::setlocale(LC_NUMERIC, "C"); }
 
 SimpleXML::~SimpleXML() = default;
 
@@ -91,7 +87,8 @@ bool SimpleXML::open(const char* file, const char* rootName) {
     m_length = document->size;
     depth = 0;
     start[0] = end[0] = 0;
-    forgetElements();
+    m_tags.reset();
+    m_levels.fill(Level());
     if (document->commentsPairUp) return true;
     log(kelvra::kLogError, __LINE__, text.get());
     log(kelvra::kLogError, __LINE__,
@@ -104,38 +101,30 @@ bool SimpleXML::setNode() {
     depth = 0;
     start[0] = 0;
     end[0] = size;
-    m_closingTag[0] = static_cast<std::uint32_t>(m_tags.count());
+    if (m_tags) m_levels[0].closingTag = static_cast<std::uint32_t>(m_tags->count());
     return true;
 }
 
-bool SimpleXML::descend(const ElementName& name, int index) {
+bool SimpleXML::descend(std::string_view name, int index) {
     if (index < 0 || depth > kDeepestParent || !text) return false;
-    const std::size_t child = depth + std::size_t{1};
     ensureIndex();
-    const std::size_t from = m_firstTag[depth];
-    const std::size_t to = m_closingTag[depth];
-    std::int32_t occurrence = 0;
-    Element found;
-    if (m_occurrence[child] <= index && holdsElement(child, name)) {
-        found = {start[child], end[child], m_openingTag[child], m_firstTag[child],
-                 m_closingTag[child]};
-        occurrence = m_occurrence[child];
-    } else if (!findElement(name, from, to, to, found)) {
-        return false;
-    }
-    for (; occurrence < index; ++occurrence)
-        if (!findElement(name, found.closingTag, to, to, found)) return false;
-
+    const std::optional<Level> found = findSibling(name, index);
+    if (!found) return false;
+    const std::size_t child = depth + std::size_t{1};
+    const std::int32_t contentFrom = contentStart(*found, name);
+    const auto contentTo = static_cast<std::int32_t>(m_tags->offsetOf(found->closingTag));
     // What was found below stays found while the element is the same.
-    if (start[child] != found.start || end[child] != found.end)
-        m_occurrence[child + 1] = kNoOccurrence;
-    start[child] = found.start;
-    end[child] = found.end;
-    m_openingTag[child] = found.openingTag;
-    m_firstTag[child] = found.firstTag;
-    m_closingTag[child] = found.closingTag;
-    m_occurrence[child] = occurrence;
+    if (start[child] != contentFrom || end[child] != contentTo) m_levels[child + 1] = Level();
+    start[child] = contentFrom;
+    end[child] = contentTo;
+    m_levels[child] = *found;
     ++depth;
+    return true;
+}
+
+bool SimpleXML::resetNode() {
+    if (depth == 0) return false;
+    --depth;
     return true;
 }
 
@@ -152,42 +141,42 @@ bool SimpleXML::getNode(char** out) {
 
 // Deliberate: unlike for setNode(), an element also counts whose content starts or whose closing
 // tag stands right at the current element's end.
-int SimpleXML::countElements(const ElementName& name) {
+int SimpleXML::countElements(std::string_view name) {
     if (depth > kDeepestParent || !text) return 0;
     ensureIndex();
-    std::size_t from = m_firstTag[depth];
-    const std::size_t to = m_closingTag[depth];
-    const std::size_t closingTo = std::min(to + 1, m_tags.count());
+    const Level& current = m_levels[depth];
+    const std::size_t closingTo = std::min(current.closingTag + std::size_t{1}, m_tags->count());
     int count = 0;
-    for (Element found; findElement(name, from, to, closingTo, found); ++count)
-        from = found.closingTag;
+    auto found = findElement(name, current.firstTag, current.closingTag, closingTo);
+    for (; found; ++count)
+        found = findElement(name, found->closingTag, current.closingTag, closingTo);
     return count;
 }
 
 int SimpleXML::getKey(const char* name, int from, int limit, bool closing) {
     if (name == nullptr || !text || from < 0 || limit < 0) return kNotFound;
     const TagKind kind = closing ? TagKind::kClosing : TagKind::kOpening;
-    const std::size_t at = findTag(loadedText(), name, kind, static_cast<std::size_t>(from),
-                                   static_cast<std::size_t>(limit));
+    const std::size_t at = findTag({text.get(), m_length}, name, kind,
+                                   static_cast<std::size_t>(from), static_cast<std::size_t>(limit));
     if (at == kNoTag) return kNotFound;
     return static_cast<int>(closing ? at : at + tagLength(name, kind));
 }
 
-bool SimpleXML::read(const ElementName& name, int* out) {
+bool SimpleXML::read(std::string_view name, int* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainInteger, _tscanfi, out);
     return true;
 }
 
-bool SimpleXML::read(const ElementName& name, unsigned short* out) {
+bool SimpleXML::read(std::string_view name, unsigned short* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainInteger, _tscanfus, out);
     return true;
 }
 
-bool SimpleXML::read(const ElementName& name, bool* out) {
+bool SimpleXML::read(std::string_view name, bool* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     int number = 0;
@@ -196,7 +185,7 @@ bool SimpleXML::read(const ElementName& name, bool* out) {
     return true;
 }
 
-bool SimpleXML::read(const ElementName& name, long* out) {
+bool SimpleXML::read(std::string_view name, long* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     // A leading zero announces no other base here; the scanner reads what plainInteger declines.
@@ -204,14 +193,14 @@ bool SimpleXML::read(const ElementName& name, long* out) {
     return true;
 }
 
-bool SimpleXML::read(const ElementName& name, float* out) {
+bool SimpleXML::read(std::string_view name, float* out) {
     const auto value = firstValue(name);
     if (!value || out == nullptr) return false;
     convert(*value, plainFloat, _tscanff, out);
     return true;
 }
 
-bool SimpleXML::read(const ElementName& name, char** out) {
+bool SimpleXML::read(std::string_view name, char** out) {
     if (out == nullptr) return false;
     *out = nullptr;
     const auto value = firstValue(name);
@@ -222,57 +211,70 @@ bool SimpleXML::read(const ElementName& name, char** out) {
     return true;
 }
 
-void SimpleXML::forgetElements() {
-    m_tags.clear();
-    m_occurrence.fill(kNoOccurrence);
-}
-
-void SimpleXML::buildIndex() {
-    m_tags.build(loadedText());
-    m_firstTag[0] = 0;
+void SimpleXML::ensureIndex() {
+    if (m_tags) return;
+    m_tags = std::make_unique<TagIndex>(std::string_view(text.get(), m_length));
     // No element is found before the cursor was set to the document.
-    m_closingTag[0] = end[0] == 0 ? 0 : static_cast<std::uint32_t>(m_tags.count());
+    m_levels[0].closingTag = end[0] == 0 ? 0 : static_cast<std::uint32_t>(m_tags->count());
 }
 
-/// Whether what is kept for `level` is an element `name` of the level above.
-bool SimpleXML::holdsElement(std::size_t level, const ElementName& name) const {
-    if (m_occurrence[level] == kNoOccurrence) return false;
-    const std::size_t content =
-        m_tags.offsetOf(m_openingTag[level]) + tagLength(name.text(), TagKind::kOpening);
-    return content == static_cast<std::size_t>(start[level]) &&
-           m_tags.isAt(loadedText(), name, TagKind::kOpening, m_openingTag[level]);
+/// Where the content of an element `name` begins.
+std::int32_t SimpleXML::contentStart(const Level& element, std::string_view name) const {
+    return static_cast<std::int32_t>(m_tags->offsetOf(element.openingTag) +
+                                     tagLength(name, TagKind::kOpening));
 }
 
-/// The element whose opening tag is `opening`, when its closing tag comes before `closingTo`.
-bool SimpleXML::completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
-                                Element& found) const {
-    const std::string_view all = loadedText();
-    const std::size_t content =
-        m_tags.offsetOf(opening) + tagLength(name.text(), TagKind::kOpening);
+/// The element `name` of the current one with this occurrence number. Begins at the one that was
+/// found there last, where that is not behind it.
+std::optional<SimpleXML::Level> SimpleXML::findSibling(std::string_view name, int index) const {
+    const std::size_t child = depth + std::size_t{1};
+    const Level& last = m_levels[child];
+    const std::size_t to = m_levels[depth].closingTag;
+    std::optional<Level> found;
+    if (last.occurrence != kNoOccurrence && last.occurrence <= index &&
+        start[child] == contentStart(last, name) &&
+        m_tags->isAt(name, TagKind::kOpening, last.openingTag)) {
+        found = last;
+    } else {
+        found = findElement(name, m_levels[depth].firstTag, to, to);
+        if (found) found->occurrence = 0;
+    }
+    while (found && found->occurrence < index) {
+        const std::int32_t next = found->occurrence + 1;
+        found = findElement(name, found->closingTag, to, to);
+        if (found) found->occurrence = next;
+    }
+    return found;
+}
+
+/// The first element `name` whose opening tag is one of the tags `from` to `to` - 1 and whose
+/// closing tag comes before `closingTo`.
+std::optional<SimpleXML::Level> SimpleXML::findElement(std::string_view name, std::size_t from,
+                                                       std::size_t to,
+                                                       std::size_t closingTo) const {
+    const std::size_t opening = m_tags->find(name, TagKind::kOpening, from, to);
+    if (opening == kNoTag) return std::nullopt;
+    const std::size_t content = m_tags->offsetOf(opening) + tagLength(name, TagKind::kOpening);
+    const std::size_t first = m_tags->firstAt(content, opening + 1);
     // Deliberate: the first closing tag of the name, so an element that holds one of its own name
     // ends where that one does.
-    const std::size_t first = m_tags.firstAt(content, opening + 1);
     std::size_t closing = first;  // where the element is a value
-    if (closing >= closingTo || !m_tags.isAt(all, name, TagKind::kClosing, closing))
-        closing = m_tags.find(all, name, TagKind::kClosing, first, closingTo);
-    if (closing == kNoTag) return false;
-    found.start = static_cast<std::int32_t>(content);
-    found.end = static_cast<std::int32_t>(m_tags.offsetOf(closing));
-    found.openingTag = static_cast<std::uint32_t>(opening);
-    found.firstTag = static_cast<std::uint32_t>(first);
-    found.closingTag = static_cast<std::uint32_t>(closing);
-    return true;
+    if (closing >= closingTo || !m_tags->isAt(name, TagKind::kClosing, closing))
+        closing = m_tags->find(name, TagKind::kClosing, first, closingTo);
+    if (closing == kNoTag) return std::nullopt;
+    return Level{static_cast<std::uint32_t>(opening), static_cast<std::uint32_t>(first),
+                 static_cast<std::uint32_t>(closing), kNoOccurrence};
 }
 
 /// The text of the first element `name` in the current one; the cursor stays where it is.
-std::optional<std::string_view> SimpleXML::firstValue(const ElementName& name) {
+std::optional<std::string_view> SimpleXML::firstValue(std::string_view name) {
     if (depth > kDeepestParent || !text) return std::nullopt;
     ensureIndex();
-    const std::size_t to = m_closingTag[depth];
-    Element found;
-    if (!findElement(name, m_firstTag[depth], to, to, found)) return std::nullopt;
-    return std::string_view(text.get() + found.start,
-                            static_cast<std::size_t>(found.end - found.start));
+    const Level& current = m_levels[depth];
+    const auto found = findElement(name, current.firstTag, current.closingTag, current.closingTag);
+    if (!found) return std::nullopt;
+    const auto from = static_cast<std::size_t>(contentStart(*found, name));
+    return std::string_view(text.get() + from, m_tags->offsetOf(found->closingTag) - from);
 }
 
 }  // namespace dax

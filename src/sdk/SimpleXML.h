@@ -16,10 +16,9 @@
 #include <optional>
 #include <string_view>
 
-#include "sdk/xml/TagIndex.h"
-#include "sdk/xml/TagPrint.h"
-
 namespace dax {
+
+class TagIndex;
 
 /// A comment delimiter in a text.
 struct CommentToken {
@@ -62,15 +61,11 @@ public:
 
     /// Descends to the first element `name` in the current one, or to the one with zero-based
     /// occurrence number `index`. False, cursor unchanged, when there is none or at depth 254.
-    bool setNode(const char* name) { return descend(ElementName(name), 0); }
-    bool setNode(const char* name, int index) { return descend(ElementName(name), index); }
+    bool setNode(const char* name) { return descend(nameOf(name), 0); }
+    bool setNode(const char* name, int index) { return descend(nameOf(name), index); }
 
     /// Goes up one level; false at the top.
-    bool resetNode() {
-        if (depth == 0) return false;
-        --depth;
-        return true;
-    }
+    bool resetNode();
 
     /// A copy of the current element's text; the caller frees it with delete[]. False, `*out`
     /// unchanged, when it is empty. The whole document's is as long as it was with its comments,
@@ -79,7 +74,7 @@ public:
 
     /// How many elements `name` follow one another in the current one; 0 at depth 254. May count
     /// one more than setNode() reaches, whose tag stands right at the current element's end.
-    int getNodeCount(const char* name) { return countElements(ElementName(name)); }
+    int getNodeCount(const char* name) { return countElements(nameOf(name)); }
 
     /// Searches "<name>" (or "</name>" when `closing`) from byte offset `from` on. The offset of
     /// the closing tag, or that of the first byte after the opening tag; -1 when none begins before
@@ -91,20 +86,19 @@ public:
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
     /// `*out` unchanged, when it is not, and at depth 254.
     /// Process: LC_NUMERIC bears the name of LC_CTYPE once the element was found.
-    bool getInt(const char* name, int* out) { return read(ElementName(name), out); }
-    bool getUnsignedShort(const char* name, unsigned short* out) {
-        return read(ElementName(name), out);
-    }
-    bool getBool(const char* name, bool* out) { return read(ElementName(name), out); }
-    bool getLong(const char* name, long* out) { return read(ElementName(name), out); }
-    bool getFloat(const char* name, float* out) { return read(ElementName(name), out); }
+    bool getInt(const char* name, int* out) { return read(nameOf(name), out); }
+    bool getUnsignedShort(const char* name, unsigned short* out) { return read(nameOf(name), out); }
+    bool getBool(const char* name, bool* out) { return read(nameOf(name), out); }
+    bool getLong(const char* name, long* out) { return read(nameOf(name), out); }
+    bool getFloat(const char* name, float* out) { return read(nameOf(name), out); }
 
     /// A copy of the text of the first element `name` in the current one, which may be empty; the
     /// caller frees it with delete[]. False, `*out` null, when there is none.
-    bool getString(const char* name, char** out) { return read(ElementName(name), out); }
+    bool getString(const char* name, char** out) { return read(nameOf(name), out); }
 
 private:
     static constexpr std::size_t kCursorLevels = 256;
+    static constexpr std::int32_t kNoOccurrence = -1;
 
     std::int32_t size = 0;
     std::array<std::int32_t, kCursorLevels> start{};
@@ -112,52 +106,40 @@ private:
     std::uint16_t depth = 0;
     std::unique_ptr<char[]> text;
 
-    /// An element found: the bytes of its content, the numbers of its two tags.
-    struct Element {
-        std::int32_t start = 0;
-        std::int32_t end = 0;
+    /// The tags of an element, by their numbers in the index.
+    struct Level {
         std::uint32_t openingTag = 0;
-        std::uint32_t firstTag = 0;
+        std::uint32_t firstTag = 0;  ///< the first one behind the opening tag
         std::uint32_t closingTag = 0;
+        std::int32_t occurrence = kNoOccurrence;  ///< of its name, in the level above
     };
 
     /// Bytes before the text's terminator; less than `size` once comments are gone.
     std::size_t m_length = 0;
-    TagIndex m_tags;  ///< built by the first search of the document
-    /// For each depth, the tags of `start` and `end`, the first one between them, and which
-    /// occurrence of its name that element is: the next sibling is searched from there.
-    std::array<std::uint32_t, kCursorLevels> m_openingTag{};
-    std::array<std::uint32_t, kCursorLevels> m_firstTag{};
-    std::array<std::uint32_t, kCursorLevels> m_closingTag{};
-    std::array<std::int32_t, kCursorLevels> m_occurrence;
+    std::unique_ptr<TagIndex> m_tags;  ///< made by the first search of the document
+    /// Beside each `start` and `end`: the next sibling is searched from there. What was found at a
+    /// level stays after the cursor has left it.
+    std::array<Level, kCursorLevels> m_levels{};
 
-    // Inline above, so that the compiler works out what a literal name needs for the search.
-    bool descend(const ElementName& name, int index);
-    int countElements(const ElementName& name);
-    bool read(const ElementName& name, int* out);
-    bool read(const ElementName& name, unsigned short* out);
-    bool read(const ElementName& name, bool* out);
-    bool read(const ElementName& name, long* out);
-    bool read(const ElementName& name, float* out);
-    bool read(const ElementName& name, char** out);
+    /// A null name is one that no text holds. Inline, so that a literal's length is known.
+    static std::string_view nameOf(const char* name) {
+        return name != nullptr ? std::string_view(name) : std::string_view("\0", 1);
+    }
+    bool descend(std::string_view name, int index);
+    int countElements(std::string_view name);
+    bool read(std::string_view name, int* out);
+    bool read(std::string_view name, unsigned short* out);
+    bool read(std::string_view name, bool* out);
+    bool read(std::string_view name, long* out);
+    bool read(std::string_view name, float* out);
+    bool read(std::string_view name, char** out);
 
-    void forgetElements();
-    std::string_view loadedText() const { return {text.get(), m_length}; }
-    void ensureIndex() {
-        if (!m_tags.isBuilt()) buildIndex();
-    }
-    void buildIndex();
-    bool holdsElement(std::size_t level, const ElementName& name) const;
-    /// The first element `name` whose opening tag is one of the tags `from` to `to` - 1 and whose
-    /// closing tag comes before `closingTo`.
-    bool findElement(const ElementName& name, std::size_t from, std::size_t to,
-                     std::size_t closingTo, Element& found) const {
-        const std::size_t opening = m_tags.find(loadedText(), name, TagKind::kOpening, from, to);
-        return opening != kNoTag && completeElement(name, opening, closingTo, found);
-    }
-    bool completeElement(const ElementName& name, std::size_t opening, std::size_t closingTo,
-                         Element& found) const;
-    std::optional<std::string_view> firstValue(const ElementName& name);
+    void ensureIndex();
+    std::optional<Level> findElement(std::string_view name, std::size_t from, std::size_t to,
+                                     std::size_t closingTo) const;
+    std::optional<Level> findSibling(std::string_view name, int index) const;
+    std::int32_t contentStart(const Level& element, std::string_view name) const;
+    std::optional<std::string_view> firstValue(std::string_view name);
 };
 
 }  // namespace dax

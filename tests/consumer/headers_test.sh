@@ -12,10 +12,7 @@ sdk/Logger.h
 sdk/SimpleXML.h
 sdk/StringHelpers.h
 sdk/Timer.h
-sdk/Version.h
-sdk/xml/TagIndex.h
-sdk/xml/TagPrint.h
-sdk/xml/TagSearch.h'
+sdk/Version.h'
 found=$(cd "$include" && find . -type f | sed 's|^\./||' | LC_ALL=C sort)
 [ "$found" = "$public" ] || fail "other headers are installed: $found"
 

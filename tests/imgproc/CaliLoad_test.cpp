@@ -17,6 +17,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "imgproc/internal/CaliView.h"
 #include "support/BuildPaths.h"
 #include "support/CaliDescriptions.h"
 #include "support/Locales.h"
@@ -60,7 +61,7 @@ TEST(CaliLoad, holdsTheBuiltInDescriptionAtFirst) {
     expectBuiltIn(cali);
     EXPECT_FALSE(cali.isLoaded(kSerial));
     EXPECT_FALSE(cali.isLoaded(-1)) << "the serial number held is -1, but nothing was loaded";
-    EXPECT_FALSE(cali.hasEverLoaded());
+    EXPECT_FALSE(dax::CaliView(cali).hasEverLoaded());
 }
 
 TEST(CaliLoad, replacesTheBuiltInDescription) {
@@ -72,7 +73,7 @@ TEST(CaliLoad, replacesTheBuiltInDescription) {
     EXPECT_EQ(take(cali.getOptics(0)).first, 62);
     EXPECT_TRUE(cali.isLoaded(kSerial));
     EXPECT_FALSE(cali.isLoaded(kOtherSerial));
-    EXPECT_TRUE(cali.hasEverLoaded());
+    EXPECT_TRUE(dax::CaliView(cali).hasEverLoaded());
 }
 
 TEST(CaliLoad, logsFolderNameAndTheFirstParameters) {
@@ -163,7 +164,7 @@ TEST(CaliLoad, fallsBackToTheBuiltInDescriptionWhenTheNextFileIsMissing) {
     EXPECT_FALSE(cali.isLoaded(kSerial));
     EXPECT_FALSE(cali.isLoaded(kOtherSerial));
     EXPECT_FALSE(cali.isLoaded(-1));
-    EXPECT_TRUE(cali.hasEverLoaded());
+    EXPECT_TRUE(dax::CaliView(cali).hasEverLoaded());
 }
 
 TEST(CaliLoad, readsTheFirstSerialAgainAfterAFailedReload) {
@@ -186,7 +187,7 @@ TEST(CaliLoad, keepsTheBuiltInDescriptionWhenTheFirstFileIsMissing) {
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), kCannotOpen);
     expectBuiltIn(cali);
     EXPECT_FALSE(cali.isLoaded(kSerial));
-    EXPECT_FALSE(cali.hasEverLoaded());
+    EXPECT_FALSE(dax::CaliView(cali).hasEverLoaded());
 }
 
 TEST(CaliLoad, refusesWhatIsNoReadableFile) {

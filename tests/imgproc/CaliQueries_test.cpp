@@ -97,26 +97,6 @@ TEST(CaliQueries, handsOutANewRecordEachTimeThatSharesTheText) {
     EXPECT_EQ(first->text, second->text);
 }
 
-TEST(CaliQueries, copiesWhatItHoldsAndLeavesTheOutputAloneOtherwise) {
-    LoadedCali cali(threeOptics());
-    OPTICS optics{7, nullptr};
-    std::vector<Range> ranges(3);
-    for (const int index : {-1, 3}) {
-        EXPECT_FALSE(cali->copyOptics(index, optics)) << index;
-        EXPECT_EQ(optics.fov, 7) << index;
-    }
-    EXPECT_FALSE(cali->copyTempRanges(optics, ranges));
-    EXPECT_EQ(ranges.size(), 3U);
-
-    EXPECT_TRUE(cali->copyOptics(1, optics));
-    EXPECT_EQ(optics.fov, 30);
-    EXPECT_STREQ(optics.text, "");
-    EXPECT_TRUE(cali->copyTempRanges(optics, ranges));
-    ASSERT_EQ(ranges.size(), 2U);
-    EXPECT_EQ(ranges[1].min, 5.0F);
-    EXPECT_EQ(ranges[1].max, 6.0F);
-}
-
 TEST(CaliQueries, tellsSamplePointCalibrationsByPosition) {
     LoadedCali cali(
         opticsList("<OpticsDef><FOV>30</FOV></OpticsDef>"

@@ -12,7 +12,7 @@
 #include <optional>
 #include <utility>
 
-#include "imgproc/Cali.h"
+#include "imgproc/internal/CaliView.h"
 #include "sdk/StringHelpers.h"
 #include "sdk/base/CaliDirectory.h"
 #include "sdk/base/FileRead.h"
@@ -110,24 +110,27 @@ std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) 
     files.push_back({descriptionName(formats.description, serial)});
     ConfigCali* const cali = ConfigCali::getInstance();
     char stem[kPathBytes];
-    OPTICS optics{};
-    std::vector<Range> ranges;
-    for (int i = 0; cali->copyOptics(i, optics); ++i) {
+    CaliView view(*cali);
+    for (std::size_t i = 0; i < view.opticsCount(); ++i) {
+        OPTICS optics = view.keyAt(i);
         // Deliberate: the flag is that of the optics at this position, its ranges are those of the
         // first optics with the same field of view and text.
-        const bool needsCurve = !cali->isSamplePointCali(i);
-        cali->copyTempRanges(optics, ranges);
+        const auto position = static_cast<int>(i);
+        const bool needsCurve = !cali->isSamplePointCali(position);
+        const std::vector<TemperatureRange>& ranges = view.rangesByKeyOf(i);
         for (std::size_t j = 0; j < ranges.size(); ++j) {
-            const int rates = cali->getFramerateCount(&optics, &ranges[j]);
+            Range range{ranges[j].TempLo, ranges[j].TempHi};
+            const int rates = cali->getFramerateCount(&optics, &range);
             for (int f = 0; f < std::max(rates, 1); ++f) {
-                const unsigned short rate = cali->getFramerate(&optics, &ranges[j], f);  // 0: none
-                ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &ranges[j], rate,
-                                               stem, kPathBytes);
-                const auto range = static_cast<int>(j);
-                files.push_back({fileName(formats.data, stem), FileKind::kData, i, range, rate});
+                const unsigned short rate = cali->getFramerate(&optics, &range, f);  // 0: none
+                ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
+                                               kPathBytes);
+                const auto index = static_cast<int>(j);
+                files.push_back(
+                    {fileName(formats.data, stem), FileKind::kData, position, index, rate});
                 if (needsCurve)
                     files.push_back(
-                        {fileName(formats.curve, stem), FileKind::kCurve, i, range, rate});
+                        {fileName(formats.curve, stem), FileKind::kCurve, position, index, rate});
             }
         }
     }
