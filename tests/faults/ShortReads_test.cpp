@@ -77,6 +77,19 @@ TEST_F(ShortReads, giveTheSameTextWhereverTheyEnd) {
     }
 }
 
+// The second reading might have seen another document than the one that was judged.
+TEST_F(ShortReads, areDoneOnceWhereCommentsDoNotPairUp) {
+    const std::string file = m_dir / "file";
+    thermika_test::writeFile(file, "<R>\none -->\n</R>\n");
+    g_calls = 0;
+    g_mostBytes = 1000;
+    g_isShort = true;
+    const auto document = dax::readDocumentText(file.c_str(), "R");
+    ASSERT_TRUE(document);
+    EXPECT_STREQ(document->text.get(), "one -->");
+    EXPECT_EQ(g_calls, 1U);
+}
+
 TEST_F(ShortReads, giveAWholeFirstLine) {
     thermika_test::writeFile(m_dir / "serial", "14080045\nnot this");
     g_isShort = true;

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -13,7 +12,6 @@ namespace dax {
 
 namespace {
 
-constexpr std::size_t kReadBytes = 131072;    // little beside a processor's second cache
 constexpr std::size_t kLineChunkBytes = 256;  // most USB attributes fit
 
 class Descriptor {
@@ -50,8 +48,7 @@ private:
 
 }  // namespace
 
-std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
-                                         const std::function<void(FileBytes&)>& arrived) {
+std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes) {
     const Descriptor file(path);
     if (!file.isOpen()) return std::nullopt;
     struct stat status {};
@@ -64,13 +61,11 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
     // Not make_unique: it would write every byte once more before read() does.
     result.bytes.reset(new char[left + 1]);
     while (left > 0) {
-        const ssize_t got =
-            file.readSome(result.bytes.get() + result.size, std::min(left, kReadBytes));
+        const ssize_t got = file.readSome(result.bytes.get() + result.size, left);
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         left -= static_cast<std::size_t>(got);
         result.size += static_cast<std::size_t>(got);
-        arrived(result);
     }
     return result;
 }

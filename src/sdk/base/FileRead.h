@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,19 +10,15 @@
 namespace dax {
 
 struct FileBytes {
-    std::unique_ptr<char[]> bytes;  ///< more than `size`; what is behind those is undefined
+    std::unique_ptr<char[]> bytes;  ///< at least one more than `size`, whose value is undefined
     std::size_t size = 0;
 };
 
 /// The bytes of a regular file. Nothing when `path` is no regular file, cannot be opened, is longer
-/// than `maxBytes` (found out before any memory is taken) or cannot be read to its end. A file that
-/// shrinks meanwhile gives what is left of it, one that grows as much as it had.
-///
-/// `arrived` is called after each read that gave something, with what is there so far, so that it
-/// can be looked at while the processor has it near. It may change those bytes and the one behind
-/// them, and take some from their end: what comes next is put behind what it leaves.
-std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes,
-                                         const std::function<void(FileBytes&)>& arrived);
+/// than `maxBytes` (found out before any memory is taken) or cannot be read to its end: an error in
+/// mid-file counts as a file that cannot be opened. A file that shrinks meanwhile gives what is left
+/// of it, one that grows as much as it had.
+std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes);
 
 /// True when `path` could be read; `line` holds the text before the first line feed, or all of it:
 /// zero and control bytes included. A relative path is looked up in the open directory `directory`,

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+#include "sdk/base/FileRead.h"
+
 namespace dax {
 
 struct DocumentText {
@@ -21,11 +23,13 @@ constexpr std::size_t kMaxLineChars = 4095;
 
 /// The lines strictly between the first line that contains "<rootName" and the next that contains
 /// "</rootName>", or all lines after the first when there is no such end; line feeds are left out
-/// and carriage returns become line feeds. Reading begins at the file's first "<" and ends for good
-/// at a line of more than kMaxLineChars; a line ends at its first zero byte. Empty when no line
-/// contains "<rootName". Nothing when the file is empty, is no regular file, has more than 2^31
-/// bytes or cannot be read. A file whose comments do not pair up is read twice, and the second time
-/// counts.
+/// and carriage returns become line feeds. Reading begins at the first "<" and ends for good at a
+/// line of more than kMaxLineChars; a line ends at its first zero byte. Empty when no line contains
+/// "<rootName". Works in the memory of `file` and changes nothing else in the process.
+DocumentText documentText(FileBytes file, std::string_view rootName);
+
+/// The same of a file, which is read once. Nothing when it is empty, is no regular file, has more
+/// than 2^31 bytes or cannot be read.
 std::optional<DocumentText> readDocumentText(const char* file, std::string_view rootName);
 
 }  // namespace dax

@@ -1,12 +1,12 @@
-// One walk over the text's "--", of which every delimiter has one: openings and closings are met in
-// the order in which they count, an opening before a closing that shares its dashes.
+// Every delimiter holds a "--", so one pass over these finds openings and closings in the order in
+// which they count: an opening before a closing that shares its dashes.
 #include "sdk/xml/XmlComments.h"
 
-#include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "sdk/xml/ByteScan.h"
-#include "sdk/xml/FrontMove.h"
+#include "sdk/xml/CopyDown.h"
 
 namespace dax {
 
@@ -15,58 +15,50 @@ namespace {
 constexpr std::string_view kOpening = "<!--";
 constexpr std::string_view kClosing = "-->";
 
+struct Comment {
+    std::size_t begin;
+    std::size_t end;
+};
+
+/// The comments that lie in no other one, in ascending order; nothing when delimiters do not pair.
+std::optional<std::vector<Comment>> outermostComments(std::string_view text) {
+    std::vector<Comment> comments;
+    std::size_t nesting = 0;
+    std::size_t begin = 0;
+    std::size_t nextClosing = 0;  // the first position where a delimiter counts again
+    const bool allOpened = visitPairs<'-'>(text, [&](std::size_t dashes) {
+        const bool isOpening = dashes >= 2 && text[dashes - 2] == '<' && text[dashes - 1] == '!';
+        if (isOpening && nesting++ == 0) begin = dashes + 2 - kOpening.size();
+        // Deliberate: a "-->" that starts right after another one is not seen, so it stays.
+        const bool isClosing =
+            dashes >= nextClosing && dashes + 2 < text.size() && text[dashes + 2] == '>';
+        if (!isClosing) return true;
+        nextClosing = dashes + kClosing.size() + 1;
+        if (nesting == 0) return false;
+        if (--nesting == 0) comments.push_back({begin, dashes + kClosing.size()});
+        return true;
+    });
+    if (!allOpened || nesting > 0) return std::nullopt;
+    return comments;
+}
+
 }  // namespace
 
-std::size_t CommentRemover::take(char* text, std::size_t size, bool isEnd) {
-    std::size_t kept = 0;  // bytes in front that are done with
-    std::size_t from = 0;  // what follows the last comment
+std::optional<std::size_t> removeComments(char* text, std::size_t size) {
+    const auto comments = outermostComments({text, size});
+    if (!comments) return std::nullopt;
+    std::size_t left = 0;  // bytes in front that stay
+    std::size_t from = 0;  // where what follows the last comment begins
     const auto keep = [&](std::size_t upTo) {
-        if (kept != from) moveToFront(text + kept, {text + from, upTo - from}, text + size);
-        kept += upTo - from;
+        copyDown(text + left, {text + from, upTo - from}, text + size);
+        left += upTo - from;
     };
-    // Copies, since `text` might overlap the object as far as the compiler knows.
-    std::size_t nesting = m_nesting;
-    std::size_t begin = m_begin;
-    std::size_t nextClosing = m_nextClosing;
-    const std::size_t next = m_next;
-    // A delimiter has no byte of the one before it: where a comment went, "<!" may be left of it.
-    const auto isOpening = [&](std::size_t dashes) {
-        return dashes >= 2 && dashes > nextClosing && text[dashes - 2] == '<' &&
-               text[dashes - 1] == '!';
-    };
-    // Deliberate: a "-->" that starts right after another one is not seen, so it stays in the text.
-    const auto isClosing = [&](std::size_t dashes) {
-        return dashes >= nextClosing && dashes + 2 < size && text[dashes + 2] == '>';
-    };
-    const auto pair = [&](std::size_t place) {
-        const std::size_t dashes = next + place;
-        if (isOpening(dashes) && nesting++ == 0) begin = dashes + 2 - kOpening.size();
-        if (!isClosing(dashes)) return true;
-        const std::size_t end = dashes + kClosing.size();
-        nextClosing = end + 1;
-        if (nesting == 0) return false;
-        if (--nesting == 0) {
-            keep(begin);
-            from = end;
-        }
-        return true;
-    };
-
-    // A "--" counts once the byte behind it is there.
-    const std::size_t upTo = isEnd ? size : size - std::min<std::size_t>(size, 1);
-    if (m_allOpened && next < upTo) m_allOpened = visitPairs<'-'>({text + next, upTo - next}, pair);
-    if (nesting > 0) {
-        // Of a comment that is open, what may belong to a delimiter stays.
-        keep(begin);
-        begin = kept;
-        from = size - kOpening.size();
+    for (const Comment& comment : *comments) {
+        keep(comment.begin);
+        from = comment.end;
     }
     keep(size);
-    m_nesting = nesting;
-    m_begin = begin;
-    m_nextClosing = nextClosing - std::min(nextClosing, size - kept);
-    m_next = kept - std::min<std::size_t>(kept, 2);
-    return kept;
+    return left;
 }
 
 }  // namespace dax

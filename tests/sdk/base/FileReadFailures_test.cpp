@@ -74,7 +74,7 @@ protected:
     /// The file's bytes under these faults, "none" without them.
     std::string bytes(const Faults& faults) {
         g_faults = faults;
-        const auto read = dax::readRegularFile(m_path.c_str(), kNoLimit, [](dax::FileBytes&) {});
+        const auto read = dax::readRegularFile(m_path.c_str(), kNoLimit);
         g_faults = {};
         return read ? std::string(read->bytes.get(), read->size) : "none";
     }

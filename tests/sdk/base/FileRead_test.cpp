@@ -60,7 +60,7 @@ std::string firstLine(const std::string& path) {
 }
 
 std::optional<dax::FileBytes> readWhole(const std::string& path, std::size_t maxBytes) {
-    return readRegularFile(path.c_str(), maxBytes, [](dax::FileBytes&) {});
+    return readRegularFile(path.c_str(), maxBytes);
 }
 
 void expectNothing(const std::string& path, std::size_t maxBytes) {
@@ -78,43 +78,6 @@ TEST(FileRead, givesEveryByteOfAFile) {
         EXPECT_TRUE(std::string_view(read->bytes.get(), read->size) == bytes) << size;
         read->bytes[read->size] = '\0';  // one byte more is ours
     }
-}
-
-TEST(FileRead, showsWhatHasArrivedInPiecesThatMayBeChanged) {
-    const TempDir dir;
-    const std::string bytes = everyByte(300'000);
-    writeFile(dir / "file", bytes);
-    std::size_t before = 0;
-    int pieces = 0;
-    const auto read = readRegularFile((dir / "file").c_str(), kNoLimit, [&](dax::FileBytes& soFar) {
-        EXPECT_GT(soFar.size, before);
-        EXPECT_TRUE(std::string_view(soFar.bytes.get() + before, soFar.size - before) ==
-                    std::string_view(bytes).substr(before, soFar.size - before));
-        soFar.bytes[before] = '!';
-        before = soFar.size;
-        ++pieces;
-    });
-    ASSERT_TRUE(read.has_value());
-    EXPECT_EQ(before, read->size);
-    EXPECT_EQ(pieces, 3);
-    EXPECT_EQ(read->bytes[0], '!');
-}
-
-TEST(FileRead, putsWhatArrivesBehindWhatIsLeftOfTheRest) {
-    const TempDir dir;
-    const std::string bytes = everyByte(300'000);
-    writeFile(dir / "file", bytes);
-    std::string taken;
-    const auto read = readRegularFile((dir / "file").c_str(), kNoLimit, [&](dax::FileBytes& soFar) {
-        const std::size_t left = taken.empty() ? 0 : 3;
-        EXPECT_EQ(std::string_view(soFar.bytes.get(), left), std::string(left, '!'));
-        taken.append(soFar.bytes.get() + left, soFar.size - left);
-        soFar.size = 3;
-        std::fill_n(soFar.bytes.get(), soFar.size, '!');
-    });
-    ASSERT_TRUE(read.has_value());
-    EXPECT_TRUE(taken == bytes);
-    EXPECT_EQ(std::string_view(read->bytes.get(), read->size), "!!!");
 }
 
 TEST(FileRead, givesNoBytesOfAnEmptyFile) {

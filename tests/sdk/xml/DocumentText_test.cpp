@@ -2,8 +2,10 @@
 #include "sdk/xml/DocumentText.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -139,9 +141,7 @@ TEST(DocumentText, endsBeforeALineThatIsTooLong) {
     }
 }
 
-// Documents are worked on in pieces of whole lines; these have lines of every length where one
-// ends.
-TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
+TEST(DocumentText, readsALongDocumentWithLinesOfEveryLength) {
     const std::string filler = lineOf(1021) + "\r\n";
     std::string before = "<R>\n";
     std::string joined;
@@ -161,8 +161,7 @@ TEST(DocumentText, readsALongDocumentAsIfItWereOnePiece) {
     }
 }
 
-// A file of more than 128 KiB comes in several reads; these end at every place of what matters.
-TEST(DocumentText, readsALongFileWhereverItsReadsEnd) {
+TEST(DocumentText, readsALongFileWhereverItsRootStands) {
     constexpr std::size_t kReadBytes = 128 * 1024;
     const std::string marks = "<R>\r\none\n\ntwo\n</R>\nthree\n";
     for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
@@ -176,14 +175,6 @@ TEST(DocumentText, readsALongFileWhereverItsReadsEnd) {
         ASSERT_EQ(textOf("<R>\n" + blank.substr(5) + "\n" + marks), joined + "<R>\nonetwo")
             << behind;
     }
-}
-
-TEST(DocumentText, seesZeroBytesAndCarriageReturnsInALaterRead) {
-    std::string blank(128 * 1024, ' ');
-    for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
-    const std::string text = *textOf("<R>\n" + blank + "one\n");
-    EXPECT_EQ(textOf("<R>\n" + blank + "one\rtwo\n"), text + "\ntwo");
-    EXPECT_EQ(textOf("<R>\n" + blank + "one" + std::string(1, '\0') + "two\n"), text);
 }
 
 TEST(DocumentText, takesCommentsOut) {
@@ -223,8 +214,7 @@ TEST(DocumentText, keepsEveryCommentWhenTheyDoNotPairUp) {
     }
 }
 
-// As above: pieces and reads end at every line feed of a comment and of its delimiters.
-TEST(DocumentText, takesACommentOutWhereverPiecesAndReadsEnd) {
+TEST(DocumentText, takesACommentOutThatLineFeedsPart) {
     const std::string marks = "<\n!\n-\n- <!--\n--\n>\n -\n->one<!-- -->-->\n<!--\n -->";
     for (const std::size_t bytes : {32U * 1024, 128U * 1024}) {
         for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
@@ -240,7 +230,7 @@ TEST(DocumentText, takesACommentOutWhereverPiecesAndReadsEnd) {
     }
 }
 
-TEST(DocumentText, leavesOutWhatFollowsTheRootInLaterReads) {
+TEST(DocumentText, leavesOutWhatFollowsTheRoot) {
     std::string behind;
     for (int i = 0; i < 200; ++i) behind += lineOf(1023) + "\n";
     EXPECT_EQ(textOf("<R>\none\n</R>\n" + behind + "<R>\ntwo\n</R>\n"), "one");
@@ -249,7 +239,7 @@ TEST(DocumentText, leavesOutWhatFollowsTheRootInLaterReads) {
     EXPECT_EQ(textOf("<x>\n" + behind + lineOf(kMaxLineChars) + "<\n<R>\ntwo\n</R>\n"), "");
 }
 
-TEST(DocumentText, endsBeforeALineThatIsLongerThanAPiece) {
+TEST(DocumentText, endsBeforeALineOfAnyLengthBeyondTheLimit) {
     const std::string start = "<R>\none\n";
     const std::string longLine(100000, 'x');
     EXPECT_EQ(textOf(start + longLine + "\ntwo\n</R>\n"), "one");
@@ -295,6 +285,17 @@ TEST(DocumentText, readsNoEmptyOrMissingFileAndNoDirectory) {
     EXPECT_FALSE(textOf(""));
     EXPECT_FALSE(dax::readDocumentText((dir / "missing.xml").c_str(), "R"));
     EXPECT_FALSE(dax::readDocumentText(dir.path().c_str(), "R"));
+}
+
+TEST(DocumentText, makesTheSameTextOfBytesInMemory) {
+    for (const std::string bytes : {"", "<R>", "<R>\none<!-- x -->\r\ntwo", "<R>\n-->\n</R>\n"}) {
+        // Exactly the one byte more that is asked for.
+        dax::FileBytes file{std::make_unique<char[]>(bytes.size() + 1), bytes.size()};
+        std::copy(bytes.begin(), bytes.end(), file.bytes.get());
+        const dax::DocumentText document = dax::documentText(std::move(file), "R");
+        EXPECT_EQ(document.text.get(), textOf(bytes).value_or("")) << bytes;
+        EXPECT_EQ(document.commentsPairUp, bytes.find("-->\n<") == std::string::npos) << bytes;
+    }
 }
 
 TEST(DocumentText, readsASampleWhole) {

@@ -1,12 +1,12 @@
-// Copies towards a text's front, for parts of every length and any room around them.
-#include "sdk/xml/FrontMove.h"
+// Copies to lower addresses, for parts of every length and any room around them.
+#include "sdk/xml/CopyDown.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-TEST(FrontMove, copiesThePartAndKeepsWhatFollowsIt) {
+TEST(CopyDown, copiesThePartAndKeepsWhatFollowsIt) {
     std::string text(600, 'x');
     for (std::size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>('0' + i % 75);
     for (const std::size_t distance : {1U, 2U, 63U, 64U, 65U, 100U}) {
@@ -16,8 +16,8 @@ TEST(FrontMove, copiesThePartAndKeepsWhatFollowsIt) {
                 const std::size_t begin = 10 + distance;
                 const std::string before = text.substr(0, begin + size + behind);
                 std::vector<char> bytes(before.begin(), before.end());
-                dax::moveToFront(bytes.data() + 10, {bytes.data() + begin, size},
-                                 bytes.data() + bytes.size());
+                dax::copyDown(bytes.data() + 10, {bytes.data() + begin, size},
+                              bytes.data() + bytes.size());
                 const std::string after(bytes.begin(), bytes.end());
                 ASSERT_EQ(after.substr(0, 10), before.substr(0, 10));
                 ASSERT_EQ(after.substr(10, size), before.substr(begin, size))

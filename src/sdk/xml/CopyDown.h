@@ -1,4 +1,4 @@
-// Moving parts of a text towards its front, where what was taken out leaves room.
+// Copies a part of a text to a lower address in the same text. Knows nothing of what is in it.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +7,10 @@
 
 namespace dax {
 
-/// Copies `part` to `to`, which lies before it or is its start; nothing from `end` on is read. Most
-/// often there is room to copy more than the part, which is quicker than to copy it exactly: what
-/// lies before the part's end may change, what follows it does not.
-inline void moveToFront(char* to, std::string_view part, const char* end) {
+/// Copies `part` to `to`, which is at most part.data() and lies in the same text; nothing from `end`
+/// on is read. Copies in chunks of fixed size where there is room, which is quicker than an exact
+/// copy: bytes behind the copy and before the part's end may change, those behind the part do not.
+inline void copyDown(char* to, std::string_view part, const char* end) {
     constexpr std::size_t kChunk = 64;
     const std::size_t rounded = (part.size() | (kChunk - 1)) + 1;
     const char* const from = part.data();
