@@ -1,10 +1,12 @@
-// Descriptors, interrupted calls and short reads; nothing about what is in the files.
+// Opens and reads files whatever becomes of the calls: waits for a lease, repeats what a signal has
+// interrupted, goes on after short reads.
 #include "sdk/base/FileRead.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -14,10 +16,36 @@ namespace {
 
 constexpr std::size_t kLineChunkBytes = 256;  // most USB attributes fit
 
+constexpr int kMaxRepeats = 1000;  // of a call that signals interrupt, which then has failed
+
+template <typename Call>
+auto repeatInterrupted(const Call& call) {
+    auto result = call();
+    for (int i = 0; i < kMaxRepeats && result < 0 && errno == EINTR; ++i) result = call();
+    return result;
+}
+
+bool isRegularFile(int directory, const char* path) {
+    struct stat status {};
+    return fstatat(directory, path, &status, 0) == 0 && S_ISREG(status.st_mode);
+}
+
+/// A descriptor, or a negative number and the reason in errno. Waits for no pipe and no device.
+int openForReading(int directory, const char* path) {
+    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY;
+    const int fd = repeatInterrupted([&] { return openat(directory, path, kFlags | O_NONBLOCK); });
+    if (fd >= 0 || errno != EWOULDBLOCK) return fd;
+    // Another process (a file server) has a lease, which the kernel takes away from it meanwhile.
+    if (isRegularFile(directory, path))
+        return repeatInterrupted([&] { return openat(directory, path, kFlags); });
+    errno = EWOULDBLOCK;
+    return fd;
+}
+
 class Descriptor {
 public:
     explicit Descriptor(const char* path, int directory = AT_FDCWD)
-        : m_fd(openRetrying(directory, path)) {}
+        : m_fd(openForReading(directory, path)) {}
     ~Descriptor() {
         if (isOpen()) close(m_fd);
     }
@@ -27,22 +55,12 @@ public:
     bool isOpen() const { return m_fd >= 0; }
     int get() const { return m_fd; }
 
-    /// Bytes read, 0 at the end, -1 on failure; never interrupted.
+    /// Bytes read, 0 at the end, -1 on failure.
     ssize_t readSome(char* to, std::size_t bytes) const {
-        ssize_t got = 0;
-        do got = read(m_fd, to, bytes);
-        while (got < 0 && errno == EINTR);
-        return got;
+        return repeatInterrupted([&] { return read(m_fd, to, bytes); });
     }
 
 private:
-    static int openRetrying(int directory, const char* path) {
-        int fd = -1;
-        do fd = openat(directory, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        while (fd < 0 && errno == EINTR);
-        return fd;
-    }
-
     int m_fd;
 };
 
@@ -75,17 +93,21 @@ bool readFirstLine(int directory, const char* path, std::string& line) {
     const Descriptor file(path, directory);
     if (!file.isOpen()) return false;
     char chunk[kLineChunkBytes];
-    for (;;) {
-        const ssize_t got = file.readSome(chunk, sizeof chunk);
+    while (line.size() < kMaxLineBytes) {
+        const ssize_t got =
+            file.readSome(chunk, std::min(sizeof chunk, kMaxLineBytes - line.size()));
         if (got < 0) line.clear();
         if (got <= 0) return got == 0;
         const auto bytes = static_cast<std::size_t>(got);
-        if (const void* const feed = std::memchr(chunk, '\n', bytes)) {
-            line.append(chunk, static_cast<std::size_t>(static_cast<const char*>(feed) - chunk));
-            return true;
+        const void* const feed = std::memchr(chunk, '\n', bytes);
+        if (feed == nullptr) {
+            line.append(chunk, bytes);
+            continue;
         }
-        line.append(chunk, bytes);
+        line.append(chunk, static_cast<std::size_t>(static_cast<const char*>(feed) - chunk));
+        break;
     }
+    return true;
 }
 
 bool isReadable(const char* path) { return Descriptor(path).isOpen(); }

@@ -1,5 +1,7 @@
-// Reading files that others may have put there: opening never blocks on a pipe nobody writes to,
-// and interrupted or short reads are carried on. Leaves the meaning of the bytes to its callers.
+// Reads files that others may have put there. Opening never waits for a pipe or a device; it waits
+// for a regular file that another process has a lease on, until the kernel has taken the lease away.
+// Interrupted calls are repeated, at most 1000 times; descriptors are close-on-exec. What the bytes
+// mean is the callers' business.
 #pragma once
 
 #include <cstddef>
@@ -20,11 +22,13 @@ struct FileBytes {
 /// of it, one that grows as much as it had.
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes);
 
-/// True when `path` could be read; `line` holds the text before the first line feed, or all of it:
-/// zero and control bytes included. A relative path is looked up in the open directory `directory`,
-/// or in the working directory when that is AT_FDCWD. False, `line` empty and the reason in
-/// `errno`, when the file cannot be opened or read. However long the line is: an endless file
-/// without line feeds takes all memory.
+/// The longest line that is read; device attributes have a page at most.
+constexpr std::size_t kMaxLineBytes = 65536;
+
+/// True when `path` could be read; `line` holds the text before the first line feed, or all of it,
+/// and at most the first kMaxLineBytes: zero and control bytes included. A relative path is looked
+/// up in the open directory `directory`, or in the working directory when that is AT_FDCWD. False,
+/// `line` empty and the reason in `errno`, when the file cannot be opened or read.
 bool readFirstLine(int directory, const char* path, std::string& line);
 
 /// Whether `path` can be opened for reading, which is true of a directory too.

@@ -24,9 +24,11 @@ struct Faults {
     bool isStatFailing = false;
     std::size_t readable = std::size_t(-1);  ///< bytes until reading answers `end`
     ssize_t end = 0;
+    bool isOpeningBlocked = false;
 };
 
 Faults g_faults;
+int g_flags = 0;  // of the last open
 
 int failure(int reason) {
     errno = reason;
@@ -45,7 +47,13 @@ extern "C" int __wrap_fstat(int descriptor, struct stat* status);
 extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes);
 
 extern "C" int __wrap_openat(int directory, const char* path, int flags, mode_t mode) {
+    g_flags = flags;
     if (g_faults.interruptedOpens-- > 0) return failure(EINTR);
+    // As for a lease; nobody may be made to wait by what only looks like one.
+    if (g_faults.isOpeningBlocked) {
+        EXPECT_NE(flags & O_NONBLOCK, 0);
+        return failure(EWOULDBLOCK);
+    }
     return __real_openat(directory, path, flags, mode);
 }
 
@@ -97,15 +105,40 @@ private:
     std::size_t m_descriptors = thermika_test::openDescriptors();
 };
 
-Faults readingThenFailing(std::size_t readable) { return {0, 0, false, readable, -1}; }
+Faults readingThenFailing(std::size_t readable) { return {0, 0, false, readable, -1, false}; }
 
-Faults readingThenEnding(std::size_t readable) { return {0, 0, false, readable, 0}; }
+Faults readingThenEnding(std::size_t readable) { return {0, 0, false, readable, 0, false}; }
 
 TEST_F(FileReadFailures, areNotSeenWhereACallWasOnlyInterrupted) {
     EXPECT_EQ(bytes({2, 0}), "first\nsecond");
     EXPECT_EQ(bytes({0, 2}), "first\nsecond");
     EXPECT_EQ(firstLine({2, 0}), "first");
     EXPECT_EQ(firstLine({0, 2}), "first");
+}
+
+TEST_F(FileReadFailures, endCallsThatAreInterruptedWithoutEnd) {
+    EXPECT_EQ(bytes({1000, 0}), "first\nsecond");
+    EXPECT_EQ(bytes({1001, 0}), "none");
+    EXPECT_EQ(bytes({0, 1000}), "first\nsecond");
+    EXPECT_EQ(bytes({0, 1001}), "none");
+}
+
+TEST_F(FileReadFailures, areNoReasonToWaitForWhatIsNoRegularFile) {
+    Faults faults;
+    faults.isOpeningBlocked = true;
+    for (const char* const path : {"/dev/null", "/", "/missing"}) {
+        g_faults = faults;
+        EXPECT_FALSE(dax::isReadable(path)) << path;
+        EXPECT_EQ(errno, EWOULDBLOCK) << path;
+        g_faults = {};
+    }
+}
+
+TEST_F(FileReadFailures, leaveNoDescriptorToChildren) {
+    EXPECT_EQ(bytes({}), "first\nsecond");
+    EXPECT_NE(g_flags & O_CLOEXEC, 0);
+    EXPECT_EQ(firstLine({}), "first");
+    EXPECT_NE(g_flags & O_CLOEXEC, 0);
 }
 
 TEST_F(FileReadFailures, giveNoBytesWhenTheFileCannotBeExamined) {

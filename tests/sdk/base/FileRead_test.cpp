@@ -191,10 +191,19 @@ TEST(FileRead, givesFirstLinesOfAnyLength) {
         EXPECT_EQ(first, line);
         EXPECT_EQ(second, line.substr(1));
     }
-    std::string large = everyByte(3'000'000);
-    for (char& byte : large) byte = byte == '\n' ? ' ' : byte;
-    writeFile(dir / "file", large + "\nsecond");
-    EXPECT_TRUE(firstLine(dir / "file") == large);
+}
+
+TEST(FileRead, cutsAFirstLineOfMoreThan64KiB) {
+    const TempDir dir;
+    std::string line = everyByte(65537);
+    for (char& byte : line) byte = byte == '\n' ? ' ' : byte;
+    for (const std::size_t length : {65535U, 65536U, 65537U}) {
+        writeFile(dir / "file", line.substr(0, length) + "\nsecond");
+        EXPECT_TRUE(firstLine(dir / "file") == line.substr(0, std::min(length, dax::kMaxLineBytes)))
+            << length;
+    }
+    const Deadline deadline;
+    EXPECT_EQ(firstLine("/dev/zero"), std::string(65536, '\0')) << "which never ends";
 }
 
 TEST(FileRead, givesTheFirstLineOfTheKernelsFiles) {
