@@ -1,0 +1,34 @@
+# thermika_discover_tests(TARGET): each case becomes a test of its own. Those of sources that use the
+# sandbox carry the label "namespaces": `ctest -LE namespaces` runs the others, for build machines
+# that forbid namespaces.
+include(GoogleTest)
+
+set(sandboxes "support/(CameraSet|DownloadSandbox|FileServer|LateFiles|LocalCopy|Recorder")
+string(APPEND sandboxes "|Sandbox|SerialSearch|Tool|UsbTree)\\.h")
+
+function(thermika_discover_tests target)
+    get_target_property(sources ${target} SOURCES)
+    set(suites "")
+    foreach(source ${sources})
+        get_filename_component(path ${source} ABSOLUTE)
+        if(path MATCHES "_test\\.cpp$")
+            set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
+            file(STRINGS ${path} uses REGEX "${sandboxes}|inSandbox")
+            if(uses)
+                # The suite is called as the source is.
+                get_filename_component(suite ${path} NAME_WE)
+                string(REGEX REPLACE "_test$" "" suite ${suite})
+                string(APPEND suites ":${suite}.*:*/${suite}.*")
+            endif()
+        endif()
+    endforeach()
+    if(suites)
+        string(SUBSTRING "${suites}" 1 -1 suites)
+        gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 TEST_FILTER "${suites}"
+            PROPERTIES TIMEOUT 120 LABELS namespaces)
+        gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 TEST_FILTER "-${suites}"
+            PROPERTIES TIMEOUT 120)
+    else()
+        gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    endif()
+endfunction()
