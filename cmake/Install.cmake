@@ -9,9 +9,11 @@ target_include_directories(thermika INTERFACE
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/thermika>)
 install(TARGETS thermika EXPORT thermikaTargets)
 if(BUILD_SHARED_LIBS)
-    # For distributors who want both forms: cmake --install BUILD --component static
-    set_target_properties(thermika-internal PROPERTIES OUTPUT_NAME thermika)
-    install(TARGETS thermika-internal COMPONENT static EXCLUDE_FROM_ALL)
+    # The static form comes along, as thermika::static.
+    set_target_properties(thermika-internal PROPERTIES OUTPUT_NAME thermika EXPORT_NAME static)
+    target_include_directories(thermika-internal INTERFACE
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/thermika>)
+    install(TARGETS thermika-internal EXPORT thermikaTargets)
 endif()
 foreach(header IRCalibrationManager IRLogger Logger SimpleXML StringHelpers Timer)
     install(FILES src/sdk/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/sdk)
@@ -21,8 +23,9 @@ install(FILES ${PROJECT_BINARY_DIR}/generated/public/sdk/Version.h
 install(FILES src/imgproc/Cali.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/imgproc)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/thermika)
-install(EXPORT thermikaTargets NAMESPACE thermika:: FILE thermikaConfig.cmake
-    DESTINATION ${package_dir})
+install(EXPORT thermikaTargets NAMESPACE thermika:: DESTINATION ${package_dir})
+configure_file(cmake/thermikaConfig.cmake.in thermikaConfig.cmake @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/thermikaConfig.cmake DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake
     COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
@@ -41,6 +44,18 @@ cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR} thermika)
 configure_file(cmake/thermika.pc.in thermika.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/thermika.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The fetch library is static, and found as the package's component "fetch".
+if(THERMIKA_FETCH)
+    target_include_directories(thermika-fetch INTERFACE
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/thermika>)
+    install(TARGETS thermika-fetch EXPORT thermikaFetchTargets)
+    install(EXPORT thermikaFetchTargets NAMESPACE thermika:: DESTINATION ${package_dir})
+    install(FILES src/fetch/Fetch.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/thermika/fetch)
+    configure_file(cmake/thermika-fetch.pc.in thermika-fetch.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/thermika-fetch.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
 
 # It lies outside the prefix, where not everybody may write: then whoever installs is told.
 install(CODE "

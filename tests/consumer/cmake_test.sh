@@ -9,7 +9,10 @@ quietly cmake --build "$work/build"
 printed=$("$work/build/consumer")
 [ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
     fail "the consumer printed: $printed"
-[ -d "$work/root$THERMIKA_DATA_DIR/cali" ] || fail 'no directory for the cameras'
+if [ "$THERMIKA_FETCH" = ON ]; then
+    [ "$("$work/build/fetch-consumer")" = incomplete ] || fail 'the fetch library does not answer'
+fi
+[ -d "$work/tree$THERMIKA_DATA_DIR/cali" ] || fail 'no directory for the cameras'
 
 # The interface may change with the second number: 0.2 is no 0.1.
 for wanted in 0.0 0.2 1.0; do

@@ -13,6 +13,8 @@ sdk/SimpleXML.h
 sdk/StringHelpers.h
 sdk/Timer.h
 sdk/Version.h'
+[ "$THERMIKA_FETCH" != ON ] || public="fetch/Fetch.h
+$public"
 found=$(cd "$include" && find . -type f | sed 's|^\./||' | LC_ALL=C sort)
 [ "$found" = "$public" ] || fail "other headers are installed: $found"
 

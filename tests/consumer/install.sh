@@ -18,7 +18,7 @@ quietly() {
     }
 }
 
-DESTDIR=$work/root quietly cmake --install "$THERMIKA_BUILD" --prefix /usr
-prefix=$work/root/usr
+DESTDIR=$work/tree quietly cmake --install "$THERMIKA_BUILD" --prefix /usr
+prefix=$work/tree/usr
 pc=$(find "$prefix" -name thermika.pc)
 libdir=${pc%/pkgconfig/thermika.pc}

@@ -28,11 +28,16 @@ build() { # build NAME COMMAND...
         build linked-by-c "${CC:-cc}" "$work/main.o" -o "$work/linked-by-c" \
             $(pkg-config --static --libs thermika)
     fi
+    if [ "$THERMIKA_FETCH" = ON ]; then
+        expected=incomplete
+        build fetch-consumer "$CXX" $CXXFLAGS -std=c++17 "${main%/*}/fetch.cpp" \
+            -o "$work/fetch-consumer" $(pkg-config --cflags --libs thermika-fetch)
+    fi
 }
 
 # A directory of libraries elsewhere stays where it is.
 quietly cmake -S "$THERMIKA_SOURCE" -B "$work/elsewhere" -DCMAKE_INSTALL_LIBDIR=/opt/own/lib64 \
-    -DTHERMIKA_CLI=OFF
+    -DTHERMIKA_CLI=OFF -DTHERMIKA_FETCH=OFF
 PKG_CONFIG_PATH=$work/elsewhere
 [ "$(pkg-config --variable=libdir thermika)" = /opt/own/lib64 ] ||
     fail 'an absolute directory of libraries is changed'

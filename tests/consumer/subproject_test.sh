@@ -55,5 +55,5 @@ printed=$("$work/with/consumer")
 [ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
     fail "the consumer printed: $printed"
 # The host alone decides what is installed.
-DESTDIR=$work/root cmake --install "$work/with" >"$work/log" 2>&1 || true
-[ ! -e "$work/root" ] || fail "installed: $(find "$work/root" -type f)"
+DESTDIR=$work/tree cmake --install "$work/with" >"$work/log" 2>&1 || true
+[ ! -e "$work/tree" ] || fail "installed: $(find "$work/tree" -type f)"
