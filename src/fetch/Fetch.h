@@ -19,25 +19,26 @@ std::string vendorLinksAddress();
 
 /// The vendor's server. Its links document (64 KiB at most) names the base address of the files.
 struct VendorServer {
-    std::string linksAddress = vendorLinksAddress();
+    std::string linksAddress = vendorLinksAddress();  ///< of its links document
 };
 
 /// A server with the vendor's layout: <base>/14/1408/Califiles SN14080045/<file>.
 struct Mirror {
-    std::string baseAddress;
+    std::string baseAddress;  ///< `<base>`
 };
 
 /// A tree of folders that is searched to any depth for regular files; links are not followed. Of
 /// several files with one name the first that can be used counts: a folder's own files before those
 /// in its subfolders, subfolders by the bytes of their names.
 struct Folder {
-    std::string path;
+    std::string path;  ///< relative ones count from the working directory at the time of the call
 };
 
 /// Addresses are http or https, without user name, password, query and fragment. White space around
 /// them is ignored; blanks and bytes above 127 in their path are encoded.
 using Source = std::variant<VendorServer, Mirror, Folder>;
 
+/// What a call may take.
 struct Limits {
     unsigned jobs = 4;                          ///< transfers at a time, 1 to 64
     unsigned retries = 3;                       ///< more tries of one file, 100 at most
@@ -49,6 +50,7 @@ struct Limits {
     std::size_t files = 20000;                          ///< names of one call
 };
 
+/// What became of one file.
 enum class Outcome {
     kFetched,   ///< installed: whole, checked and on the disk
     kPresent,   ///< was there already: a regular file that is not empty
@@ -61,16 +63,17 @@ enum class Outcome {
 
 /// Texts hold bytes of sources and names as they are, control bytes included: escape before print.
 struct FileReport {
-    std::string name;
-    Outcome outcome = Outcome::kNotTried;
+    std::string name;                      ///< as requested
+    Outcome outcome = Outcome::kNotTried;  ///< what became of it
     std::string reason;       ///< why not, in English; "" when fetched, present or planned
     std::string source;       ///< address or path; "" when there is none
     std::string destination;  ///< path; "" when the name is refused
     long httpStatus = 0;      ///< the last answer's; 0 without one
     std::uint64_t bytes = 0;  ///< of the file; 0 when it is not there
-    unsigned tries = 0;
+    unsigned tries = 0;       ///< transfers begun
 };
 
+/// How far a call is.
 struct Progress {
     std::size_t files = 0;              ///< that this call is about
     std::size_t filesDone = 0;          ///< with an outcome, whichever
@@ -79,10 +82,11 @@ struct Progress {
     const FileReport* ended = nullptr;  ///< the file that just got its outcome, if one did
 };
 
+/// What to fetch, where from and where to.
 struct Request {
     std::string serial;              ///< the camera's, 1 to 20 decimal digits
     std::vector<std::string> names;  ///< one path component each; a repeated name counts once
-    Source source;
+    Source source;                   ///< where from
     /// Destination. A relative path counts from the working directory at the time of the call.
     std::string directory;
     bool replacePresent = false;  ///< fetch also what is there already
@@ -96,6 +100,7 @@ struct Request {
     const std::atomic<bool>* cancel = nullptr;
 };
 
+/// What became of a request.
 struct Report {
     std::string problem;            ///< why no file could be tried; "" otherwise
     std::vector<FileReport> files;  ///< in the order of the request
@@ -125,6 +130,7 @@ Report fetch(const Request& request);
 /// disk; of servers only the vendor's is asked, for its links document. `progress` is not called.
 Report plan(const Request& request);
 
+/// What one question found out.
 struct ProbeReport {
     bool answers = false;  ///< with any status; a folder: it can be read
     std::string reason;    ///< why not, or what is wrong with the answer; "" otherwise

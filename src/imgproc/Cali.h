@@ -19,29 +19,34 @@ class CaliView;
 /// Names one optics. `text` may be null or empty, which is the same. In a record that was handed
 /// out it points into the description, must not be written to and dies with the next load().
 struct OPTICS {
-    std::int32_t fov;
-    char* text;
+    std::int32_t fov;  ///< field of view
+    char* text;        ///< tells optics of one field of view apart
 };
 
 /// A temperature range, told from others by its exact bounds.
 struct Range {
-    float min;
-    float max;
+    float min;  ///< lower bound
+    float max;  ///< upper bound
 };
 
+/// Of one range, for the image processing; nothing here reads them.
 struct TableParams {
+    /// From the element of that name.
     double T1 = 0.0;
     double T3 = 0.0;
     std::int16_t E1 = 0;
     std::int16_t E3 = 0;
     double Lambda = 0.0;
-    double Reserved1 = 0.0;  ///< this and the next two are in no file and read by nobody
-    double Reserved2 = -100.0;
-    std::int16_t Reserved3 = 0;
+    double Reserved1 = 0.0;      ///< in no file and read by nobody
+    double Reserved2 = -100.0;   ///< the same
+    std::int16_t Reserved3 = 0;  ///< the same
+    /// From the element of that name.
     bool Normalize = false;
 };
 
+/// What an optics is calibrated for, as the description gives it.
 struct TemperatureRange {
+    /// From the element of that name.
     std::int16_t Fid = 0;
     std::int16_t Skim = 0;
     std::int16_t SkimRatio = 0;
@@ -54,21 +59,24 @@ struct TemperatureRange {
     TableParams Table;
 };
 
+/// One optics of the description.
 struct OpticsDef {
     OpticsDef();  ///< with three ranges: -20 to 100, 0 to 250 and 150 to 900
 
+    /// From the element of that name.
     std::int32_t FOV = 0;
     std::int32_t SerNo = 0;
     std::unique_ptr<char[]> Text;
-    double Reserved = -1.0;  ///< in no file and read by nobody
-    bool SamplePointCali = false;
-    std::vector<TemperatureRange> TempRanges;
+    double Reserved = -1.0;                    ///< in no file and read by nobody
+    bool SamplePointCali = false;              ///< it needs no characteristic-curve files
+    std::vector<TemperatureRange> TempRanges;  ///< in the description's order
 };
 
 /// Kept for the image processing; nothing here reads it but load()'s log line.
 struct MainSection {
     MainSection() = default;
 
+    /// From the element of that name.
     std::uint16_t TecA = 3400;
     std::uint16_t TecB = 400;
     std::uint16_t TecC = 400;
@@ -125,7 +133,7 @@ public:
     /// Whether the description of `serial` was loaded.
     bool isLoaded(int serial);
 
-    int getOpticsCount();
+    int getOpticsCount();          ///< of the description held
     OPTICS* getOptics(int index);  ///< null when there is none
 
     /// Position of an optics, -1 when there is none. The second form takes a missing text, in its

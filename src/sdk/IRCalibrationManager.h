@@ -20,6 +20,7 @@ struct OpticsEntry {
     std::string text;  ///< "" when the optics has none
 };
 
+/// The directories and every operation on a camera.
 class IRCalibrationManager {
 public:
     /// The one manager, created with the default directories on first use; it stays ours until

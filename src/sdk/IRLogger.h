@@ -12,6 +12,7 @@ enum IRLoggerVerbosityLevel : int {
     IRLOG_DEBUG = 5,
 };
 
+/// Front end of kelvra::Logger.
 class IRLogger {
 public:
     IRLogger() = default;

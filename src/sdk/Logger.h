@@ -15,6 +15,7 @@ constexpr unsigned int kLogWarning = 1;
 constexpr unsigned int kLogInfo = 2;
 constexpr unsigned int kLogDebug = 3;
 
+/// The log sink.
 class Logger {
 public:
     /// Which sinks are on; combined by bitwise or. Only LOGGER_FILE and LOGGER_CONSOLE are tested,

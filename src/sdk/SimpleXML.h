@@ -29,6 +29,7 @@ struct CommentToken {
 /// Whether `a` stands before `b`; the type plays no part. For callers that sort delimiters.
 bool compTokens(CommentToken a, CommentToken b);
 
+/// A loaded document and a cursor in it.
 class SimpleXML {
 public:
     /// Process: LC_NUMERIC is "C" afterwards.

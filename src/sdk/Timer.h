@@ -4,6 +4,7 @@
 
 namespace dax {
 
+/// A stopwatch.
 class Timer {
 public:
     /// Starts at once.
