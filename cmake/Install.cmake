@@ -1,7 +1,6 @@
 # Installs the tool, the library and its public headers, what find_package(thermika) and pkg-config
 # need, and the directory of the cameras' files.
 include(CMakePackageConfigHelpers)
-include(GNUInstallDirs)
 
 install(TARGETS thermika-genconfig)
 
@@ -29,6 +28,13 @@ install(FILES ${PROJECT_BINARY_DIR}/thermikaConfig.cmake DESTINATION ${package_d
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake
     COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
+
+foreach(page thermika.1 thermika-genconfig.1 libthermika.3 thermika-files.5)
+    string(REGEX REPLACE ".*\\." "man" section ${page})
+    if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man/${page})
+        install(FILES docs/man/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
+    endif()
+endforeach()
 
 # Paths in the .pc file start at its own folder, so that the installed tree may be moved; absolute
 # directories stay as they are.
