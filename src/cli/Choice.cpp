@@ -11,7 +11,7 @@
 #include "cli/Command.h"
 #include "cli/Escape.h"
 #include "cli/Output.h"
-#include "sdk/base/WholeNumber.h"
+#include "sdk/base/Truncation.h"
 
 namespace thermika::cli {
 
@@ -148,7 +148,8 @@ std::optional<Range> parseRange(const std::string& typed) {
 Choice choose(ConfigCali& cali, const std::string& optics, const std::string& range) {
     const Optics chosen = chooseOptics(cali, optics);
     const Range bounds = chooseRange(cali, chosen, range);
-    return {chosen.fovDeg, chosen.text, dax::wholeNumber(bounds.min), dax::wholeNumber(bounds.max)};
+    return {chosen.fovDeg, chosen.text, dax::truncateToInt(bounds.min),
+            dax::truncateToInt(bounds.max)};
 }
 
 std::vector<std::string> opticsChoices(ConfigCali& cali) {

@@ -18,7 +18,7 @@
 #include "sdk/SimpleXML.h"
 #include "sdk/StringHelpers.h"
 #include "sdk/base/BoundedText.h"
-#include "sdk/base/WholeNumber.h"
+#include "sdk/base/Truncation.h"
 
 namespace {
 
@@ -304,7 +304,7 @@ bool ConfigCali::caliFilenameString(int camera, int fov, char* text, float min, 
     for (const float bound : {min, max}) {
         name.append('-');
         if (bound < 0) name.append('M');
-        name.append(dax::wholeNumber(std::fabs(bound)));
+        name.append(dax::truncateToInt(std::fabs(bound)));
     }
     if (framerate != 0) name.append('-').append(int{framerate});
     return true;

@@ -19,7 +19,7 @@
 #include "sdk/SimpleXML.h"
 #include "sdk/base/BuildConfig.h"
 #include "sdk/base/PathLimits.h"
-#include "sdk/base/WholeNumber.h"
+#include "sdk/base/Truncation.h"
 #include "sdk/camera/AccessTest.h"
 #include "sdk/camera/ConfigurationDocument.h"
 #include "sdk/camera/DownloadLinks.h"
@@ -291,7 +291,7 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
         const std::vector<TemperatureRange>& ranges = view.rangesByKeyOf(i);
         entry.tempRanges.resize(ranges.size());
         for (std::size_t j = 0; j < ranges.size(); ++j)
-            entry.tempRanges[j] = {wholeNumber(ranges[j].TempLo), wholeNumber(ranges[j].TempHi)};
+            entry.tempRanges[j] = {truncateToInt(ranges[j].TempLo), truncateToInt(ranges[j].TempHi)};
     }
     *m_availableOptics = std::move(rebuilt);
     return m_availableOptics.get();

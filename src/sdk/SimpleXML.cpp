@@ -46,7 +46,7 @@ template <typename T, typename Plain>
 void convert(std::string_view value, Plain plain, int (*scan)(const char*, T*), T* out) {
     if (const auto number = plain(value)) {
         *out = static_cast<T>(*number);
-        leaveNumericLocaleAsGuardDoes();
+        setNumericLocaleAsCharacterLocale();
     } else {
         scan(std::string(value).c_str(), out);
     }

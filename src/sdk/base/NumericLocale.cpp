@@ -1,4 +1,4 @@
-// Setting LC_NUMERIC around a scan, and the state that this leaves.
+// Sets LC_NUMERIC around the scan of a number.
 #include "sdk/base/NumericLocale.h"
 
 #include <clocale>
@@ -14,7 +14,7 @@ NumericLocaleGuard::NumericLocaleGuard() : m_characterLocale(std::setlocale(LC_C
 // LC_NUMERIC finds it changed after any scan.
 NumericLocaleGuard::~NumericLocaleGuard() { std::setlocale(LC_NUMERIC, m_characterLocale.c_str()); }
 
-void leaveNumericLocaleAsGuardDoes() {
+void setNumericLocaleAsCharacterLocale() {
     const char* const numeric = std::setlocale(LC_NUMERIC, nullptr);
     const char* const character = std::setlocale(LC_CTYPE, nullptr);
     if (numeric != character && std::strcmp(numeric, character) != 0) const NumericLocaleGuard guard;

@@ -19,7 +19,7 @@ private:
     std::string m_characterLocale;
 };
 
-/// Leaves the process as a guard's life would; costs two look-ups when it is so already.
-void leaveNumericLocaleAsGuardDoes();
+/// Gives LC_NUMERIC the name that LC_CTYPE has, as a guard's life does; quick when it has it.
+void setNumericLocaleAsCharacterLocale();
 
 }  // namespace dax

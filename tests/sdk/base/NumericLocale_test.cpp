@@ -70,13 +70,13 @@ TEST(NumericLocale, staysCWhenTheSystemHasNoSuchNumericLocale) {
 TEST(NumericLocale, canBeLeftAsAGuardDoesWithoutOne) {
     {
         const ScopedLocale locale({{LC_CTYPE, kDecimalCommaLocale}});
-        dax::leaveNumericLocaleAsGuardDoes();
+        dax::setNumericLocaleAsCharacterLocale();
         EXPECT_EQ(numericLocale(), kDecimalCommaLocale);
-        dax::leaveNumericLocaleAsGuardDoes();
+        dax::setNumericLocaleAsCharacterLocale();
         EXPECT_EQ(numericLocale(), kDecimalCommaLocale);
     }
     const ScopedLocale locale({{LC_NUMERIC, kDecimalCommaLocale}});
-    dax::leaveNumericLocaleAsGuardDoes();
+    dax::setNumericLocaleAsCharacterLocale();
     EXPECT_EQ(numericLocale(), "C");
 }
 
