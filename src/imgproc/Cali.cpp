@@ -129,7 +129,8 @@ int ConfigCali::load(const char* dir, int serialToLoad) {
                           "), reload Calibration XML.");
         reset();
     }
-    // Deliberate: for the whole process and never restored, so that "." is the decimal point.
+    // Deliberate: for the whole process, so that "." is the decimal point, until the first getter
+    // that finds its element gives LC_NUMERIC the name of LC_CTYPE.
     std::setlocale(LC_NUMERIC, "C");
     char stem[kStemBytes];
     tsnprintf(stem, kStemBytes, "Cali-%i", serialToLoad);
@@ -139,11 +140,11 @@ int ConfigCali::load(const char* dir, int serialToLoad) {
     dax::SimpleXML document;
     if (!document.open(dir, stem, "CaliData")) return kCannotOpen;
     MainSection main;
-    readMainSection(document, main);
+    dax::readMainSection(document, main);
     log(__LINE__, "Calibration data A: " + std::to_string(main.TecA) +
                       " B:" + std::to_string(main.TecB) + " C:" + std::to_string(main.TecC) +
                       " D:" + std::to_string(main.TecD));
-    hold(readOptics(document));
+    hold(dax::readOptics(document));
     m_main = main;
     loaded = m_hasEverLoaded = true;
     serial = serialToLoad;

@@ -2,7 +2,13 @@
 // ranges and frame rates, and how the calibration files of each are named. One object a process,
 // holding a built-in description until one is loaded. Nothing here is locked.
 //
-// Temperatures are degrees Celsius, fields of view degrees, frame rates frames per second.
+// Temperatures are degrees Celsius, fields of view degrees, frame rates frames per second; the
+// fields of MainSection and TableParams are in the camera's own units.
+//
+// The types here stand in the global namespace. A program that defines another type of one of these
+// names (Range, OPTICS, ...) in the global namespace as well breaks the rule of one definition: the
+// linker notices nothing and the program may crash, even where no source includes both. Put your
+// own types into a namespace.
 #pragma once
 
 #include <cstddef>
@@ -126,8 +132,11 @@ public:
     /// `dir` says. -2147024891, and the built-in description is held, when the reader cannot open
     /// the file (see SimpleXML::open) or `dir` is null. What the file lacks keeps its default;
     /// whole numbers are cut to 16 bits where the field has 16.
-    /// Process: as SimpleXML::open(); LC_NUMERIC is "C", or what the reader's getters leave once a
-    /// value was read.
+    /// Process: creates the logger. Unless the serial is loaded already: creates `dir` (the default
+    /// directory for an empty one), one level, mode 0777 less the umask, when it is missing, and
+    /// the calibration manager; LC_NUMERIC is "C", or bears the name of LC_CTYPE once a value was
+    /// read; a path of more than 259 characters ends the process with abort() and a line on
+    /// standard error.
     int load(const char* dir, int serial);
 
     /// Whether the description of `serial` was loaded.

@@ -291,7 +291,8 @@ std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long
         const std::vector<TemperatureRange>& ranges = view.rangesByKeyOf(i);
         entry.tempRanges.resize(ranges.size());
         for (std::size_t j = 0; j < ranges.size(); ++j)
-            entry.tempRanges[j] = {truncateToInt(ranges[j].TempLo), truncateToInt(ranges[j].TempHi)};
+            entry.tempRanges[j] = {truncateToInt(ranges[j].TempLo),
+                                   truncateToInt(ranges[j].TempHi)};
     }
     *m_availableOptics = std::move(rebuilt);
     return m_availableOptics.get();

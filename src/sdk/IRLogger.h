@@ -18,10 +18,13 @@ public:
     IRLogger() = default;
     ~IRLogger() = default;
 
-    /// Configures the process-wide logger, creating it when there is none; may be called again.
+    /// Configures the process-wide logger; may be called again.
     /// `consoleLevel` is for standard error, `fileLevel` for the log file, whose path is `logFile`
     /// ("rqthermika.log" when null or empty) followed by a time stamp and ".log". A file that
     /// cannot be opened is not reported.
+    /// Process: creates the logger when there is none; takes the time zone from the environment, as
+    /// tzset() does; unless `fileLevel` is IRLOG_OFF, creates the log file in the working directory
+    /// or opens it to append, and programs that the process starts inherit its descriptor.
     static void setVerbosity(IRLoggerVerbosityLevel consoleLevel, IRLoggerVerbosityLevel fileLevel,
                              const char* logFile);
 };

@@ -153,7 +153,8 @@ void Logger::print(unsigned int severity, const std::string& file, int line,
 
 const char* W2C(const wchar_t* text) {
     static char buffer[kW2CBytes];
-    for (char& byte : buffer) byte = '\0';  // a failed conversion must not show an earlier text
+    // Deliberate: all of it, so that a conversion that fails shows nothing of an earlier text.
+    for (char& byte : buffer) byte = '\0';
     std::wcstombs(buffer, text, kW2CBytes - 1);
     return buffer;
 }

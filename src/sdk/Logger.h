@@ -27,12 +27,12 @@ public:
         LOGGER_NO_CONSOLE = 8,
     };
 
-    /// The one logger, created unconfigured on first use; it stays ours. Only an allocation failure
-    /// propagates.
+    /// The one logger; it stays ours. Only an allocation failure propagates.
+    /// Process: creates it, unconfigured, when there is none; its time starts then.
     static Logger* getInstance();
 
     /// Closes the log file and destroys the logger, if there is one; pointers to it are dead then.
-    /// The next getInstance() gives a fresh, unconfigured one whose time starts anew.
+    /// Process: the next getInstance() gives a fresh, unconfigured one whose time starts anew.
     static void releaseInstance();
 
     /// Prefer getInstance().
@@ -52,7 +52,9 @@ public:
     /// or appended to. A file that cannot be opened is not reported: its lines are lost, standard
     /// error keeps working. So are the lines after one that could not be written, until the next
     /// call.
-    /// Process: takes the time zone from the environment, as tzset() does.
+    /// Process: creates the log file, or opens it to append, with LOGGER_FILE; programs that the
+    /// process starts inherit its descriptor. Takes the time zone from the environment, as tzset()
+    /// does.
     void configure(const std::string& name, loggerConf_ conf, int fileLevel, int consoleLevel);
 
     /// Writes "LEVEL [file:line] @ 1.5s :message" and a line break to every sink whose level is at
@@ -63,6 +65,8 @@ public:
     ///
     /// Before the first configure() the message is dropped; the first such call in the process says
     /// so in one line on standard error.
+    /// Process: writing may raise SIGPIPE or SIGXFSZ, which end a process that does not ignore
+    /// them; nothing here changes what it does with signals.
     void print(unsigned int severity, const std::string& file, int line,
                const std::string& message);
 
@@ -81,8 +85,8 @@ private:
 };
 
 /// `text` in the multibyte form of the current LC_CTYPE, at most 1023 bytes of it, terminated; it
-/// ends early where a character has no such form. The buffer is static: the next call overwrites
-/// it.
+/// ends early where a character has no such form. The buffer is static: the next call clears and
+/// overwrites it.
 const char* W2C(const wchar_t* text);
 
 /// `text` itself.

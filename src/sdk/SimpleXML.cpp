@@ -1,5 +1,4 @@
-// The reader's cursor and getters. How a file becomes text and how tags are found stands in
-// units of its own.
+// The reader's cursor and getters. Units of their own turn a file into text and find tags.
 #include "sdk/SimpleXML.h"
 
 #include <sys/stat.h>
@@ -56,7 +55,8 @@ void convert(std::string_view value, Plain plain, int (*scan)(const char*, T*), 
 
 bool compTokens(CommentToken a, CommentToken b) { return a.pos < b.pos; }
 
-// Deliberate: LC_NUMERIC stays "C" for the whole process, so that decimal points read as ".".
+// Deliberate: for the whole process, so that decimal points read as ".", until the first getter
+// that finds its element gives LC_NUMERIC the name of LC_CTYPE.
 SimpleXML::SimpleXML() { std::setlocale(LC_NUMERIC, "C"); }
 
 SimpleXML::~SimpleXML() = default;

@@ -2,11 +2,11 @@
 // parser: attributes, entities, CDATA and self-closing elements are not understood; an element is
 // the text between the first "<name>" and the first "</name>" after it, at whatever nesting level.
 //
-// Use: open(), then setNode() to stand on the whole document, then descend and read. An operation
+// Use: open(), then setNode() to select the whole document, then descend and read. An operation
 // called before that, or with a null pointer, finds nothing; only getKey() needs no setNode().
-// Nothing outside the loaded text is ever read. The first search lists the document's tags; from
-// then on looking for an element costs a look at one byte for each tag before it. Allocation
-// failures propagate, and the object stays usable.
+// Nothing outside the loaded text is ever read. The first search makes an index of the document's
+// tags; each search then compares one byte per tag. Allocation failures propagate, and the object
+// stays usable.
 #pragma once
 
 #include <array>
@@ -41,8 +41,8 @@ public:
     /// Opens "<dir>/<name>.xml", or "Imager/<name>.xml" below the working directory when `dir` is
     /// empty (false when there is none or its own path has more than 259 characters).
     /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing, and
-    /// the calibration manager. A path of more than 259 characters ends the process with abort()
-    /// and a line on standard error.
+    /// the calibration manager; a failure also creates the logger. A path of more than 259
+    /// characters ends the process with abort() and a line on standard error.
     bool open(const char* dir, char* name, const char* rootName);
 
     /// Loads the lines strictly between the first line that contains "<rootName" and the next that
@@ -54,7 +54,10 @@ public:
     /// False when the file is empty, is no regular file, has more than 2^31 bytes or cannot be
     /// read: with a DEBUG line in the log (none for null), and what was loaded before still there.
     /// False, with the document and a message as ERROR lines, when comment delimiters do not pair
-    /// up; the text with its comments is loaded then. A document loaded before is released.
+    /// up; the text with its comments is loaded then. A document loaded before is released. A read
+    /// error in mid-file counts as a file that cannot be opened. Waits for no pipe and no device,
+    /// but for the end of a lease that another process has on the file.
+    /// Process: a failure creates the logger, which says once when nobody has configured it.
     bool open(const char* file, const char* rootName);
 
     /// Moves the cursor to the whole document. Always true.
@@ -85,8 +88,10 @@ public:
     /// Reads the first element `name` in the current one: as "%i" (hexadecimal after "0x", octal
     /// after "0"), "%hu", "%i" (true when above 0), "%ld" and "%f" scan it. True when the element
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
-    /// `*out` unchanged, when it is not, and at depth 254.
-    /// Process: LC_NUMERIC bears the name of LC_CTYPE once the element was found.
+    /// `*out` unchanged, when it is not, and at depth 254. A float is the nearest to the decimal
+    /// number, exactly, in the rounding mode to nearest.
+    /// Process: LC_NUMERIC bears the name of LC_CTYPE once the element was found ("C" where there
+    /// is no such numeric locale); while the number is read it may be "C".
     bool getInt(const char* name, int* out) { return read(nameOf(name), out); }
     bool getUnsignedShort(const char* name, unsigned short* out) { return read(nameOf(name), out); }
     bool getBool(const char* name, bool* out) { return read(nameOf(name), out); }

@@ -3,7 +3,7 @@
 // function works on the caller's buffers and allocates nothing that outlives the call.
 //
 // Process: the narrow tscanf and the dax::_tscanf functions leave LC_NUMERIC bearing the name that
-// LC_CTYPE has. No pointer may be null.
+// LC_CTYPE has, or "C" where the system has no numeric locale of that name. No pointer may be null.
 #pragma once
 
 /// Items converted by a scan of `text` with `format` (0 or 1 for a single conversion), EOF when the
@@ -32,6 +32,8 @@ wchar_t* tstrlwr(wchar_t* text);
 /// Prints at most `size` - 1 characters and a terminator (nothing at all when `size` is 0).
 /// Narrow: the length of the whole text, printed or not, negative when LC_CTYPE has no bytes for a
 /// wide character of it. Wide: the length written, or -1 when the text does not fit.
+/// A hardened build (-D_FORTIFY_SOURCE=2, as ours are) ends the process at "%n" in a format that
+/// lies in writable memory.
 int tsnprintf(char* buffer, unsigned int size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 int tsnprintf(wchar_t* buffer, unsigned int size, const wchar_t* format, ...);
@@ -60,10 +62,12 @@ int tstrcmp(const wchar_t* lhs, const wchar_t* rhs);
 namespace dax {
 
 /// Scan one number: 1 when `*out` was set, 0 when `text` does not begin with one, EOF when it is
-/// empty or blank; `*out` then keeps its value.
+/// empty or blank; `*out` then keeps its value. A number beyond the
+/// limits of long (for unsigned short: of unsigned long) becomes that limit first; then an int or
+/// unsigned short gets its low bits.
 int _tscanff(const char* text, float* out);
 int _tscanfld(const char* text, long* out);
 int _tscanfi(const char* text, int* out);  ///< "0x" reads hexadecimal, a leading "0" octal
-int _tscanfus(const char* text, unsigned short* out);  ///< larger numbers wrap to 16 bits
+int _tscanfus(const char* text, unsigned short* out);
 
 }  // namespace dax

@@ -8,9 +8,9 @@
 
 #include "sdk/StringHelpers.h"
 
-namespace {
+namespace dax {
 
-using dax::SimpleXML;
+namespace {
 
 /// Fields of 16 bits keep the low ones of what the document says, fields of 64 bits all of it.
 template <typename T>
@@ -148,3 +148,5 @@ std::vector<OpticsDef> readOptics(SimpleXML& document) {
     }
     return optics;
 }
+
+}  // namespace dax

@@ -1,5 +1,5 @@
-// What the file check and the list of available optics see of the calibration data: all of it in order,
-// without a record to free for each answer. Not installed.
+// What the file check and the list of available optics see of the calibration data: all of it in
+// order, without a record to free for each answer. Not installed.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,8 @@ public:
         return {m_cali.m_optics[index].FOV, m_cali.m_optics[index].Text.get()};
     }
 
-    /// The ranges that queries with the key of the optics at `index` find: those of the first optics
-    /// with that key.
+    /// The ranges that queries with the key of the optics at `index` find: those of the first
+    /// optics with that key.
     const std::vector<TemperatureRange>& rangesByKeyOf(std::size_t index) const {
         return m_cali.m_optics[m_cali.m_index.firstOfSame[index]].TempRanges;
     }

@@ -1,7 +1,7 @@
 // Reads files that others may have put there. Opening never waits for a pipe or a device; it waits
-// for a regular file that another process has a lease on, until the kernel has taken the lease away.
-// Interrupted calls are repeated, at most 1000 times; descriptors are close-on-exec. What the bytes
-// mean is the callers' business.
+// for a regular file that another process has a lease on, until the kernel has taken the lease
+// away. Interrupted calls are repeated, at most 1000 times; descriptors are close-on-exec. What the
+// bytes mean is the callers' business.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,8 @@ struct FileBytes {
 
 /// The bytes of a regular file. Nothing when `path` is no regular file, cannot be opened, is longer
 /// than `maxBytes` (found out before any memory is taken) or cannot be read to its end: an error in
-/// mid-file counts as a file that cannot be opened. A file that shrinks meanwhile gives what is left
-/// of it, one that grows as much as it had.
+/// mid-file counts as a file that cannot be opened. A file that shrinks meanwhile gives what is
+/// left of it, one that grows as much as it had.
 std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes);
 
 /// The longest line that is read; device attributes have a page at most.

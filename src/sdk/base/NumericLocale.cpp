@@ -17,7 +17,8 @@ NumericLocaleGuard::~NumericLocaleGuard() { std::setlocale(LC_NUMERIC, m_charact
 void setNumericLocaleAsCharacterLocale() {
     const char* const numeric = std::setlocale(LC_NUMERIC, nullptr);
     const char* const character = std::setlocale(LC_CTYPE, nullptr);
-    if (numeric != character && std::strcmp(numeric, character) != 0) const NumericLocaleGuard guard;
+    if (numeric != character && std::strcmp(numeric, character) != 0)
+        const NumericLocaleGuard guard;
 }
 
 }  // namespace dax

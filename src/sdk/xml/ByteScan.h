@@ -1,5 +1,6 @@
-// Finds bytes in a text, many at a time where the processor can. All that is specific to a processor
-// stands here, each piece with a plain form beside it. Knows nothing of tags and comments.
+// Finds bytes in a text, many at a time where the processor can. All that is specific to a
+// processor stands here, each piece with a plain form beside it. Knows nothing of tags and
+// comments.
 #pragma once
 
 #include <algorithm>
@@ -17,8 +18,8 @@ namespace dax {
 /// How many bytes nextByte() looks at together: so many can be read from any position it looks at.
 constexpr std::size_t kScanStep = 16;
 
-/// The first of the bytes `from` to `to` - 1 that equals `byte`, or a number from `to` on. kScanStep
-/// bytes can be read from `to` on.
+/// The first of the bytes `from` to `to` - 1 that equals `byte`, or a number from `to` on.
+/// kScanStep bytes can be read from `to` on.
 inline std::size_t nextByte(const unsigned char* bytes, unsigned char byte, std::size_t from,
                             std::size_t to) {
 #ifdef __SSE2__
@@ -99,7 +100,8 @@ bool visitBytes(std::string_view text, const Visit& visitOffset) {
     return byte_scan::visit<kByte, false>(text, visitOffset);
 }
 
-/// The same for each `kByte` that another one follows. Pairs may overlap: three bytes are two pairs.
+/// The same for each `kByte` that another one follows. Pairs may overlap: three bytes are two
+/// pairs.
 template <char kByte, typename Visit>
 bool visitPairs(std::string_view text, const Visit& visitOffset) {
     return byte_scan::visit<kByte, true>(text, visitOffset);

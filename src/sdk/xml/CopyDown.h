@@ -7,9 +7,10 @@
 
 namespace dax {
 
-/// Copies `part` to `to`, which is at most part.data() and lies in the same text; nothing from `end`
-/// on is read. Copies in chunks of fixed size where there is room, which is quicker than an exact
-/// copy: bytes behind the copy and before the part's end may change, those behind the part do not.
+/// Copies `part` to `to`, which is at most part.data() and lies in the same text; nothing from
+/// `end` on is read. Copies in chunks of fixed size where there is room, which is quicker than an
+/// exact copy: bytes behind the copy and before the part's end may change, those behind the part do
+/// not.
 inline void copyDown(char* to, std::string_view part, const char* end) {
     constexpr std::size_t kChunk = 64;
     const std::size_t rounded = (part.size() | (kChunk - 1)) + 1;

@@ -1,5 +1,5 @@
-// From a file's bytes to a document's text, one step after the other, all in the memory that the file
-// was read into: what is written always lies before what is still to be looked at.
+// From a file's bytes to a document's text, one step after the other, all in the memory that the
+// file was read into: what is written always lies before what is still to be looked at.
 #include "sdk/xml/DocumentText.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// Declines whatever a scanner might read differently in some locale.
+// Reads plain decimal numbers digit by digit. Declines whatever a scanner of the C library might
+// read differently in some locale.
 #include "sdk/xml/NumberText.h"
 
 #include <cfloat>

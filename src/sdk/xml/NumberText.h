@@ -1,5 +1,6 @@
 // Reading numbers written in their plainest form, which every locale reads alike, without the C
-// library's scanners. Anything else is left to those.
+// library's scanners. Anything else is left to those. Floats are exact in the rounding mode to
+// nearest, which is every program's unless it changes it.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,5 @@
-// An index of a text's tags: where each begins, and a fingerprint of one byte, by which the tags of a
-// name are found many at a time. Built once a text; five bytes a tag. Knows nothing of nesting.
+// An index of a text's tags: where each begins, and a fingerprint of one byte, by which the tags of
+// a name are found many at a time. Built once a text; five bytes a tag. Knows nothing of nesting.
 #pragma once
 
 #include <endian.h>

@@ -1,5 +1,5 @@
-// Removes the comments from a text. Comments may be nested: one is removed together with the comments
-// inside it.
+// Removes the comments from a text. Comments may be nested: one is removed together with the
+// comments inside it.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// The offsets of a byte and of its pairs, and the next of a byte, beside plain loops. Texts lie right
-// before memory that must not be read.
+// The offsets of a byte and of its pairs, and the next of a byte, beside plain loops. Texts lie
+// right before memory that must not be read.
 #include "sdk/xml/ByteScan.h"
 
 #include <algorithm>
