@@ -1,5 +1,5 @@
-// The calibration data's loading rules, its lookups and the names of a camera's files. How a
-// document is read into records is CaliReader's.
+// Loads and holds the calibration data, answers questions about it and makes the names of a
+// camera's files. CaliReader reads a document into records.
 #include "imgproc/Cali.h"
 
 #include <algorithm>

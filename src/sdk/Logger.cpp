@@ -1,4 +1,4 @@
-// The log sink's line format, file names and sinks.
+// Composes log lines and the log file's name, and writes the lines to the chosen sinks.
 #include "sdk/Logger.h"
 
 #include <clocale>

@@ -1,4 +1,4 @@
-// The t functions: each maps onto one function of the C library.
+// Text operations and number scanners; each calls one function of the C library.
 #include "sdk/StringHelpers.h"
 
 #include <cctype>

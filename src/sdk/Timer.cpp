@@ -1,4 +1,4 @@
-// Differences of the wall clock; nothing is kept but the start.
+// The stopwatch: differences of the wall clock.
 #include "sdk/Timer.h"
 
 #include "sdk/base/WallClock.h"

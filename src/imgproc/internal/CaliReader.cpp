@@ -1,4 +1,4 @@
-// The elements of a calibration description, in the order in which they are read.
+// Reads the elements of a calibration description into records.
 #include "imgproc/internal/CaliReader.h"
 
 #include <algorithm>

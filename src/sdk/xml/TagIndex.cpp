@@ -1,4 +1,4 @@
-// Lists a text's tags.
+// Makes the index of a text's tags.
 #include "sdk/xml/TagIndex.h"
 
 namespace dax {

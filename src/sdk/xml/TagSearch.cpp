@@ -1,4 +1,4 @@
-// Looks at every "<" of the text.
+// Finds a tag by a look at every "<" of the text.
 #include "sdk/xml/TagSearch.h"
 
 #include <algorithm>

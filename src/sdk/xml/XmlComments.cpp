@@ -1,5 +1,6 @@
-// Every delimiter holds a "--", so one pass over these finds openings and closings in the order in
-// which they count: an opening before a closing that shares its dashes.
+// Finds and removes comments. Every delimiter holds a "--", so one pass over these finds openings
+// and closings in the order in which they count: an opening before a closing that shares its
+// dashes.
 #include "sdk/xml/XmlComments.h"
 
 #include <string_view>
