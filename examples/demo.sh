@@ -134,12 +134,13 @@ show() {
     "$thermika" "$@"
 }
 if [ -n "$thermika" ]; then
+    cd /usr/share
     show cameras
     show fetch
     show files
     show optics
-    show config --optics 33 --range 0..250 -o /usr/share/camera.xml
-    show validate /usr/share/camera.xml
+    show config -o camera.xml
+    show validate camera.xml
 fi
 
 echo

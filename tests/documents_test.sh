@@ -1,0 +1,69 @@
+#!/bin/sh
+# The documents say what is there: the map names every unit of the library and nothing else, links
+# lead to files, SECURITY.md names real test suites, and README's commands are all tried somewhere.
+# usage: documents_test.sh PROJECT
+set -eu
+cd "$1"
+[ -d "${TMPDIR-/tmp}" ] || unset TMPDIR
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failed=0
+
+fail() {
+    echo "FAILED: $1" >&2
+    failed=1
+}
+
+# names FILE PATTERN: what stands between backquotes and matches.
+names() {
+    # shellcheck disable=SC2016
+    grep -o '`[^`]*`' "$1" | tr -d '`' | grep -Ex "$2" | sort -u
+}
+
+units='(app|sdk|imgproc|fetch|cli)(/[a-z]+)*/[A-Z][A-Za-z]*'
+[ "$(names ARCHITECTURE.md "$units" | wc -l)" -ge 25 ] || fail 'ARCHITECTURE.md names hardly a unit'
+for unit in $(names ARCHITECTURE.md "$units"); do
+    [ -e "src/$unit.h" ] || [ -e "src/$unit.cpp" ] || fail "ARCHITECTURE.md names src/$unit"
+done
+find src/app src/sdk src/imgproc \( -name '*.h' -o -name '*.cpp' \) |
+    sed 's#^src/##; s#\.[a-z]*$##' | sort -u >"$work/units"
+while read -r unit; do
+    names ARCHITECTURE.md "$units" | grep -qx "$unit" || fail "ARCHITECTURE.md does not name $unit"
+done <"$work/units"
+
+for document in *.md docs/*.md; do
+    folder=$(dirname "$document")
+    grep -o ']([^):#]*)' "$document" | sed 's/](\(.*\))/\1/' | while read -r target; do
+        [ -e "$folder/$target" ] || echo "$document: $target"
+    done
+done >"$work/lost"
+[ ! -s "$work/lost" ] || fail "links to files that are not there: $(cat "$work/lost")"
+
+# shellcheck disable=SC2016
+sed -n '/^| promise/,/^$/p' SECURITY.md | cut -d'|' -f3 | grep -o '`[^`]*`' | tr -d '`' | sort -u |
+    while read -r suite; do
+        grep -rqE "^(TEST(_F|_P)?|INSTANTIATE_TEST_SUITE_P)\(${suite}[A-Za-z]*, |NAME $suite\." tests ||
+            echo "$suite"
+    done >"$work/lost"
+[ ! -s "$work/lost" ] || fail "SECURITY.md names test suites that are not there: $(cat "$work/lost")"
+
+[ "$(wc -l <README.md)" -le 100 ] || fail 'README.md has more than 100 lines'
+# Each command, and where it is tried.
+commands=$(sed -n 's/^    \$ //p' README.md)
+[ -n "$commands" ] || fail 'README.md shows no command'
+echo "$commands" | while read -r command; do
+    case $command in
+    'sudo apt install ./thermika_*.deb ./libthermika0_*.deb')
+        grep -q 'apt-get .*install.* \./thermika_\*\.deb \./libthermika0_\*\.deb' tools/bare ;;
+    'sudo thermika '* | 'thermika '*) grep -qFx "show ${command#*thermika }" examples/demo.sh ||
+        grep -qFx "    show ${command#*thermika }" examples/demo.sh ;;
+    'git clone ADDRESS thermika && cd thermika') grep -q 'git .*clone --quiet' tools/bare ;;
+    './dev demo' | './dev test') grep -q 'for verb in demo test' tools/bare ;;
+    './dev run -d 14080045 >camera.xml') grep -q '^./dev run -d14080045' .ci/run ;;
+    './dev cli --help') grep -q '^./dev cli --help' .ci/run ;;
+    'cmake --'*) grep -rq -- '--install' tests/consumer ;;
+    *) false ;;
+    esac || echo "$command"
+done >"$work/untried"
+[ ! -s "$work/untried" ] || fail "README.md shows commands that nothing tries: $(cat "$work/untried")"
+exit $failed
