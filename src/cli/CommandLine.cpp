@@ -107,6 +107,20 @@ Status runChosen(CommandLine& line) {
     throw Problem(Status::kUsage, "no command is given (see: thermika --help)");
 }
 
+/// A program gets its document even so, unless it is standard output that fails.
+void deliverError(Output& output, const Problem& problem) {
+    Json document;
+    document["error"] = jsonText(problem.what());
+    document["status"] = static_cast<int>(problem.status());
+    output.discard();
+    output.addDocument(document);
+    try {
+        output.deliver();
+    } catch (const Problem&) {
+        output.discard();  // said already
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<CommandLine> makeCommandLine() {
@@ -134,6 +148,7 @@ Status runCommandLine(int argc, char** argv) {
         return runChosen(*line);
     } catch (const Problem& problem) {
         Output::complain(problem.what());
+        if (line->session.output.isJson) deliverError(line->session.output, problem);
         return problem.status();
     }
 }

@@ -27,6 +27,9 @@ public:
     /// Appends the document and a line feed, in ASCII.
     void addDocument(const Json& document);
 
+    /// Forgets the results so far.
+    void discard() { m_results.clear(); }
+
     /// Writes the results to standard output. What keeps it from that ends the run: see Problem.
     void deliver();
 

@@ -1,0 +1,174 @@
+// Every answer with --json: one document that its published schema describes, whatever bytes a
+// camera, a description or a directory has.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/BuildPaths.h"
+#include "support/CaliDescriptions.h"
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/UsbTree.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::inSandbox;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::TempDir;
+using thermika_test::UsbTree;
+using thermika_test::writeFile;
+
+/// The document with sorted keys in one line, or why the schema does not describe it.
+std::string checked(const std::string& schema, const std::string& document) {
+    const TempDir folder;
+    writeFile(folder / "document", document);
+    const RunResult result = thermika_test::run(
+        "python3",
+        {"python3", THERMIKA_TEST_SUPPORT "/check-json.py",
+         THERMIKA_SCHEMAS "/" + schema + ".json"},
+        [&] { dup2(open((folder / "document").c_str(), O_RDONLY), STDIN_FILENO); });
+    if (result.status == 0) return result.out;
+    ADD_FAILURE() << schema << ": " << result << "\n" << document;
+    return "";
+}
+
+/// Runs the command and validates its answer.
+std::string answer(std::vector<std::string> arguments, int status, const std::string& schema) {
+    arguments.insert(arguments.begin(), "--json");
+    const RunResult result = runCompanion(arguments);
+    EXPECT_EQ(result.status, status) << result;
+    return checked(schema, result.out);
+}
+
+/// A camera with all its files, and each kind of device beside it.
+void attachEverything() {
+    UsbTree bus;
+    bus.addCamera("1-1", "14080045");
+    bus.addCamera("1-2", "14080046");
+    bus.addCamera("1-3", "x\xE9\033");
+    bus.addCamera("1-4", "14080047");
+    fs::permissions(UsbTree::attributePath("1-4", "serial"), fs::perms::none);
+    bus.addDevice("1-5", {"0403", "6001", "FT4XK2A9"});
+    fs::create_directories(thermika_test::kCaliDir);
+    thermika_test::installFiles(thermika_test::cameraFiles());
+}
+
+TEST(Documents, ofCamerasAreAsTheSchemaSays) {
+    inSandbox([] {
+        answer({"cameras"}, 3, "cameras");
+        attachEverything();
+        const std::string text = answer({"cameras"}, 3, "cameras");
+        EXPECT_NE(text.find(R"("serialText": "x\udbff\udee9\u001b")"), std::string::npos) << text;
+        for (const char* const state : {"camera", "unreadable", "no-serial", "no-camera"})
+            EXPECT_NE(text.find(R"("state": ")" + std::string(state) + "\""), std::string::npos);
+        EXPECT_NE(text.find(R"("complete": true)"), std::string::npos) << text;
+    });
+}
+
+TEST(Documents, ofOpticsAreAsTheSchemaSays) {
+    const TempDir folder;
+    thermika_test::writeDescription(
+        folder, 14080045,
+        thermika_test::opticsList(thermika_test::opticsElement(
+            33, "T\xE9",
+            thermika_test::rangeElement("-20.1", "100", "<TempHiExt>1e30</TempHiExt>") +
+                thermika_test::rangeElement(
+                    "0", "250",
+                    "<Framerates>\n<Framerate><FR>27</FR></Framerate>\n</Framerates>"))));
+    const std::string text = answer({"optics", "14080045", "--dir", folder.path()}, 0, "optics");
+    EXPECT_NE(text.find(R"("min": -20.1)"), std::string::npos) << text;
+    EXPECT_NE(text.find(R"("text": "T\udbff\udee9")"), std::string::npos) << text;
+    EXPECT_NE(text.find(R"("framerates": [27])"), std::string::npos) << text;
+    EXPECT_NE(text.find(R"("framerates": null)"), std::string::npos) << text;
+}
+
+TEST(Documents, ofFilesAreAsTheSchemaSays) {
+    const TempDir folder;
+    const std::vector<std::string> command = {"files", "14080045", "--dir", folder.path()};
+    answer(command, 1, "files");
+    for (const auto& [name, bytes] : thermika_test::cameraFiles()) writeFile(folder / name, bytes);
+    EXPECT_NE(answer(command, 0, "files").find(R"("complete": true)"), std::string::npos);
+    writeFile(folder / thermika_test::kFirstData, "");
+    const std::string text =
+        answer({"files", "14080045", "--missing", "--dir", folder.path()}, 1, "files");
+    EXPECT_NE(text.find(R"("state": "empty")"), std::string::npos) << text;
+    EXPECT_EQ(text.find(R"("state": "present")"), std::string::npos) << text;
+    writeFile(folder / thermika_test::kDescriptionName, "<html>");
+    answer(command, 3, "files");
+}
+
+TEST(Documents, ofAFetchAreAsTheSchemaSays) {
+    const TempDir source;
+    const TempDir home;
+    const std::vector<std::string> command = {"fetch",       "14080045", "-q",         "--from",
+                                              source.path(), "--dir",    home / "cali"};
+    EXPECT_NE(answer(command, 3, "fetch").find(R"("outcome": "missing")"), std::string::npos);
+    for (const auto& [name, bytes] : thermika_test::cameraFiles()) writeFile(source / name, bytes);
+    std::vector<std::string> plan = command;
+    plan.emplace_back("--dry-run");
+    const std::string planned = answer(plan, 0, "fetch");
+    EXPECT_NE(planned.find(R"("outcome": "planned")"), std::string::npos) << planned;
+    EXPECT_NE(planned.find(R"("complete": false)"), std::string::npos) << planned;
+    EXPECT_NE(answer(command, 0, "fetch").find(R"("outcome": "fetched")"), std::string::npos);
+    const std::string again = answer(command, 0, "fetch");
+    EXPECT_NE(again.find(R"("outcome": "present")"), std::string::npos) << again;
+    EXPECT_NE(again.find(R"("complete": true)"), std::string::npos) << again;
+}
+
+TEST(Documents, ofAConfigurationAreAsTheSchemaSays) {
+    const TempDir folder;
+    const std::string text = answer({"config", "14080045", "--dir", folder.path()}, 0, "config");
+    EXPECT_NE(text.find(R"(<serial>14080045</serial>)"), std::string::npos) << text;
+    answer({"config", "14080045", "--dir", folder.path(), "-o", folder / "camera.xml"}, 0,
+           "config");
+}
+
+TEST(Documents, ofServersAreAsTheSchemaSays) {
+    inSandbox([] {
+        answer({"online"}, 1, "online");
+        answer({"online", "--from", "/usr"}, 0, "online");
+    });
+}
+
+TEST(Documents, ofTheDoctorAreAsTheSchemaSays) {
+    inSandbox([] {
+        answer({"doctor"}, 1, "doctor");
+        attachEverything();
+        const std::string text = answer({"doctor"}, 1, "doctor");
+        for (const char* const verdict : {"OK", "WARN", "FAIL"})
+            EXPECT_NE(text.find(R"("verdict": ")" + std::string(verdict) + "\""), std::string::npos)
+                << text;
+    });
+}
+
+TEST(Documents, ofAValidationAreAsTheSchemaSays) {
+    const TempDir folder;
+    const std::string file = folder / "camera.xml";
+    ASSERT_EQ(runCompanion({"config", "14080045", "-q", "--dir", folder.path(), "-o", file}).status,
+              0);
+    answer({"validate", file, "--dir", folder.path()}, 0, "validate");
+    writeFile(file, "<imager>\n<nonsense/>\n</imager>\n");
+    answer({"validate", file, "--dir", folder.path()}, 1, "validate");
+}
+
+TEST(Documents, tellWhyThereIsNoOther) {
+    inSandbox([] {
+        const UsbTree bus;
+        for (const char* const command : {"optics", "files", "config", "fetch"})
+            answer({command}, 1, "error");
+    });
+    answer({"optics", "x"}, 2, "error");
+    const TempDir folder;
+    answer({"optics", "14080045", "--dir", folder.path()}, 3, "error");
+    // Without standard output there is nobody to tell.
+    EXPECT_EQ(runCompanion({"--json", "optics", "x"}, [] { close(STDOUT_FILENO); }).status, 2);
+}
+
+}  // namespace
