@@ -21,12 +21,27 @@ bool isSerial(const std::string& text) {
 
 }  // namespace
 
+Limits bounded(Limits limits) {
+    constexpr unsigned kMostJobs = 64;
+    constexpr unsigned kMostRetries = 100;
+    constexpr std::chrono::seconds kLongest{std::chrono::hours(24 * 365)};
+    limits.jobs = std::clamp(limits.jobs, 1U, kMostJobs);
+    limits.retries = std::min(limits.retries, kMostRetries);
+    limits.firstPause = std::clamp<std::chrono::milliseconds>(
+        limits.firstPause, std::chrono::milliseconds(0), kLongest);
+    limits.idle = std::clamp(limits.idle, std::chrono::seconds(1), kLongest);
+    limits.total = std::clamp(limits.total, std::chrono::seconds(0), kLongest);
+    limits.fileBytes = std::min<std::uint64_t>(limits.fileBytes, INT64_MAX);
+    return limits;
+}
+
 Call::Call(const Request& request, bool isPlan)
     : m_request(request),
+      m_limits(bounded(request.limits)),
       m_isPlan(isPlan),
-      m_stop(request.limits.total, request.cancel),
+      m_stop(m_limits.total, request.cancel),
       m_destination(request.directory),
-      m_allowance{request.limits.fileBytes, request.limits.totalBytes} {
+      m_allowance{m_limits.fileBytes, m_limits.totalBytes} {
     addFiles();
 }
 
@@ -93,11 +108,6 @@ void Call::end(FileReport& file, Outcome outcome, const std::string& reason) {
     --m_open;
     ++m_progress.filesDone;
     tell(&file);
-}
-
-void Call::received(std::uint64_t bytes) {
-    m_progress.bytes += bytes;
-    tick();
 }
 
 void Call::tick() {

@@ -13,6 +13,9 @@
 
 namespace thermika::fetch {
 
+/// `limits` with every number in the range that its declaration names.
+Limits bounded(Limits limits);
+
 class Call {
 public:
     /// Makes the list: each name once, refused where a rule says so. `request` outlives it.
@@ -28,8 +31,8 @@ public:
     /// Gives `file` its outcome, and tells the caller of it.
     void end(FileReport& file, Outcome outcome, const std::string& reason = "");
 
-    /// So many bytes more have arrived; tells the caller now and then.
-    void received(std::uint64_t bytes);
+    /// So many bytes more have arrived, or will.
+    void received(std::uint64_t bytes) { m_progress.bytes += bytes; }
     void announced(std::uint64_t bytes) { m_progress.bytesAnnounced += bytes; }
     /// Tells the caller when it has not been told for a while.
     void tick();
@@ -42,7 +45,7 @@ public:
     Report finish();
 
     const Request& request() const { return m_request; }
-    const Limits& limits() const { return m_request.limits; }
+    const Limits& limits() const { return m_limits; }
     const Stop& stop() const { return m_stop; }
     const Destination& destination() const { return m_destination; }
     Allowance& allowance() { return m_allowance; }
@@ -54,6 +57,7 @@ private:
     void tell(const FileReport* ended);
 
     const Request& m_request;
+    Limits m_limits;
     bool m_isPlan;
     Stop m_stop;
     Destination m_destination;

@@ -6,7 +6,9 @@
 #include "fetch/Call.h"
 #include "fetch/FolderSource.h"
 #include "fetch/FolderWalk.h"
+#include "fetch/ServerSource.h"
 #include "sdk/base/BuildConfig.h"
+#include "sdk/camera/DownloadLinks.h"
 
 namespace thermika::fetch {
 
@@ -16,10 +18,23 @@ struct SourceVisitor {
     Call& call;
 
     void operator()(const Folder& folder) const { fetchFromFolder(folder, call); }
-    void operator()(const VendorServer&) const { refuseServer(); }
-    void operator()(const Mirror&) const { refuseServer(); }
+    void operator()(const VendorServer& server) const { fetchFromServer(server, call); }
+    void operator()(const Mirror& mirror) const { fetchFromServer(mirror, call); }
+};
 
-    void refuseServer() const { call.setProblem("this build cannot fetch from servers yet"); }
+struct SourceProbe {
+    const Request& request;
+
+    ProbeReport operator()(const Folder& folder) const {
+        ProbeReport report;
+        report.address = folder.path;
+        report.answers = openRoot(folder.path, report.reason).isOpen();
+        return report;
+    }
+    ProbeReport operator()(const VendorServer& server) const {
+        return probeServer(server, request);
+    }
+    ProbeReport operator()(const Mirror& mirror) const { return probeServer(mirror, request); }
 };
 
 Report carryOut(const Request& request, bool isPlan) {
@@ -31,7 +46,7 @@ Report carryOut(const Request& request, bool isPlan) {
 }  // namespace
 
 std::string vendorLinksAddress() {
-    return std::string("http://") + dax::kDownloadHost + "/downloadlinks.xml";
+    return std::string("http://") + dax::kDownloadHost + dax::kLinksPath;
 }
 
 Report fetch(const Request& request) { return carryOut(request, false); }
@@ -39,15 +54,7 @@ Report fetch(const Request& request) { return carryOut(request, false); }
 Report plan(const Request& request) { return carryOut(request, true); }
 
 ProbeReport probe(const Request& request) {
-    ProbeReport report;
-    if (const auto* const folder = std::get_if<Folder>(&request.source)) {
-        report.address = folder->path;
-        openRoot(folder->path, report.reason);
-    } else {
-        report.reason = "this build cannot ask servers yet";
-    }
-    report.answers = report.reason.empty();
-    return report;
+    return std::visit(SourceProbe{request}, request.source);
 }
 
 }  // namespace thermika::fetch

@@ -123,7 +123,8 @@ struct Report {
 /// Process: libcurl is initialised once and stays; SIGPIPE is held back in the calling thread
 /// during the call. Proxy variables are read as curl does (http_proxy, https_proxy, HTTPS_PROXY,
 /// all_proxy, ALL_PROXY, no_proxy, NO_PROXY), and libcurl heeds SSLKEYLOGFILE; nothing else of the
-/// environment and no settings file is read.
+/// environment and no settings file is read. A program started meanwhile inherits no descriptor,
+/// but for two of libcurl's own while it looks up a host name.
 Report fetch(const Request& request);
 
 /// What fetch() would do, source and destination of each file. Nothing is created or changed on

@@ -92,6 +92,7 @@ private:
             const auto count = static_cast<std::size_t>(got);
             if (!part.append({m_buffer, count})) return part.problem();
             m_call.received(count);
+            m_call.tick();
         }
         if (part.size() != announced)
             return "it has " + std::to_string(part.size()) + " bytes instead of " +

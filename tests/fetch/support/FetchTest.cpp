@@ -16,8 +16,7 @@ thermika::fetch::Request requestFor(const std::vector<std::string>& names,
     request.source = std::move(source);
     request.directory = directory;
     request.limits.firstPause = std::chrono::milliseconds(1);
-    request.limits.idle = std::chrono::seconds(1);
-    request.limits.total = std::chrono::seconds(30);
+    request.limits.total = std::chrono::seconds(50);
     return request;
 }
 

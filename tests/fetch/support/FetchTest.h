@@ -8,7 +8,7 @@
 
 namespace thermika_test {
 
-/// Camera 14080045, one try a millisecond after another, one second without a byte at most.
+/// Camera 14080045, one try a millisecond after another, 50 seconds in all at most.
 thermika::fetch::Request requestFor(const std::vector<std::string>& names,
                                     thermika::fetch::Source source, const std::string& directory);
 

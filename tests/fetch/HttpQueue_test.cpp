@@ -1,0 +1,258 @@
+// Servers that cannot be reached, pauses between tries, proxies, cancelling, and what a call keeps
+// of the process.
+#include "fetch/HttpQueue.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "fetch/support/FetchSandbox.h"
+
+namespace {
+
+using namespace thermika_test;
+using thermika::fetch::Mirror;
+using thermika::fetch::Progress;
+using thermika::fetch::Report;
+using thermika::fetch::Request;
+using Clock = std::chrono::steady_clock;
+
+std::vector<std::string> names(int count) {
+    std::vector<std::string> all;
+    for (int i = 0; i < count; ++i) all.push_back(std::to_string(i) + ".dat");
+    return all;
+}
+
+TEST(HttpQueue, serverThatCannotBeReachedFailsAllFilesAtOnce) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        const Request request = requestFor(names(1000), Mirror{serverAddress("")}, kFetched);
+        const Report report = thermika::fetch::fetch(request);
+        unsigned tries = 0;
+        for (const auto& file : report.files) {
+            EXPECT_EQ(wordFor(file.outcome), "failed");
+            EXPECT_NE(file.reason.find("Couldn't connect to server"), std::string::npos);
+            tries += file.tries;
+        }
+        EXPECT_LE(tries, 16U);
+        EXPECT_EQ(contents(kFetched), Files());
+    });
+}
+
+TEST(HttpQueue, hostWithoutAnAddressIsNamed) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        const Request request = requestFor({"a.dat"}, Mirror{"http://none.example"}, kFetched);
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                  "a.dat: failed, the transfer failed: Could not resolve host: none.example\n");
+    });
+}
+
+TEST(HttpQueue, pausesDoubleFromTryToTry) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::setFileFault("a.dat", "status", "500");
+        Request request = serverRequest({"a.dat"});
+        request.limits.firstPause = std::chrono::milliseconds(100);
+        const auto start = Clock::now();
+        const Report report = thermika::fetch::fetch(request);
+        const auto took = Clock::now() - start;
+        EXPECT_EQ(report.files[0].tries, 4U);
+        EXPECT_GE(took, std::chrono::milliseconds(700));  // 100 + 200 + 400
+    });
+}
+
+TEST(HttpQueue, fileThatWaitsForAnotherTryHoldsUpNoOther) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("good.dat", "good");
+        FetchSandbox::setFileFault("bad.dat", "status", "500");
+        Texts ended;
+        Request request = serverRequest({"bad.dat", "good.dat"});
+        request.limits.jobs = 1;
+        request.limits.firstPause = std::chrono::milliseconds(200);
+        request.progress = [&ended](const Progress& progress) {
+            if (progress.ended != nullptr) ended.push_back(progress.ended->name);
+        };
+        thermika::fetch::fetch(request);
+        EXPECT_EQ(ended, (Texts{"good.dat", "bad.dat"}));
+    });
+}
+
+TEST(HttpQueue, proxyVariablesAreHonoured) {
+    inSandbox([] {
+        const FetchSandbox world;
+        // Asked for a whole address, the server looks below "http:", where nothing is.
+        setenv("http_proxy", ("http://" THERMIKA_DOWNLOAD_HOST ":80"), 1);
+        EXPECT_EQ(
+            thermika::fetch::fetch(serverRequest({"a.dat"})).problem,
+            "cannot get " + serverAddress(kLinksPath) + ": the server does not have it (404)");
+        EXPECT_EQ(FetchSandbox::requests(), Texts{serverAddress(kLinksPath)});
+        setenv("no_proxy", THERMIKA_DOWNLOAD_HOST, 1);
+        FetchSandbox::add("a.dat", "bytes");
+        EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
+    });
+}
+
+TEST(HttpQueue, settingsFilesAreNotRead) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("a.dat", "bytes");
+        const std::string home = "/usr/share/world/home";
+        mkdir(home.c_str(), 0755);
+        setenv("HOME", home.c_str(), 1);
+        setenv("CURL_HOME", home.c_str(), 1);
+        writeFile(home + "/.curlrc", "url = \"file:///etc/passwd\"\nproxy = \"127.0.0.1:9\"\n");
+        writeFile(home + "/.netrc", "default login user password word\n");
+        for (const char* const variable : {"CURL_CA_BUNDLE", "SSL_CERT_FILE", "HTTP_PROXY"})
+            setenv(variable, "http://127.0.0.1:9/none", 1);
+        EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
+    });
+}
+
+TEST(HttpQueue, cancelEndsTheCallSoonAndLeavesNothingHalf) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("good.dat", "good");
+        for (const char* const name : {"a.dat", "b.dat"}) {
+            FetchSandbox::add(name, std::string(100000, 'x'));
+            FetchSandbox::setFileFault(name, "stall");
+        }
+        std::atomic<bool> cancel{false};
+        Request request = serverRequest({"good.dat", "a.dat", "b.dat"});
+        request.cancel = &cancel;
+        std::thread other([&cancel] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            cancel = true;
+        });
+        const auto start = Clock::now();
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                  "good.dat: fetched\na.dat: not tried, cancelled\nb.dat: not tried, cancelled\n");
+        EXPECT_LE(Clock::now() - start, std::chrono::seconds(15));
+        other.join();
+        EXPECT_EQ(contents(kFetched), (Files{{"good.dat", "good"}}));
+    });
+}
+
+TEST(HttpQueue, cancelEndsAPauseAndTheWaitForTheLinksDocument) {
+    for (const char* const fault : {"silent", "status"})
+        inSandbox([fault] {
+            const FetchSandbox world;
+            FetchSandbox::setFault(kLinksPath, fault, "500");
+            std::atomic<bool> cancel{false};
+            Request request = serverRequest({"a.dat"});
+            request.limits.firstPause = std::chrono::seconds(30);
+            request.cancel = &cancel;
+            std::thread other([&cancel] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(300));
+                cancel = true;
+            });
+            const auto start = Clock::now();
+            EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: not tried, cancelled\n");
+            EXPECT_LE(Clock::now() - start, std::chrono::seconds(15));
+            other.join();
+        });
+}
+
+TEST(HttpQueue, keepsLocaleDirectorySignalsAndErrnoFreeOfTraces) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("a.dat", "bytes");
+        std::setlocale(LC_ALL, "de_DE.UTF-8");
+        const std::string locale = std::setlocale(LC_ALL, nullptr);
+        struct sigaction before {};
+        sigaction(SIGPIPE, nullptr, &before);
+        sigset_t maskBefore;
+        pthread_sigmask(SIG_SETMASK, nullptr, &maskBefore);
+        char cwd[4096];
+        ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+        const std::string directory = cwd;
+        EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
+        EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
+        EXPECT_EQ(getcwd(cwd, sizeof cwd), directory);
+        struct sigaction after {};
+        sigaction(SIGPIPE, nullptr, &after);
+        EXPECT_EQ(after.sa_handler, before.sa_handler);
+        sigset_t maskAfter;
+        pthread_sigmask(SIG_SETMASK, nullptr, &maskAfter);
+        EXPECT_EQ(sigismember(&maskAfter, SIGPIPE), sigismember(&maskBefore, SIGPIPE));
+    });
+}
+
+TEST(HttpQueue, printsNothing) {
+    inSandbox([] {
+        const FetchSandbox world;
+        const RunResult result = runInProcess([] {
+            thermika::fetch::fetch(serverRequest({"a.dat", "\033[31m"}));
+            return 0;
+        });
+        EXPECT_EQ(result, (RunResult{"", "", 0}));
+    });
+}
+
+/// Sockets and files beyond the standard ones that a program started now would inherit.
+Texts inheritable() {
+    Texts found;
+    DIR* const entries = opendir("/proc/self/fd");
+    while (const dirent* const entry = readdir(entries)) {
+        const int fd = std::atoi(entry->d_name);
+        if (fd <= STDERR_FILENO || (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0) continue;
+        char target[256] = {};
+        if (readlinkat(dirfd(entries), entry->d_name, target, sizeof target - 1) > 0)
+            found.push_back(std::string(entry->d_name) + " " + target);
+    }
+    closedir(entries);
+    return found;
+}
+
+TEST(HttpQueue, descriptorsAreNotInherited) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("a.dat", std::string(100000, 'x'));
+        FetchSandbox::setFileFault("a.dat", "stall");
+        const Texts before = inheritable();
+        Texts during;
+        Request request = serverRequest({"a.dat"});
+        request.limits.idle = std::chrono::seconds(1);
+        request.limits.retries = 0;
+        request.progress = [&during](const Progress& progress) {
+            if (progress.bytes > 0 && progress.ended == nullptr) during = inheritable();
+        };
+        thermika::fetch::fetch(request);
+        EXPECT_EQ(during, before);
+    });
+}
+
+TEST(HttpQueue, callsInSeveralThreadsServeOneDirectory) {
+    inSandbox([] {
+        const FetchSandbox world;
+        Files expected;
+        for (const std::string& name : names(40)) {
+            expected[name] = "bytes of " + name;
+            FetchSandbox::add(name, expected[name]);
+        }
+        std::vector<std::thread> threads;
+        std::atomic<int> complete{0};
+        for (int i = 0; i < 4; ++i)
+            threads.emplace_back([&complete] {
+                complete += thermika::fetch::fetch(serverRequest(names(40))).isComplete() ? 1 : 0;
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(complete, 4);
+        EXPECT_EQ(contents(kFetched), expected);
+    });
+}
+
+}  // namespace

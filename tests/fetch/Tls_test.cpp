@@ -1,0 +1,111 @@
+// Certificates: only a server that proves its name is listened to.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "fetch/support/FetchSandbox.h"
+
+namespace {
+
+using namespace thermika_test;
+using thermika::fetch::Mirror;
+using thermika::fetch::Report;
+using thermika::fetch::Request;
+
+std::string secureAddress() { return std::string("https://") + THERMIKA_DOWNLOAD_HOST; }
+
+Request secureRequest(const std::vector<std::string>& names) {
+    Request request = requestFor(names, Mirror{secureAddress()}, kFetched);
+    request.caFile = FetchSandbox::caFile();
+    return request;
+}
+
+void expectNothing(const Request& request, const std::string& reason) {
+    const Report report = thermika::fetch::fetch(request);
+    EXPECT_NE(report.files.at(0).reason.find(reason), std::string::npos) << linesOf(report);
+    EXPECT_EQ(report.files[0].tries, 1U);
+    EXPECT_EQ(contents(kFetched), Files());
+    EXPECT_EQ(FetchSandbox::requests(), Texts());
+}
+
+TEST(Tls, serverWithAGoodCertificateIsListenedTo) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        FetchSandbox::add("a.dat", "bytes");
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(secureRequest({"a.dat"}))), "a.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}}));
+    });
+}
+
+TEST(Tls, authorityThatIsNotTrustedIsNoGoodAndAskedOnce) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        Request request = secureRequest({"a.dat"});
+        request.caFile.clear();
+        expectNothing(request, "SSL certificate problem: unable to get local issuer certificate");
+    });
+}
+
+TEST(Tls, otherHostsCertificateIsNoGood) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kOtherHost);
+        expectNothing(secureRequest({"a.dat"}), "matches target host name");
+    });
+}
+
+TEST(Tls, expiredCertificateIsNoGood) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kExpired);
+        expectNothing(secureRequest({"a.dat"}), "certificate has expired");
+    });
+}
+
+TEST(Tls, missingAuthorityFileIsSaid) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        Request request = secureRequest({"a.dat"});
+        request.caFile = "/none.pem";
+        expectNothing(request, "/none.pem");
+    });
+}
+
+TEST(Tls, distrustOfOneFileIsThatOfAll) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kOtherHost);
+        std::vector<std::string> names;
+        for (int i = 0; i < 500; ++i) names.push_back(std::to_string(i) + ".dat");
+        const Report report = thermika::fetch::fetch(secureRequest(names));
+        unsigned tries = 0;
+        for (const auto& file : report.files) {
+            EXPECT_EQ(wordFor(file.outcome), "failed");
+            EXPECT_NE(file.reason, "");
+            tries += file.tries;
+        }
+        EXPECT_LE(tries, 8U);
+    });
+}
+
+TEST(Tls, plainServerBehindASecureAddressIsNone) {
+    inSandbox([] {
+        const FetchSandbox world;
+        Request request = requestFor({"a.dat"}, Mirror{secureAddress() + ":80"}, kFetched);
+        request.limits.retries = 0;
+        EXPECT_EQ(wordFor(thermika::fetch::fetch(request).files.at(0).outcome), "failed");
+        EXPECT_EQ(contents(kFetched), Files());
+    });
+}
+
+TEST(Tls, redirectsLeadToSecureServersToo) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        FetchSandbox::add("a.dat", "bytes");
+        FetchSandbox::setFileFault("a.dat", "redirect",
+                                   secureAddress() + "/14/1408/Califiles%20SN14080045/a.dat", 1);
+        Request request = serverRequest({"a.dat"});
+        request.caFile = FetchSandbox::caFile();
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: fetched\n");
+    });
+}
+
+}  // namespace
