@@ -2,8 +2,11 @@
 // of the process.
 #include "fetch/HttpQueue.h"
 
+#include <arpa/inet.h>
 #include <dirent.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -57,6 +60,52 @@ TEST(HttpQueue, hostWithoutAnAddressIsNamed) {
         const Request request = requestFor({"a.dat"}, Mirror{"http://none.example"}, kFetched);
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
                   "a.dat: failed, the transfer failed: Could not resolve host: none.example\n");
+    });
+}
+
+/// A server whose queue of connections is full: whoever connects now waits in vain.
+class FullServer {
+public:
+    FullServer() : m_listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(80);
+        auto* const any = reinterpret_cast<sockaddr*>(&address);
+        EXPECT_EQ(bind(m_listener, any, sizeof address), 0);
+        EXPECT_EQ(listen(m_listener, 0), 0);
+        for (int& client : m_clients) {
+            client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+            connect(client, any, sizeof address);
+        }
+    }
+    ~FullServer() {
+        for (const int client : m_clients) close(client);
+        close(m_listener);
+    }
+    FullServer(const FullServer&) = delete;
+    FullServer& operator=(const FullServer&) = delete;
+
+private:
+    int m_listener;
+    int m_clients[4] = {};
+};
+
+TEST(HttpQueue, serverThatNeverConnectsFailsAllFilesAfterOneTimeLimit) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        const FullServer server;
+        Request request = requestFor(names(1000), Mirror{serverAddress("")}, kFetched);
+        request.limits.idle = std::chrono::seconds(1);
+        request.limits.retries = 1;
+        const Report report = thermika::fetch::fetch(request);
+        unsigned tries = 0;
+        for (const auto& file : report.files) {
+            EXPECT_EQ(wordFor(file.outcome), "failed");
+            EXPECT_NE(file.reason.find("Timeout"), std::string::npos) << file.reason;
+            tries += file.tries;
+        }
+        EXPECT_LE(tries, 16U);
     });
 }
 
