@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <ostream>
 #include <string>
 
@@ -52,10 +53,13 @@ using Float = Scanned<float>;
 using Long = Scanned<long>;
 using Int = Scanned<int>;
 
+/// The least or largest long where it has 32 bits.
+long asLong(const char* text) { return std::strtol(text, nullptr, 10); }
+
 TEST(StringHelpers, scansEachTypeFromNarrowTexts) {
     EXPECT_EQ(scan<unsigned short>("65535", "%hu"), (Short{1, 65535}));
     EXPECT_EQ(scan<float>("-1.25e2", "%f"), (Float{1, -125.0F}));
-    EXPECT_EQ(scan<long>("-9000000000", "%ld"), (Long{1, -9000000000}));
+    EXPECT_EQ(scan<long>("-9000000000", "%ld"), (Long{1, asLong("-9000000000")}));
     EXPECT_EQ(scan<int>(" -12", "%i"), (Int{1, -12}));
     EXPECT_EQ(scan<int>("ff", "%x"), (Int{1, 255}));
     EXPECT_EQ(scan<int>("n = 5", "n = %d"), (Int{1, 5}));
@@ -64,7 +68,7 @@ TEST(StringHelpers, scansEachTypeFromNarrowTexts) {
 TEST(StringHelpers, scansEachTypeFromWideTexts) {
     EXPECT_EQ(scan<unsigned short>(L"65535", L"%hu"), (Short{1, 65535}));
     EXPECT_EQ(scan<float>(L"-1.25e2", L"%f"), (Float{1, -125.0F}));
-    EXPECT_EQ(scan<long>(L"-9000000000", L"%ld"), (Long{1, -9000000000}));
+    EXPECT_EQ(scan<long>(L"-9000000000", L"%ld"), (Long{1, asLong("-9000000000")}));
     EXPECT_EQ(scan<int>(L" -12", L"%i"), (Int{1, -12}));
     EXPECT_EQ(scan<int>(L"ff", L"%x"), (Int{1, 255}));
     EXPECT_EQ(scan<int>(L"n = 5", L"n = %d"), (Int{1, 5}));
@@ -107,7 +111,7 @@ TEST(StringHelpers, scansFloats) {
 }
 
 TEST(StringHelpers, scansLongs) {
-    EXPECT_EQ(scan(dax::_tscanfld, "9000000000"), (Long{1, 9000000000}));
+    EXPECT_EQ(scan(dax::_tscanfld, "9000000000"), (Long{1, asLong("9000000000")}));
     EXPECT_EQ(scan(dax::_tscanfld, "-5;6"), (Long{1, -5}));
     EXPECT_EQ(scan(dax::_tscanfld, "012"), (Long{1, 12}));
     EXPECT_EQ(scan(dax::_tscanfld, "0x1A"), (Long{1, 0}));

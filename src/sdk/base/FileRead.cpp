@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 namespace dax {
@@ -71,7 +72,7 @@ std::optional<FileBytes> readRegularFile(const char* path, std::size_t maxBytes)
     if (!file.isOpen()) return std::nullopt;
     struct stat status {};
     if (fstat(file.get(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) > maxBytes)
+    if (!S_ISREG(status.st_mode) || static_cast<std::uintmax_t>(status.st_size) > maxBytes)
         return std::nullopt;
 
     FileBytes result;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -72,7 +73,7 @@ extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes) 
 
 namespace {
 
-constexpr std::size_t kNoLimit = std::size_t(1) << 40;
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
 class FileReadFailures : public testing::Test {
 protected:
