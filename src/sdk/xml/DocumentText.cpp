@@ -44,7 +44,8 @@ std::string_view beforeClosingLine(std::string_view text, std::string_view rootN
     for (std::size_t at = 0;; ++at) {
         at = findTag(text, rootName, TagKind::kClosing, at, text.size());
         if (at == kNoTag) return text;
-        const std::size_t begin = text.rfind('\n', at) + 1;  // 0 where there is none
+        const std::size_t feed = text.rfind('\n', at);
+        const std::size_t begin = feed == std::string_view::npos ? 0 : feed + 1;
         if (text.substr(begin, at - begin).find('\0') == std::string_view::npos)
             return text.substr(0, begin);
         // Nothing in the rest of that line counts.
