@@ -51,7 +51,7 @@ std::optional<std::size_t> removeComments(char* text, std::size_t size) {
     std::size_t left = 0;  // bytes in front that stay
     std::size_t from = 0;  // where what follows the last comment begins
     const auto keep = [&](std::size_t upTo) {
-        copyDown(text + left, {text + from, upTo - from}, text + size);
+        if (left != from) copyDown(text + left, {text + from, upTo - from}, text + size);
         left += upTo - from;
     };
     for (const Comment& comment : *comments) {
