@@ -79,7 +79,7 @@ Status answer(CommandLine& line, const CLI::ParseError& error) {
     throw Problem(Status::kUsage, shown(error.what()) + " (see: " + helpCommand(line.app) + ")");
 }
 
-constexpr std::size_t kLongestDirectory = dax::kPathBytes - 1 - std::size("/Cali-12345678.xml");
+constexpr std::size_t kLongestDirectory = dax::kPathBytes - std::size("/Cali-12345678.xml");
 
 std::string absoluteDirectory(const std::string& given) {
     namespace fs = std::filesystem;

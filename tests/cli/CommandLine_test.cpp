@@ -4,7 +4,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -75,6 +77,54 @@ TEST_F(CommandLineDirectory, standsBeforeOrAfterTheCommandOrInTheEnvironment) {
     EXPECT_EQ(runCompanion({"optics", "14080045"},
                            [&] { setenv("THERMIKA_CALIBRATION_DIR", m_folder.path().c_str(), 1); }),
               expected);
+}
+
+TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
+    EXPECT_EQ(runCompanion({"--dir", "", "optics", "14080045"}).status, 2);
+    const RunResult result =
+        runCompanion({"--dir", "/" + std::string(300, 'd'), "files", "14080045"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err,
+              "thermika: --dir: the directory's path has more than 241 bytes (choose a shorter "
+              "one)\n");
+    EXPECT_EQ(runCompanion({"--dir", "/" + std::string(240, 'd'), "files", "14080045"}).status, 1);
+}
+
+using CommandLineLocale = WithDescription;
+
+TEST_F(CommandLineLocale, decidesOnCharactersNotOnNumbers) {
+    thermika_test::writeDescription(
+        m_folder, 14080046,
+        thermika_test::opticsList(thermika_test::opticsElement(
+            33, "33\xC2\xB0", thermika_test::rangeElement("-20.5", "100"))));
+    const auto in = [&](const char* locale) {
+        return runCompanion({"--dir", m_folder.path(), "optics", "14080046"},
+                            [locale] { setenv("LC_ALL", locale, 1); });
+    };
+    const RunResult plain = in("C");
+    EXPECT_NE(plain.out.find("33\\xC2\\xB0"), std::string::npos) << plain;
+    EXPECT_NE(plain.out.find("-20.5..100"), std::string::npos) << plain;
+    const RunResult utf8 = in("C.UTF-8");
+    EXPECT_NE(utf8.out.find("33\xC2\xB0  "), std::string::npos) << utf8;
+    EXPECT_EQ(in("de_DE.UTF-8"), utf8);
+    EXPECT_EQ(in("de_DE.ISO-8859-1"), plain);
+}
+
+using CommandLineLog = WithDescription;
+
+TEST_F(CommandLineLog, isOnStandardErrorOnlyWhenAskedFor) {
+    const std::vector<std::string> command = {"--dir", m_folder.path(), "optics", "14080045"};
+    const RunResult silent = runCompanion(command);
+    EXPECT_EQ(silent.err, "");
+    auto verbose = command;
+    verbose.emplace_back("-v");
+    const RunResult result = runCompanion(verbose);
+    EXPECT_EQ(result.out, silent.out);
+    EXPECT_EQ(result.err.find("DEBUG [Cali:"), 0U) << result;
+}
+
+TEST(CommandLine, colorsOnlyWhereItIsTold) {
+    EXPECT_EQ(runCompanion({"--color", "sometimes", "cameras"}).status, 2);
 }
 
 using CommandLineOutput = WithDescription;

@@ -167,4 +167,39 @@ TEST_F(FetchFromFolder, saysThatTheDirectoryCannotBeWrittenAndHowToChooseAnother
     EXPECT_NE(result.err.find("another directory: --dir DIR"), std::string::npos) << result;
 }
 
+/// The files of a camera with 200 optics of 13 frame rates each.
+thermika_test::Files largeSet() {
+    std::string optics;
+    thermika_test::Files files;
+    for (int fov = 1; fov <= 200; ++fov) {
+        std::string rates;
+        for (int rate = 1; rate <= 13; ++rate) {
+            rates += "<Framerate><FR>" + std::to_string(rate) + "</FR></Framerate>\n";
+            const std::string stem =
+                "-14080045-" + std::to_string(fov) + "-0-9-" + std::to_string(rate);
+            files["Cali" + stem + ".dat"] = "data" + stem;
+            files["Kennlinie" + stem + ".prn"] = "curve" + stem;
+        }
+        optics += "<OpticsDef>\n<FOV>" + std::to_string(fov) +
+                  "</FOV>\n<TempRanges>\n<TemperatureRange>\n<TempLo>0</TempLo>\n"
+                  "<TempHi>9</TempHi>\n<Framerates>\n" +
+                  rates + "</Framerates>\n</TemperatureRange>\n</TempRanges>\n</OpticsDef>\n";
+    }
+    files[kDescriptionName] = "<CaliData>\n<Temperature>\n<Optics>\n" + optics +
+                              "</Optics>\n</Temperature>\n</CaliData>\n";
+    return files;
+}
+
+TEST(FetchCommand, takesALargeSetAtOnce) {
+    thermika_test::inSandbox([] {
+        const thermika_test::Files files = largeSet();
+        fs::create_directories("/usr/share/medium");
+        for (const auto& [name, bytes] : files) writeFile("/usr/share/medium/" + name, bytes);
+        EXPECT_EQ(runCompanion({"fetch", "14080045", "-q", "--from", "/usr/share/medium"}),
+                  (RunResult{"5201 files fetched, 0 there already\n", "", 0}));
+        EXPECT_TRUE(contents(thermika_test::kCaliDir) == files);
+        EXPECT_EQ(runCompanion({"files", "14080045", "--missing"}), (RunResult{"", "", 0}));
+    });
+}
+
 }  // namespace

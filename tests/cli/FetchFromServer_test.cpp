@@ -1,0 +1,99 @@
+// `thermika fetch` with a server as its source: a real one, in a network of its own.
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/DownloadSandbox.h"
+#include "support/FileServer.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika_test::cameraFiles;
+using thermika_test::contents;
+using thermika_test::DownloadSandbox;
+using thermika_test::FileServer;
+using thermika_test::inSandbox;
+using thermika_test::kDescriptionName;
+using thermika_test::kFirstData;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+
+TEST(FetchFromServer, bringsTheWholeSet) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        thermika_test::serveFiles(server, cameraFiles());
+        EXPECT_EQ(runCompanion({"fetch", "14080045", "-q"}),
+                  (RunResult{"5 files fetched, 0 there already\n", "", 0}));
+        EXPECT_EQ(contents(thermika_test::kCaliDir), cameraFiles());
+    });
+}
+
+TEST(FetchFromServer, namesWhatTheServerLacksAndFetchesTheRest) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        thermika_test::serveFiles(server, cameraFiles());
+        server.setFault(thermika_test::onServer(kFirstData), "missing");
+        const RunResult result = runCompanion({"fetch", "14080045", "-q"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.out, "4 files fetched, 0 there already\n");
+        EXPECT_EQ(result.err.find("thermika: " + kFirstData + ": "), 0U) << result;
+        EXPECT_NE(result.err.find("404"), std::string::npos) << result;
+        auto expected = cameraFiles();
+        expected.erase(kFirstData);
+        EXPECT_EQ(contents(thermika_test::kCaliDir), expected);
+    });
+}
+
+TEST(FetchFromServer, takesAMirrorOfTheSameLayout) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        thermika_test::serveFiles(server, cameraFiles());
+        EXPECT_EQ(runCompanion({"fetch", "14080045", "-q", "--from", "http://localhost/"}),
+                  (RunResult{"5 files fetched, 0 there already\n", "", 0}));
+        EXPECT_EQ(contents(thermika_test::kCaliDir), cameraFiles());
+    });
+}
+
+/// Ends the companion by a signal while a file arrives.
+void interrupt(int signal) {
+    inSandbox([signal] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        thermika_test::serveFiles(server, cameraFiles());
+        server.setFault(thermika_test::onServer(kFirstData), "stall");
+        const RunResult result = runCompanion({"fetch", "14080045", "-q", "--jobs", "1"}, [signal] {
+            // A process beside it that waits for the file to be half there.
+            const pid_t companion = getpid();
+            if (fork() != 0) return;
+            for (int i = 0; i < 500 && !fs::exists(std::string(thermika_test::kCaliDir) + "/" +
+                                                   kDescriptionName);
+                 ++i)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            kill(companion, signal);
+            _exit(0);
+        });
+        EXPECT_EQ(result.status, 3);
+        EXPECT_NE(result.err.find("thermika: interrupted: "), std::string::npos) << result;
+        for (const auto& [name, bytes] : contents(thermika_test::kCaliDir))
+            EXPECT_EQ(bytes, cameraFiles()[name]) << name;
+    });
+}
+
+TEST(FetchFromServer, endsCleanlyWhenInterrupted) { interrupt(SIGINT); }
+
+TEST(FetchFromServer, endsCleanlyWhenTerminated) { interrupt(SIGTERM); }
+
+}  // namespace

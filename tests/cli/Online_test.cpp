@@ -1,0 +1,63 @@
+// `thermika online`: whether the server really answers.
+#include <filesystem>
+#include <regex>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/Companion.h"
+#include "support/DownloadSandbox.h"
+#include "support/FileServer.h"
+
+namespace {
+
+using thermika_test::DownloadSandbox;
+using thermika_test::FileServer;
+using thermika_test::inSandbox;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+
+TEST(Online, tellsHowFastTheServerAnswers) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        server.add(thermika_test::kLinksPath, thermika_test::linksDocument());
+        const RunResult result = runCompanion({"online"});
+        EXPECT_EQ(result.status, 0) << result;
+        EXPECT_EQ(result.err, "");
+        EXPECT_TRUE(std::regex_match(
+            result.out, std::regex("http://.* answers after [0-9.]+ ms \\(connected after [0-9.]+ "
+                                   "ms, HTTP status 200\\); the files are below http://.*\n")))
+            << result;
+    });
+}
+
+TEST(Online, saysThatTheServerHasNoLinks) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const FileServer server;
+        const RunResult result = runCompanion({"online"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find("404"), std::string::npos) << result;
+    });
+}
+
+TEST(Online, saysWhyNobodyAnswers) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const RunResult result = runCompanion({"online"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find(" does not answer: "), std::string::npos) << result;
+        EXPECT_EQ(runCompanion({"online", "-q"}), (RunResult{"", "", 1}));
+    });
+}
+
+TEST(Online, looksAtAFolder) {
+    inSandbox([] {
+        EXPECT_EQ(runCompanion({"online", "--from", "/usr"}).status, 0);
+        EXPECT_EQ(runCompanion({"online", "--from", "/none"}).status, 1);
+    });
+}
+
+}  // namespace

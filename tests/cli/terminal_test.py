@@ -1,0 +1,139 @@
+"""What the companion shows on a real terminal, and what it does not when there is none.
+
+usage: terminal_test.py THERMIKA DESCRIPTION_FOLDER
+
+Ends with 1 and says what was wrong first; prints how many checks were made.
+"""
+
+import http.server
+import os
+import re
+import sys
+import tempfile
+import threading
+import time
+
+import pexpect
+
+TOOL, EXAMPLES = sys.argv[1:3]
+SERIAL = "14080045"
+checks = 0
+
+
+def check(holds, what):
+    global checks
+    checks += 1
+    if not holds:
+        print("FAILED: " + what, file=sys.stderr)
+        sys.exit(1)
+
+
+def on_terminal(arguments, columns=80, **environment):
+    """Everything that the tool writes to a terminal of so many columns, and its status."""
+    variables = {"PATH": os.environ["PATH"], "TERM": "xterm", "LC_ALL": "C.UTF-8"}
+    variables.update(environment)
+    child = pexpect.spawn(
+        TOOL, arguments, env=variables, dimensions=(24, columns), timeout=60, encoding="utf-8"
+    )
+    child.expect(pexpect.EOF)
+    child.close()
+    return child.before.replace("\r\n", "\n"), child.exitstatus
+
+
+class SlowHandler(http.server.SimpleHTTPRequestHandler):
+    """A mirror that takes a while for each file."""
+
+    protocol_version = "HTTP/1.1"
+
+    def do_GET(self):
+        time.sleep(0.06)
+        body = b"curve\n" * 100
+        if self.path.endswith(".xml"):
+            with open(f"{EXAMPLES}/Cali-{SERIAL}.xml", "rb") as file:
+                body = file.read()
+        self.send_response(200)
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+
+    def log_message(self, *arguments):
+        pass
+
+
+def colors():
+    listing = ["optics", SERIAL, "--dir", EXAMPLES]
+    plain, status = on_terminal(listing, NO_COLOR="1")
+    check(status == 0, "optics: " + plain)
+    check("\033" not in plain, "NO_COLOR still gives colours: " + repr(plain))
+    check("\033" in on_terminal(listing)[0], "a terminal gets no colours")
+    check("\033" not in on_terminal(listing, TERM="dumb")[0], "a dumb terminal gets colours")
+    check("\033" not in on_terminal(listing + ["--color", "never"])[0], "never gives colours")
+    always = on_terminal(listing + ["--color", "always"], NO_COLOR="1")[0]
+    check("\033" in always, "always gives no colours")
+
+
+def width():
+    for columns in (60, 72, 100):
+        text, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], columns)
+        widest = max(len(line) for line in text.splitlines())
+        check(widest <= columns, f"{columns} columns, a line of {widest}: {text}")
+    narrow, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], 60)
+    wide, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], 300)
+    check(narrow.count("\n") > wide.count("\n"), "a narrow terminal has as few lines as a wide one")
+
+
+def progress():
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), SlowHandler)
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    mirror = f"http://127.0.0.1:{server.server_address[1]}"
+    fetch = ["fetch", SERIAL, "--from", mirror, "--jobs", "1", "--dir"]
+
+    with tempfile.TemporaryDirectory() as folder:
+        begin = time.monotonic()
+        text, status = on_terminal(fetch + [folder])
+        seconds = time.monotonic() - begin
+        check(status == 0, "fetch: " + repr(text))
+        draws = re.findall(r"\r(\d+) of (\d+) files, [^\033]*\033\[K", text)
+        check(len(draws) > 5, "hardly any progress: " + repr(text))
+        # One at once in each of the two steps, then ten a second at most.
+        check(len(draws) <= 10 * seconds + 2, f"{len(draws)} draws in {seconds} s")
+        check("/s, " in text and " left" in text, "no rate or time left: " + repr(text))
+        check("fetched Cali" not in text, "a line a file on a terminal: " + repr(text))
+        # The line is cleared before the result is written.
+        check(re.search(r"\r\033\[K\d+ files fetched, 0 there already\n$", text) is not None,
+              "the line is still there: " + repr(text))
+
+    with tempfile.TemporaryDirectory() as folder:
+        text, status = on_terminal(fetch + [folder, "--quiet"])
+        check(status == 0 and "\r" not in text, "quiet shows progress: " + repr(text))
+    with tempfile.TemporaryDirectory() as folder:
+        text, status = on_terminal(fetch + [folder], TERM="dumb")
+        check(status == 0 and "\033" not in text, "a dumb terminal gets codes: " + repr(text))
+        check("fetched Cali" in text, "no line a file on a dumb terminal: " + repr(text))
+
+    interrupted(fetch)
+    server.shutdown()
+
+
+def interrupted(fetch):
+    """Ctrl-C ends a fetch with whole files only, and the terminal has no half line."""
+    with tempfile.TemporaryDirectory() as folder:
+        child = pexpect.spawn(
+            TOOL, fetch + [folder], env={"TERM": "xterm"}, timeout=60, encoding="utf-8"
+        )
+        child.expect(r"\d+ of 40 files")
+        child.sendintr()
+        child.expect(pexpect.EOF)
+        child.close()
+        check(child.exitstatus == 3, f"status {child.exitstatus} after Ctrl-C")
+        check("interrupted: " in child.before, "nothing about Ctrl-C: " + repr(child.before))
+        for name in os.listdir(folder):
+            size = os.path.getsize(os.path.join(folder, name))
+            whole = size == 600 or name.endswith(".xml")
+            check(whole and not name.startswith("."), f"{name} has {size} bytes")
+
+
+colors()
+width()
+progress()
+print(f"{checks} checks")
