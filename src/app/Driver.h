@@ -1,5 +1,10 @@
 // The command-line tool's entry point and three small functions that belong to its exported
-// interface. The tool itself calls none of the three, so the linker is told to keep them.
+// interface. The tool itself calls none of the three, so the linker is told to keep them: a static
+// executable carries them in its symbol table, a dynamic one exports them.
+//
+// Process: main() ignores SIGPIPE and SIGXFSZ, so that a failed write is a status and a message;
+// gives standard output no buffer; creates the logger and, when the options are in order, the
+// manager. Searching for a camera changes the working directory, the document sets LC_NUMERIC.
 #pragma once
 
 /// Writes the tool's usage to standard output, with `program` wherever its name stands.

@@ -3,14 +3,13 @@
 #include "sdk/IRCalibrationManager.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <clocale>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -20,20 +19,18 @@
 #include "sdk/base/BuildConfig.h"
 #include "sdk/base/PathLimits.h"
 #include "sdk/base/Truncation.h"
-#include "sdk/camera/AccessTest.h"
 #include "sdk/camera/ConfigurationDocument.h"
-#include "sdk/camera/DownloadLinks.h"
+#include "sdk/camera/Download.h"
 #include "sdk/camera/FileCheck.h"
-#include "sdk/camera/ManagerLog.h"
 #include "sdk/camera/SerialDiscovery.h"
 #include "sdk/camera/ShellCommands.h"
+#include "sdk/camera/ShellText.h"
 
 namespace dax {
 
 namespace {
 
-constexpr int kDownloadPasses = 3;
-constexpr const char* kLinksFile = "/tmp/downloadlinks.xml";
+constexpr std::size_t kMostCountBytes = 4096;  // of the answer that begins with a number
 
 /// How many bytes at `text` may be read for a directory; fewer where it lies in `array`, which
 /// callers may read and which need not be terminated.
@@ -59,6 +56,28 @@ std::unique_ptr<char[]> makeDirectoryArray(const char* dir) {
 
 /// The text of a directory array; one that was filled to its end has no terminator.
 std::string_view directoryText(const char* array) { return {array, strnlen(array, kPathBytes)}; }
+
+/// The document with the first field of view and the first range of the camera's description.
+ConfigurationDocument withSuggestion(ConfigurationDocument document) {
+    const std::string path =
+        std::string(document.calibrationDir) + "/Cali-" + std::to_string(document.serial) + ".xml";
+    SimpleXML description;
+    if (!description.open(path.c_str(), "CaliData")) return document;
+    const auto enterFirstOptics = [&description] {
+        description.setNode();
+        description.setNode("Temperature");
+        description.setNode("Optics");
+        description.setNode("OpticsDef");
+    };
+    enterFirstOptics();
+    description.getInt("FOV", &document.fovDeg);
+    enterFirstOptics();
+    description.setNode("TempRanges");
+    description.setNode("TemperatureRange");
+    description.getInt("TempLo", &document.minTempC);
+    description.getInt("TempHi", &document.maxTempC);
+    return document;
+}
 
 }  // namespace
 
@@ -101,59 +120,35 @@ std::size_t IRCalibrationManager::readable(const char* dir) const {
                     readableBytes(dir, m_formatsDir.get()));
 }
 
+std::string IRCalibrationManager::calibrationDir() const {
+    return std::string(directoryText(m_calibrationDir.get()));
+}
+
 bool IRCalibrationManager::findSerial(unsigned long& serial) { return findCamera(serial); }
 
 std::string IRCalibrationManager::generateConfiguration(unsigned long serial) {
-    // Deliberate: never restored, so all formatting and parsing of the process from here on uses
-    // the "C" conventions.
-    std::setlocale(LC_NUMERIC, "C");
-
     ConfigurationDocument document;
     document.serial = serial;
     document.formatsDir = directoryText(m_formatsDir.get());
     document.calibrationDir = directoryText(m_calibrationDir.get());
-
-    const std::string path =
-        std::string(document.calibrationDir) + "/Cali-" + std::to_string(serial) + ".xml";
-    SimpleXML description;
-    if (description.open(path.c_str(), "CaliData")) {
-        description.setNode();
-        description.setNode("Temperature");
-        description.setNode("Optics");
-        description.setNode("OpticsDef");
-        description.getInt("FOV", &document.fovDeg);
-
-        description.setNode();
-        description.setNode("Temperature");
-        description.setNode("Optics");
-        description.setNode("OpticsDef");
-        description.setNode("TempRanges");
-        description.setNode("TemperatureRange");
-        description.getInt("TempLo", &document.minTempC);
-        description.getInt("TempHi", &document.maxTempC);
-        // Each getter has put LC_CTYPE's name back into LC_NUMERIC.
-        std::setlocale(LC_NUMERIC, "C");
+    try {
+        document = withSuggestion(document);
+    } catch (const std::bad_alloc&) {
+        // A description that memory cannot hold counts as unreadable: the defaults stay.
     }
+    // Deliberate: never restored, so all formatting and parsing of the process from here on uses
+    // the "C" conventions. The reader has set it as well, but each of its getters puts LC_CTYPE's
+    // name back.
+    std::setlocale(LC_NUMERIC, "C");
     return document.text();
 }
 
 char* IRCalibrationManager::checkCalibration(unsigned long serial) {
-    return missingFiles(serial).release();
-}
-
-/// The list of missing files; null when nothing is missing.
-std::unique_ptr<char[]> IRCalibrationManager::missingFiles(unsigned long serial) {
-    const std::string directory(directoryText(m_calibrationDir.get()));
-    const auto camera = static_cast<int>(serial);
-    if (findMissingFiles(directory.c_str(), camera).names.empty()) return nullptr;
-    // Deliberate: looks twice, so files that come meanwhile are not listed, and a description that
-    // cannot be loaded is logged twice.
-    std::string names;
-    for (const std::string& name : findMissingFiles(directory.c_str(), camera).names)
-        names += name + ';';
-    auto list = std::make_unique<char[]>(names.size() + 1);
-    names.copy(list.get(), names.size());
-    return list;
+    const std::optional<std::string> names = listMissingFiles(calibrationDir(), serial);
+    if (!names) return nullptr;
+    auto list = std::make_unique<char[]>(names->size() + 1);
+    names->copy(list.get(), names->size());
+    return list.release();
 }
 
 bool IRCalibrationManager::checkCaliFiles(const char* directory, int serial, char* missing,
@@ -179,101 +174,41 @@ bool IRCalibrationManager::createConfigFilepath(char* out, const char* directory
 }
 
 bool IRCalibrationManager::downloadCalibration(unsigned long serial) {
-    const std::string directory(directoryText(m_calibrationDir.get()));
-    if (const int reason = accessError(directory); reason != 0) {
-        std::string message = "No writing permissions to " + directory;
-        if (reason != EACCES)
-            message = std::string("Something went wrong: ") + std::strerror(reason);
-        logAsManager(kelvra::kLogError, __LINE__, message);
-        return false;
-    }
-    // Deliberate: only after the access test, which serial 0 goes through as any other.
-    if (serial == 0) {
-        logAsManager(kelvra::kLogError, __LINE__, "No serial number specified.");
-        return false;
-    }
-    // Deliberate: nothing is checked or said after the last pass, so true does not prove that every
-    // file arrived.
-    for (int pass = 0; pass < kDownloadPasses; ++pass) {
-        const std::unique_ptr<char[]> missing = missingFiles(serial);
-        if (!missing || missing[0] == '\0') {
-            logAsManager(kelvra::kLogInfo, __LINE__, "All files installed.");
-            return true;
-        }
-        if (!downloadTarget(missing.get(), std::to_string(serial), directory)) {
-            logAsManager(kelvra::kLogInfo, __LINE__, "Download failed.");
-            return false;
-        }
-    }
-    return true;
+    return downloadMissingFiles(calibrationDir(), serial);
 }
 
 // The interface is given: texts by value, a list that is only read by pointer.
 // NOLINTBEGIN(performance-unnecessary-value-param,readability-non-const-parameter)
 bool IRCalibrationManager::downloadTarget(char* targets, std::string serial,
                                           std::string targetDir) {
-    // Deliberate: what the program answers is not looked at; a failed fetch shows when the document
-    // is read.
-    runCommand(fetchLinksCommand(kLinksFile));
-    std::setlocale(LC_NUMERIC, "C");
-    const std::optional<DownloadLinks> links = readDownloadLinks(kLinksFile);
-    if (!links) {
-        // Deliberate: the file stays where it is, for whoever wants to know what came.
-        logAsManager(kelvra::kLogError, __LINE__, std::string("Error reading ") + kLinksFile);
-        return false;
-    }
-    std::remove(kLinksFile);
-    if (!links->hasLinks) {
-        logAsManager(kelvra::kLogError, __LINE__,
-                     std::string("Error parsing download links file: ") + kLinksFile);
-        return false;
-    }
-    // Deliberate: one flag for all files. A file counts as fetched once its command was started,
-    // and after the first such file the failures of later ones are not logged.
-    bool hasStarted = false;
-    for (std::string_view rest = targets == nullptr ? "" : targets; !rest.empty();) {
-        const std::string_view name = rest.substr(0, rest.find(';'));
-        rest.remove_prefix(std::min(name.size() + 1, rest.size()));
-        std::string address;
-        if (links->base) {
-            address = quotedFileAddress(*links->base, serial, name);
-            if (runCommand(fetchFileCommand(address, targetDir, name))) hasStarted = true;
-        }
-        if (!hasStarted) logAsManager(kelvra::kLogError, __LINE__, "Error downloading " + address);
-    }
-    return hasStarted;
+    return fetchFiles(targets == nullptr ? "" : targets, serial, targetDir);
 }
 
 bool IRCalibrationManager::copyCalibrationFromLocalRepo(unsigned long serial,
                                                         std::string sourceDir) {
-    const std::string command =
-        copyFilesCommand(sourceDir, std::to_string(serial), directoryText(m_calibrationDir.get()));
+    const std::string directory = calibrationDir();
+    if (!mayReachShellAsDirectory(sourceDir) || !mayReachShellAsDirectory(directory)) return false;
+    const std::string command = copyFilesCommand(sourceDir, std::to_string(serial), directory);
     std::printf("%s\n", command.c_str());
     std::fflush(stdout);
-    std::FILE* const pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return false;
-    pclose(pipe);
-    const std::unique_ptr<char[]> missing = missingFiles(serial);
-    return !missing || missing[0] == '\0';
+    if (!readCommand(command, 0)) return false;
+    return listMissingFiles(directory, serial).value_or("").empty();
 }
 // NOLINTEND(performance-unnecessary-value-param,readability-non-const-parameter)
 
 bool IRCalibrationManager::isOnlineCalibrationRepoAccessible() {
-    std::FILE* const pipe = popen(countDefaultRoutesCommand().c_str(), "r");
-    if (pipe == nullptr) return false;
+    const std::optional<std::string> count =
+        readCommand(countDefaultRoutesCommand(), kMostCountBytes);
     unsigned int routes = 0;
     // NOLINTNEXTLINE(cert-err34-c): the count of a tool of ours; none of it means none
-    if (std::fscanf(pipe, "%u", &routes) != 1) routes = 0;
-    pclose(pipe);
-    return routes != 0;
+    return count && std::sscanf(count->c_str(), "%u", &routes) == 1 && routes != 0;
 }
 
 std::vector<OpticsEntry>* IRCalibrationManager::getAvailableOptics(unsigned long serial) {
     if (serial == 0) return m_availableOptics.get();
     ConfigCali* const cali = ConfigCali::getInstance();
     if (!cali->isLoaded(static_cast<int>(serial)))
-        cali->load(std::string(directoryText(m_calibrationDir.get())).c_str(),
-                   static_cast<int>(serial));
+        cali->load(calibrationDir().c_str(), static_cast<int>(serial));
 
     CaliView view(*cali);
     // The built-in description stands in for none that was ever there.

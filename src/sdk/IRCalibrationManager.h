@@ -1,6 +1,9 @@
 // The process-wide object that knows where a camera's calibration and format files lie: it finds
 // the camera on the USB bus, composes its configuration document, and checks, fetches or copies its
 // calibration files. Nothing here is locked.
+//
+// Every operation that logs, or reads a document, creates the kelvra::Logger when there is none; one
+// that nobody has configured says so once on standard error.
 #pragma once
 
 #include <cstddef>
@@ -50,10 +53,12 @@ public:
     void setFormatsDir(const char* dir);
 
     /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores
-    /// its number there. The first camera in the order of /sys/bus/usb/devices wins. False when
-    /// there is none (`serial` becomes 0, also when reading that directory ends early) or when it
-    /// cannot be entered or opened (`serial` stays as it was, the log tells why). An allocation
-    /// failure propagates; `serial` may be 0 then.
+    /// its number there. The first camera in the order of /sys/bus/usb/devices wins; when any will
+    /// do, one whose serial text is 0 or no number is passed over, and so is in either case one
+    /// whose serial text cannot be read. The number is not checked: a device may give one of more
+    /// or fewer than 8 digits. False when there is none (`serial` becomes 0, also when reading that
+    /// directory ends early) or when it cannot be entered or opened (`serial` stays as it was, the
+    /// log tells why). An allocation failure propagates; `serial` may be 0 then.
     /// Process: the working directory is /sys/bus/usb/devices afterwards unless it could not be
     /// entered; `errno` is 0.
     bool findSerial(unsigned long& serial);
@@ -61,9 +66,11 @@ public:
     /// The configuration document of camera `serial`, each of its 33 lines ended by a line feed. It
     /// suggests field of view (degrees) and limits (degrees Celsius) of the first optics and range
     /// in the file "Cali-<serial>.xml" of the calibration directory, looked for further out where
-    /// an enclosing element is missing; what is nowhere, or all when the file cannot be read, is 0,
-    /// -20 and 100. The reader logs why a file cannot be read. Only an allocation failure
-    /// propagates.
+    /// an enclosing element is missing. What is nowhere or no number, or all when the file cannot
+    /// be read or held in memory, is 0, -20 and 100. The document shows a number of more than 32
+    /// bits whole, and the description is looked for by all of it; every other operation makes file
+    /// names of its low 32 bits. The reader logs why a file cannot be read. Only a failure to
+    /// allocate the document itself propagates.
     /// Process: LC_NUMERIC is "C" afterwards.
     std::string generateConfiguration(unsigned long serial);
 
@@ -84,8 +91,10 @@ public:
     /// are printf's: of an int in `xmlFormat` (cut to 19 characters), of a string in the others (to
     /// 259). `separator` stands after the description's name only; other names have ";". No other
     /// pointer may be null.
-    /// Process: loads the description (see ConfigCali::load(), which ends the process for a path of
-    /// more than 259 characters); creates the directory, one level, when it is missing.
+    /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing.
+    /// Loads the description unless it is loaded, with ConfigCali::load(): a path of more than 259
+    /// characters ends the process with abort(); LC_NUMERIC is "C" afterwards, or bears the name of
+    /// LC_CTYPE once a value was read.
     bool checkCaliFiles(const char* directory, int serial, char* missing, int* size,
                         const char* xmlFormat, const char* datFormat, const char* prnFormat,
                         const char* separator);
@@ -107,18 +116,22 @@ public:
     /// hold. False, with a line in the log, when the directory is not writable, `serial` is 0 or a
     /// pass could not be made.
     /// Process: creates or empties ".thermika_access" in the directory and removes it (a link of
-    /// that name is followed and what it leads to emptied); as checkCaliFiles() and
-    /// downloadTarget(), by turns.
+    /// that name is followed and what it leads to emptied); as checkCaliFiles() (which may end the
+    /// process) and downloadTarget(), by turns.
     bool downloadCalibration(unsigned long serial);
 
     /// Fetches the files named in `targets`, each followed by ";", into `targetDir` by running
     /// wget, which inherits the process's outputs. True once the command for one of them was
     /// started and waited for, as far as the C library tells, whether or not the file came. False,
     /// with lines in the log, when none was, or when the server's download-links document cannot be
-    /// had or used; false without a line when no file is named. What reaches the shell unquoted:
-    /// `targetDir` and the names; between double quotes: the document's base address, `serial`.
+    /// had or used: also, with nothing run or read, when /tmp/downloadlinks.xml is a link, a pipe,
+    /// a file with more than one link or somebody else's. False without a line when no file is
+    /// named. What reaches the shell unquoted: `targetDir` and the names; between double quotes:
+    /// the document's base address, `serial`. A library built with THERMIKA_REFUSE_SHELL_TEXT
+    /// refuses, with a line in the log, any base and name that means something to a shell.
     /// Process: writes and removes /tmp/downloadlinks.xml (it stays when it cannot be read);
-    /// LC_NUMERIC is "C" afterwards; flushes standard output.
+    /// LC_NUMERIC is "C" afterwards; flushes standard output before each command; descriptors 0, 1
+    /// and 2 are /dev/null while a command runs where they are closed.
     static bool downloadTarget(char* targets, std::string serial, std::string targetDir);
 
     /// Copies what is named like a file of camera `serial` (or of one whose number begins with it)
@@ -128,12 +141,16 @@ public:
     /// started, without a look at what is there. Both directories reach the shell unquoted: one
     /// with blanks becomes several arguments; so do the name patterns, which the shell may expand
     /// in the working directory.
-    /// Process: prints the command on standard output and flushes it; as checkCaliFiles().
+    /// A library built with THERMIKA_REFUSE_SHELL_TEXT answers false, without a command, when one
+    /// of the two means something to a shell.
+    /// Process: prints the command on standard output and flushes it; descriptors 0 to 2 as in
+    /// downloadTarget(); as checkCaliFiles(), which may end the process.
     bool copyCalibrationFromLocalRepo(unsigned long serial, std::string sourceDir);
 
     /// Whether the host has a default IPv4 route, by running /sbin/route and grep; nothing is
     /// contacted. False also when that cannot be found out.
-    /// Process: what the two complain about goes to standard error.
+    /// Process: flushes standard output; what the two complain about goes to standard error;
+    /// descriptors 0 to 2 as in downloadTarget().
     bool isOnlineCalibrationRepoAccessible();
 
     /// The optics of camera `serial` in the description's order, loading it when another or none is
@@ -142,7 +159,8 @@ public:
     /// empty when no description was ever loaded; after a failed load it shows what ConfigCali then
     /// holds. An allocation failure propagates and leaves it empty, or as it was when loading ran
     /// out of memory.
-    /// Process: as ConfigCali::load().
+    /// Process: loads as checkCaliFiles() does, so it may end the process, creates the calibration
+    /// directory when it is missing and changes LC_NUMERIC.
     std::vector<OpticsEntry>* getAvailableOptics(unsigned long serial);
 
 private:
@@ -153,13 +171,13 @@ private:
     static IRCalibrationManager* _this;
 
     std::size_t readable(const char* dir) const;
-    std::unique_ptr<char[]> missingFiles(unsigned long serial);
+    std::string calibrationDir() const;
 };
 
 /// Adds the file name that `format` makes of `name`, and ";", to the list of missing files when
 /// `directory` has no such file that can be opened for reading. `missing` and `size` as for
 /// IRCalibrationManager::checkCaliFiles(); a buffer holds a terminated text already.
-/// Process: creates the directory, one level, and the manager when there is none.
+/// Process: creates the directory, one level, and the manager when there is none; loads nothing.
 void _checkCaliFilesHelper(const char* directory, char* name, const char* format, char* missing,
                            int* size);
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <new>
@@ -213,11 +214,33 @@ TEST(AllocationOrder, makesAndReleasesTheListThenTheCalibrationDirectoryThenTheF
     EXPECT_EQ(trace.released, (Blocks{list, calibrationDir, formatsDir, object}));
 }
 
-TEST_F(Allocation, ofGeneratingADocumentReachesTheCaller) {
-    EXPECT_GT(failEachAllocation([] {
-                  return dax::IRCalibrationManager::getInstance()->generateConfiguration(14080045);
-              }),
-              2U);
+// A description that memory cannot hold counts as unreadable; only the document itself needs it.
+TEST_F(Allocation, ofReadingADescriptionLeavesADocumentItsDefaults) {
+    const auto generate = [] {
+        return dax::IRCalibrationManager::getInstance()->generateConfiguration(14080045);
+    };
+    const std::string whole = generate();
+    const std::string bytes = description();
+    std::filesystem::remove(m_dir / "Cali-14080045.xml");
+    const std::string unread = generate();
+    ASSERT_NE(unread, whole);
+    writeFile(m_dir / "Cali-14080045.xml", bytes);
+    std::size_t failures = 0;
+    std::size_t documents = 0;
+    for (bool hasFailed = true; hasFailed; ++failures) {
+        std::string text;
+        failAllocation(failures);
+        try {
+            text = generate();
+        } catch (const std::bad_alloc&) {
+        }
+        hasFailed = failNoAllocation();
+        EXPECT_TRUE(text.empty() || text == (hasFailed ? unread : whole)) << failures;
+        documents += text.empty() ? 0 : 1;
+    }
+    EXPECT_GE(failures, documents);
+    EXPECT_LE(failures, documents + 2);
+    EXPECT_GT(documents, 3U);
 }
 
 TEST_F(Allocation, ofCheckingFilesReachesTheCaller) {

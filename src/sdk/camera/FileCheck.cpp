@@ -170,6 +170,17 @@ MissingFiles findMissingFiles(const char* directory, int serial, const FileForma
     return missing;
 }
 
+std::optional<std::string> listMissingFiles(const std::string& directory, unsigned long serial) {
+    const auto camera = static_cast<int>(serial);
+    if (findMissingFiles(directory.c_str(), camera).names.empty()) return std::nullopt;
+    // Deliberate: looks twice, so files that come meanwhile are not listed, and a description that
+    // cannot be loaded is logged twice.
+    std::string names;
+    for (const std::string& name : findMissingFiles(directory.c_str(), camera).names)
+        names.append(name).append(kNameEnd);
+    return names;
+}
+
 int listBytes(const MissingFiles& missing) {
     int bytes = 0;
     for (const std::string& name : missing.names) addBytes(bytes, name.size() + 1);

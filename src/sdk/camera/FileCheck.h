@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,6 +55,10 @@ struct MissingFiles {
 /// Process: loads the camera's description unless it is loaded (see ConfigCali::load(), which ends
 /// the process for a path of more than 259 characters); creates the directory, one level.
 MissingFiles findMissingFiles(const char* directory, int serial, const FileFormats& formats = {});
+
+/// The names with ";" after each; nothing when none is missing, "" when the last files came while
+/// this looked. Process: as above.
+std::optional<std::string> listMissingFiles(const std::string& directory, unsigned long serial);
 
 /// The bytes that IRCalibrationManager::checkCaliFiles() tells for this list, 0 when nothing is
 /// missing.

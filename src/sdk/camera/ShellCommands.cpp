@@ -1,6 +1,10 @@
 // Plain concatenation: every character of a command can be read off here.
 #include "sdk/camera/ShellCommands.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
@@ -12,10 +16,49 @@ namespace dax {
 
 namespace {
 
+constexpr int kMostRepeats = 1000;  // of a read that a signal interrupts
+
 std::string join(std::initializer_list<std::string_view> pieces) {
     std::string text;
     for (const std::string_view piece : pieces) text += piece;
     return text;
+}
+
+/// While it lives, none of the descriptors 0 to 2 is closed.
+class StandardDescriptors {
+public:
+    StandardDescriptors() {
+        for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+            if (fcntl(fd, F_GETFD) != -1) continue;
+            const int got = open("/dev/null", O_RDWR);  // the lowest that is free is this one
+            m_isOurs[fd] = got == fd;
+            if (got >= 0 && got != fd) close(got);
+        }
+    }
+    ~StandardDescriptors() {
+        for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+            if (m_isOurs[fd]) close(fd);
+    }
+    StandardDescriptors(const StandardDescriptors&) = delete;
+    StandardDescriptors& operator=(const StandardDescriptors&) = delete;
+
+private:
+    bool m_isOurs[STDERR_FILENO + 1]{};
+};
+
+/// Fills `text`, or as much of it as there is to read, and cuts it to that.
+void readInto(std::string& text, int fd) {
+    std::size_t size = 0;
+    for (int repeats = 0; size < text.size() && repeats < kMostRepeats;) {
+        const ssize_t got = read(fd, text.data() + size, text.size() - size);
+        if (got > 0)
+            size += static_cast<std::size_t>(got);
+        else if (got < 0 && errno == EINTR)
+            ++repeats;
+        else
+            break;
+    }
+    text.resize(size);
 }
 
 }  // namespace
@@ -47,8 +90,21 @@ std::string copyFilesCommand(std::string_view sourceDir, std::string_view serial
 std::string countDefaultRoutesCommand() { return R"(/sbin/route -n | grep -c '^0\.0\.0\.0')"; }
 
 bool runCommand(const std::string& command) {
+    const StandardDescriptors open;
     std::fflush(stdout);
     return std::system(command.c_str()) != -1;
+}
+
+std::optional<std::string> readCommand(const std::string& command, std::size_t bytes) {
+    std::string output(bytes, '\0');
+    const StandardDescriptors open;
+    std::fflush(stdout);
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return std::nullopt;
+    // Not through the stream, which takes a signal that interrupts a read for the end.
+    readInto(output, fileno(pipe));
+    pclose(pipe);
+    return output;
 }
 
 }  // namespace dax

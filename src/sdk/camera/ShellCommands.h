@@ -3,6 +3,8 @@
 // those texts controls the shell.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,7 +35,13 @@ std::string countDefaultRoutesCommand();
 /// Runs `command` to its end; what it answered is not looked at. False when the C library says that
 /// it could not be started or waited for; glibc before 2.41 does not say so of a shell that was not
 /// forked.
-/// Process: flushes standard output first, which the command shares.
+/// Process: here and below, standard output is flushed before, as the command shares it, and each
+/// of the descriptors 0 to 2 that is closed is /dev/null meanwhile, so that the command cannot take
+/// a file of its own for one of them.
 bool runCommand(const std::string& command);
+
+/// Runs `command` to its end with its standard output in a pipe, which is closed when `bytes` were
+/// read or there is no more. What was read; nothing when it could not be started.
+std::optional<std::string> readCommand(const std::string& command, std::size_t bytes);
 
 }  // namespace dax

@@ -74,4 +74,14 @@ TEST(LocalCopyOddities, answersTrueWhenTheFilesAppearBetweenTheTwoLooksAtTheList
     });
 }
 
+// As when a part of the tree may not be read.
+TEST(LocalCopyOddities, judgesByTheFilesAndNotByWhatFindAnswers) {
+    inQuietWorld([] {
+        installFiles(cameraFiles());
+        recordProgram("find", "exit 1");
+        EXPECT_EQ(copyFrom(kCopySource), copied(kCopiedAll));
+        EXPECT_EQ(callsOf("find").size(), 1U);
+    });
+}
+
 }  // namespace

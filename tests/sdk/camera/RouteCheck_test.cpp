@@ -2,6 +2,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <utility>
@@ -151,6 +153,35 @@ RunResult answerAfter(const std::function<void()>& prepare) {
     return runInProcess([&prepare] {
         prepare();
         return isAccessible() ? 1 : 0;
+    });
+}
+
+// A stream takes the interruption of a read for the end of what there is to read.
+TEST(RouteCheck, readsOnWhenASignalInterruptsIt) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        struct sigaction action {};  // without SA_RESTART
+        action.sa_handler = [](int) {};
+        ASSERT_EQ(sigaction(SIGUSR1, &action, nullptr), 0);
+        recordProgram("grep", "for i in 1 2 3; do sleep 0.1; kill -USR1 " +
+                                  std::to_string(getpid()) + "; done; sleep 0.1; echo 1");
+        EXPECT_EQ(outcomeOf(isAccessible), kYes);
+    });
+}
+
+TEST(RouteCheck, flushesStandardOutputBeforeTheCommand) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        recordProgram("grep", "cat >&2; echo 0");
+        mountEmptyFolder("/usr/sbin");
+        const RunResult result = runInProcess([] {
+            std::printf("before\n");
+            dup2(STDOUT_FILENO, STDERR_FILENO);
+            isAccessible();
+            std::printf("after\n");
+            return 0;
+        });
+        EXPECT_EQ(result.out, "before\nsh: 1: /sbin/route: not found\nafter\n");
     });
 }
 

@@ -1,6 +1,9 @@
 // The exact texts that reach the shell, and what running one answers.
 #include "sdk/camera/ShellCommands.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +13,7 @@
 
 #include "support/DownloadSandbox.h"
 #include "support/Sandbox.h"
+#include "support/TestFiles.h"
 
 namespace {
 
@@ -120,6 +124,52 @@ TEST(ShellCommands, takesTheSystemsWordForWhetherAProcessCouldBeStarted) {
                   return runCommand("echo command");
               }),
               system);
+}
+
+TEST(ShellCommands, givesClosedStandardDescriptorsToNoFileOfTheCommands) {
+    const thermika_test::TempDir dir;
+    const std::string places =
+        "a=$(readlink /proc/$$/fd/0); b=$(readlink /proc/$$/fd/1); c=$(readlink /proc/$$/fd/2); "
+        "echo $a $b $c >>" +
+        (dir / "places");
+    const RunResult result = thermika_test::runInProcess([&places] {
+        for (const int fd : {0, 1, 2}) close(fd);
+        const bool isRun = runCommand(places) && dax::readCommand(places, 10);
+        for (const int fd : {0, 1, 2})
+            if (fcntl(fd, F_GETFD) != -1) return 2;  // closed again
+        return isRun ? 1 : 0;
+    });
+    EXPECT_EQ(result, (RunResult{"", "", 1}));
+    const std::string lines = thermika_test::readFile(dir / "places");
+    EXPECT_EQ(lines.substr(0, lines.find('\n')), "/dev/null /dev/null /dev/null");
+    const std::string piped = lines.substr(lines.find('\n') + 1);
+    EXPECT_EQ(piped.substr(0, 15), "/dev/null pipe:") << piped;
+    EXPECT_EQ(piped.substr(piped.rfind(' ')), " /dev/null\n") << piped;
+}
+
+TEST(ShellCommands, leavesOpenStandardDescriptorsToTheCommand) {
+    EXPECT_EQ(ask([] {
+                  close(STDIN_FILENO);
+                  return runCommand("cat; echo out; echo err >&2");
+              }),
+              (RunResult{"out\n", "err\n", 1}));
+}
+
+TEST(ShellCommands, readsWhatACommandWritesUpToABound) {
+    EXPECT_EQ(dax::readCommand("echo text", 100), "text\n");
+    EXPECT_EQ(dax::readCommand("printf 'a\\0b'", 100), std::string("a\0b", 3));
+    EXPECT_EQ(dax::readCommand("echo a; sleep 0.1; echo b", 100), "a\nb\n");
+    EXPECT_EQ(dax::readCommand("echo text", 3), "tex");
+    EXPECT_EQ(dax::readCommand("echo text 2>/dev/null", 0), "");
+    EXPECT_EQ(dax::readCommand("exit 3", 100), "");
+}
+
+TEST(ShellCommands, readsNothingWhenNoCommandCanBeStarted) {
+    EXPECT_EQ(ask([] {
+                  thermika_test::forbidNewDescriptors();
+                  return dax::readCommand("echo text", 100).has_value();
+              }),
+              (RunResult{"", "", 0}));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The one file that is made to be removed at once.
-#include "sdk/camera/AccessTest.h"
+// Whether files may be written, found out with a file that is made to be removed at once.
+#include "sdk/camera/WriteAccess.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ constexpr mode_t kFileMode = 0666;  // less the umask, as fopen() creates files
 
 }  // namespace
 
-int accessError(const std::string& directory) {
+int writeAccessError(const std::string& directory) {
     const std::string path = directory + kTestFile;
     // What fopen() does for "w", but without waiting for the reader of a pipe of that name.
     const int file =
