@@ -70,7 +70,9 @@ if [ -n "$thermika" ]; then
     cp "$thermika" /usr/share/thermika-of-the-demonstration
     thermika=/usr/share/thermika-of-the-demonstration
 fi
-cd / # the working directory may be below /tmp as well
+# Below /tmp the working directory would be gone, and the copy's patterns are expanded there.
+mkdir /usr/share/empty
+cd /usr/share/empty
 mount -t tmpfs tmpfs /tmp
 ip link set lo up
 echo "127.0.0.1 localhost $host" >/usr/share/hosts

@@ -106,6 +106,9 @@ DownloadSandbox::DownloadSandbox() {
     coverInEtc("nsswitch.conf", "hosts: files\n");
     mountEmptyFolder("/tmp");
     bringLoopbackUp();
+    const std::string empty = std::string(kWorld) + "/empty";
+    fs::create_directory(empty);
+    fs::current_path(empty);
 }
 
 DownloadSandbox::~DownloadSandbox() { umount2("/tmp", MNT_DETACH); }

@@ -269,6 +269,11 @@ TEST(LocalCopy, printsTheCommandBeforeItRuns) {
     });
 }
 
+// The shell expands the command's patterns in the working directory.
+TEST(LocalCopy, isTriedWhereNoFileIsNamedLikeACamerasFiles) {
+    inQuietWorld([] { EXPECT_TRUE(fs::is_empty(fs::current_path())); });
+}
+
 TEST(LocalCopy, waitsForTheCommand) {
     inQuietWorld([] {
         lay(kCopySource, cameraFiles());
