@@ -16,6 +16,7 @@ namespace {
 
 using thermika_test::kDecimalCommaLocale;
 using thermika_test::kLatin1Locale;
+using thermika_test::kLatin9Locale;
 using thermika_test::numericLocale;
 using thermika_test::ScopedLocale;
 
@@ -231,6 +232,15 @@ TEST(StringHelpers, convertsBytesAbove127ByTheCharacterLocale) {
     }
     EXPECT_EQ(converted<char*(char*)>(tstrupr), upper);
     EXPECT_EQ(converted<char*(char*)>(tstrlwr), lower);
+}
+
+// Passed on as -1, which toupper() takes for the end of a file, although the locale has a capital.
+TEST(StringHelpers, leavesTheHighestByteSmall) {
+    const ScopedLocale locale({{LC_CTYPE, kLatin9Locale}});
+    char small[] = "\xFF\xBD";
+    EXPECT_STREQ(tstrupr(small), "\xFF\xBC");
+    char capital[] = "\xBE\xBC";
+    EXPECT_STREQ(tstrlwr(capital), "\xFF\xBD");
 }
 
 TEST(StringHelpers, convertsWideCaseByTheCharacterLocale) {

@@ -11,6 +11,7 @@ namespace thermika_test {
 
 constexpr const char* kDecimalCommaLocale = "de_DE.UTF-8";
 constexpr const char* kLatin1Locale = "de_DE.ISO-8859-1";
+constexpr const char* kLatin9Locale = "de_DE.ISO-8859-15@euro";  // has a capital for byte 0xFF
 
 /// The whole locale is "C" but for the categories given; the former one returns at the end. Throws,
 /// which fails the test, when the system lacks a locale.
