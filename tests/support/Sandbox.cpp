@@ -25,7 +25,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/Coverage.h"
+#include "support/ProcessEnd.h"
 
 namespace thermika_test {
 
@@ -256,8 +256,7 @@ RunResult runInProcess(const std::function<int()>& body) {
     return run("not started", {}, [&body] {
         const int status = body();
         std::fflush(stdout);
-        keepCoverage();
-        _exit(status);
+        _exit(statusAtEnd(status));
     });
 }
 

@@ -1,6 +1,7 @@
 // The sandbox is trusted by every test that runs in it: whatever goes wrong there has to fail the
 // test, and nothing may get out.
 #include "support/Sandbox.h"
+#include "support/ProcessEnd.h"
 
 #include <net/if.h>
 #include <sys/stat.h>
@@ -71,6 +72,17 @@ TEST(Sandbox, failsTheTestForAnEarlyExit) {
 
 TEST(Sandbox, failsTheTestForASkip) {
     expectFailure([] { GTEST_SKIP() << "not here"; }, "not here");
+}
+
+TEST(Sandbox, tellsWhatAProcessOfItsOwnHasLost) {
+    const RunResult result = thermika_test::runInProcess([] {
+        // Many: an old address in a register or on the stack may keep some.
+        char* volatile lost = nullptr;
+        for (int i = 0; i < 100; ++i) lost = new char[10];
+        lost = nullptr;
+        return lost == nullptr ? 0 : 1;
+    });
+    EXPECT_EQ(result.status, thermika_test::kLooksForLeaks ? thermika_test::kLeaked : 0);
 }
 
 TEST(Sandbox, startsWithEmptyFoldersThatOnlyItSees) {

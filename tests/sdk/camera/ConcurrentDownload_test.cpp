@@ -15,6 +15,7 @@
 #include "support/CameraSet.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
+#include "support/ProcessEnd.h"
 #include "support/Sandbox.h"
 
 namespace {
@@ -34,22 +35,20 @@ bool download() { return dax::IRCalibrationManager::getInstance()->downloadCalib
 
 /// 1 when a process of its own says yes.
 int downloadAlone() {
-    return thermika_test::run("not started", {}, [] { _exit(download() ? 1 : 0); }).status;
+    return thermika_test::runInProcess([] { return download() ? 1 : 0; }).status;
 }
 
 /// 1 when one process says yes, and 2 when the other does.
 int downloadInTwoProcesses() {
-    return thermika_test::run(
-               "not started", {},
-               [] {
-                   const pid_t other = fork();
-                   if (other == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
-                   const int answer = download() ? 1 : 0;
-                   if (other == 0) _exit(answer);
-                   int status = 0;
-                   waitpid(other, &status, 0);
-                   _exit(WIFEXITED(status) ? answer + 2 * WEXITSTATUS(status) : kEndedBadly);
-               })
+    return thermika_test::runInProcess([] {
+               const pid_t other = fork();
+               if (other == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
+               const int answer = download() ? 1 : 0;
+               if (other == 0) _exit(thermika_test::statusAtEnd(answer));
+               int status = 0;
+               waitpid(other, &status, 0);
+               return WIFEXITED(status) ? answer + 2 * WEXITSTATUS(status) : kEndedBadly;
+           })
         .status;
 }
 
