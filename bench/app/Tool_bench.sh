@@ -1,6 +1,7 @@
 #!/bin/sh
 # A whole run of the tool with a description of 11 KB against a program that includes iostream and
-# does nothing. Prints a line for each figure: its name, ours, theirs, their ratio. By hand:
+# does nothing, linked statically as the tool is, and dynamically. Prints a line for each figure: its
+# name, against which of the two, ours, theirs. By hand:
 #   bench/app/Tool_bench.sh BUILD_DIR [RUNS]
 # The description lies in /usr/share of a private mount namespace.
 set -eu
@@ -12,7 +13,6 @@ fi
 examples=$(cd "$(dirname "$0")/../../examples" && pwd)
 serial=14080045
 tool=$1/thermika-genconfig
-empty=$1/bench/thermika-bench-empty-iostream
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 mount -t tmpfs tmpfs /usr/share
@@ -42,13 +42,25 @@ systemCalls() {
 }
 
 figure() {
-    awk -v name="$1" -v ours="$2" -v theirs="$3" \
-        'BEGIN { printf "%s %s %s %.3f\n", name, ours, theirs, ours / theirs }'
+    for number in "$3" "$4"; do
+        case $number in
+        '' | *[!0-9.]*)
+            echo "no number for $1: $number" >&2
+            exit 1
+            ;;
+        esac
+    done
+    echo "$1 $2 $3 $4"
 }
 
-figure instructions "$(instructions "$tool" -d $serial)" "$(instructions "$empty")"
-figure system-calls "$(systemCalls "$tool" -d $serial)" "$(systemCalls "$empty")"
-"$1/bench/thermika-bench-runs" "$runs" "$tool" -d $serial -- "$empty" > "$folder/runs"
-{ read -r oursMicros oursKb && read -r theirsMicros theirsKb; } < "$folder/runs"
-figure wall-us "$oursMicros" "$theirsMicros"
-figure peak-kb "$oursKb" "$theirsKb"
+ourInstructions=$(instructions "$tool" -d $serial)
+ourCalls=$(systemCalls "$tool" -d $serial)
+for linking in static dynamic; do
+    empty=$1/bench/thermika-bench-empty-$linking
+    figure instructions $linking "$ourInstructions" "$(instructions "$empty")"
+    figure system-calls $linking "$ourCalls" "$(systemCalls "$empty")"
+    "$1/bench/thermika-bench-runs" "$runs" "$tool" -d $serial -- "$empty" > "$folder/runs"
+    { read -r oursMicros oursKb && read -r theirsMicros theirsKb; } < "$folder/runs"
+    figure wall-us $linking "$oursMicros" "$theirsMicros"
+    figure peak-kb $linking "$oursKb" "$theirsKb"
+done

@@ -101,7 +101,10 @@ void load(benchmark::State& state, const std::string& directory, int serial, std
     static int other = 0;
     for (auto _ : state) {
         other = 1 - other;
-        if (cali.load(directory.c_str(), serial + other) != 0) state.SkipWithError("not loaded");
+        if (cali.load(directory.c_str(), serial + other) != 0) {
+            state.SkipWithError("not loaded");
+            break;
+        }
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
 }
@@ -110,7 +113,10 @@ void readFields(benchmark::State& state, const Reader& library, const std::strin
                 std::size_t bytes) {
     for (auto _ : state) {
         Camera camera;
-        benchmark::DoNotOptimize(library.read(file.c_str(), camera));
+        if (!library.read(file.c_str(), camera)) {
+            state.SkipWithError("not read");
+            break;
+        }
         benchmark::DoNotOptimize(camera.optics.data());
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));

@@ -122,11 +122,6 @@ private:
     Place m_place = Place::kElsewhere;
 };
 
-bool open(const char* file) {
-    const Parser parser(XML_ParserCreate(nullptr));
-    return parseFile(file, parser.get());
-}
-
 bool read(const char* file, Camera& camera) {
     const Parser parser(XML_ParserCreate(nullptr));
     Filler filler(camera);
@@ -136,6 +131,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kExpat{"expat", open, read};
+const Reader kExpat{"expat", read};
 
 }  // namespace bench

@@ -73,11 +73,6 @@ void readOptics(const xmlNode* node, OpticsDef& optics) {
         readRange(range, optics.ranges.emplace_back());
 }
 
-bool open(const char* file) {
-    const Document document(xmlReadFile(file, nullptr, kFlags));
-    return document != nullptr;
-}
-
 bool read(const char* file, Camera& camera) {
     const Document document(xmlReadFile(file, nullptr, kFlags));
     if (document == nullptr) return false;
@@ -92,6 +87,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kLibxml2{"libxml2", open, read};
+const Reader kLibxml2{"libxml2", read};
 
 }  // namespace bench

@@ -50,11 +50,6 @@ void readOptics(pugi::xml_node node, OpticsDef& optics) {
         readRange(range, optics.ranges.emplace_back());
 }
 
-bool open(const char* file) {
-    pugi::xml_document document;
-    return static_cast<bool>(document.load_file(file, kFlags));
-}
-
 bool read(const char* file, Camera& camera) {
     pugi::xml_document document;
     if (!document.load_file(file, kFlags)) return false;
@@ -68,6 +63,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kPugixml{"pugixml", open, read};
+const Reader kPugixml{"pugixml", read};
 
 }  // namespace bench

@@ -67,11 +67,6 @@ void readOptics(const Node* node, OpticsDef& optics) {
         readRange(range, optics.ranges.emplace_back());
 }
 
-bool open(const char* file) {
-    const Loaded document(file);
-    return document.root() != nullptr;
-}
-
 bool read(const char* file, Camera& camera) {
     const Loaded document(file);
     const Node* const root = document.root();
@@ -85,6 +80,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kRapidxml{"rapidxml", open, read};
+const Reader kRapidxml{"rapidxml", read};
 
 }  // namespace bench

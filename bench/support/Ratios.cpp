@@ -25,6 +25,7 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
+            if (run.error_occurred) complain(run.run_name.function_name + ": " + run.error_message);
             if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
             const std::string& name = run.run_name.function_name;
             const std::size_t slash = name.rfind('/');
@@ -39,16 +40,25 @@ public:
         for (auto& [name, contestants] : m_groups) {
             std::sort(contestants.begin(), contestants.end(),
                       [](const auto& a, const auto& b) { return a.number < b.number; });
+            if (contestants.size() < 2) complain(name + ": nothing to compare with");
             const Contestant& first = contestants.front();
             std::printf("%s: %s %.3g us", name.c_str(), first.name.c_str(), first.seconds * 1e6);
             for (auto other = contestants.begin() + 1; other != contestants.end(); ++other)
                 std::printf(", %.2f x %s", first.seconds / other->seconds, other->name.c_str());
             std::printf("\n");
         }
+        if (m_groups.empty()) complain("nothing was measured");
     }
+
+    bool hasFailed() const { return m_hasFailed; }
 
 private:
     using Contestants = std::vector<Contestant>;
+
+    void complain(const std::string& what) {
+        std::fprintf(stderr, "%s\n", what.c_str());
+        m_hasFailed = true;
+    }
 
     void add(const std::string& group, const Contestant& run) {
         Contestants& contestants = m_groups[group];
@@ -62,6 +72,7 @@ private:
     }
 
     std::map<std::string, Contestants> m_groups;
+    bool m_hasFailed = false;
 };
 
 }  // namespace
@@ -72,7 +83,7 @@ int runAndCompare(int argc, char** argv) {
     Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     benchmark::Shutdown();
-    return 0;
+    return comparison.hasFailed() ? 1 : 0;
 }
 
 }  // namespace bench

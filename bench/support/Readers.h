@@ -1,5 +1,5 @@
-// One way to load a calibration description per library, each with the fastest settings and the
-// accessors of its own that still give every value. A missing element leaves its field as it is.
+// One way to load a calibration description per library, with the settings and the accessors that
+// its documentation recommends for speed. A missing element leaves its field as it is.
 #pragma once
 
 #include "support/Camera.h"
@@ -8,8 +8,6 @@ namespace bench {
 
 struct Reader {
     const char* name;
-    /// Loads the file so that its values could be read next; false when that fails.
-    bool (*open)(const char* file);
     /// Loads the file and stores every value in `camera`, which is fresh; false when that fails.
     bool (*read)(const char* file, Camera& camera);
 };

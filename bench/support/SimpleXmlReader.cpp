@@ -78,11 +78,6 @@ void readOptics(dax::SimpleXML& document, OpticsDef& optics) {
     document.resetNode();
 }
 
-bool open(const char* file) {
-    dax::SimpleXML document;
-    return document.open(file, "CaliData");
-}
-
 bool read(const char* file, Camera& camera) {
     dax::SimpleXML document;
     if (!document.open(file, "CaliData")) return false;
@@ -104,6 +99,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kSimpleXml{"SimpleXML", open, read};
+const Reader kSimpleXml{"SimpleXML", read};
 
 }  // namespace bench

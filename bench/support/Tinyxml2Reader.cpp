@@ -62,11 +62,6 @@ void readOptics(const Element* node, OpticsDef& optics) {
         readRange(range, optics.ranges.emplace_back());
 }
 
-bool open(const char* file) {
-    tinyxml2::XMLDocument document;
-    return document.LoadFile(file) == tinyxml2::XML_SUCCESS;
-}
-
 bool read(const char* file, Camera& camera) {
     tinyxml2::XMLDocument document;
     if (document.LoadFile(file) != tinyxml2::XML_SUCCESS) return false;
@@ -81,6 +76,6 @@ bool read(const char* file, Camera& camera) {
 
 }  // namespace
 
-const Reader kTinyxml2{"tinyxml2", open, read};
+const Reader kTinyxml2{"tinyxml2", read};
 
 }  // namespace bench
