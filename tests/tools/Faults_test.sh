@@ -15,11 +15,11 @@ fails_with() {
     shift 3
     status=0
     "$project/tools/faults" "$tool" "$used" "$host" "$@" >"$work/out" 2>&1 || status=$?
-    [ "$status" = 1 ] && grep -q -e "$message" "$work/out" || {
+    if [ "$status" != 1 ] || ! grep -q -e "$message" "$work/out"; then
         cat "$work/out"
         echo "FAILED: status $status, expected 1 with \"$message\"" >&2
         exit 1
-    }
+    fi
 }
 
 # One fault of five reaches each weakness many times.

@@ -5,7 +5,7 @@
 set -eu
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-export TMPDIR=$work
+export TMPDIR="$work"
 
 # The script finds what is saved from where it lies.
 mkdir -p "$work/project/fuzz/corpus/Reader" "$work/project/examples" "$work/build/fuzz"
@@ -30,11 +30,11 @@ fuzz() {
     "$work/project/fuzz/run" "$work/build" 1 "$@" >"$work/out" 2>&1 || status=$?
 }
 answers() { # answers STATUS MESSAGE
-    [ "$status" = "$1" ] && grep -q "$2" "$work/out" || {
+    if [ "$status" != "$1" ] || ! grep -q "$2" "$work/out"; then
         cat "$work/out"
         echo "FAILED: status $status, expected $1 with \"$2\"" >&2
         exit 1
-    }
+    fi
 }
 
 target 1000

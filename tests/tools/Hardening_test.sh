@@ -43,11 +43,11 @@ finds() { # finds WHAT COMPILER-OPTION...
     what=$1
     shift
     check_with "$@"
-    [ "$status" = 1 ] && grep -q "$what" "$work/out" || {
+    if [ "$status" != 1 ] || ! grep -q "$what" "$work/out"; then
         cat "$work/out"
         echo "FAILED: status $status, expected 1 with \"$what\"" >&2
         exit 1
-    }
+    fi
 }
 
 marks='' none=''

@@ -16,11 +16,11 @@ cd "$work/project"
 fails_with() {
     message=$1
     shift
-    ! "$cmake" "$@" >"$work/out" 2>&1 && grep -q "$message" "$work/out" || {
+    if "$cmake" "$@" >"$work/out" 2>&1 || ! grep -q "$message" "$work/out"; then
         cat "$work/out"
         echo "FAILED: expected \"$message\"" >&2
         exit 1
-    }
+    fi
 }
 # forgotten FILE SED-SCRIPT LIST: the list changed, the file is missed, the list as it was.
 forgotten() {
