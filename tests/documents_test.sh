@@ -59,8 +59,8 @@ echo "$commands" | while read -r command; do
         grep -qFx "    show ${command#*thermika }" examples/demo.sh ;;
     'git clone ADDRESS thermika && cd thermika') grep -q 'git .*clone --quiet' tools/bare ;;
     './dev demo' | './dev test') grep -q 'for verb in demo test' tools/bare ;;
-    './dev run -d 14080045 >camera.xml') grep -q '^./dev run -d14080045' .ci/run ;;
-    './dev cli --help') grep -q '^./dev cli --help' .ci/run ;;
+    './dev run -d 14080045 >camera.xml') grep -q '^step run -d14080045' .ci/run ;;
+    './dev cli --help') grep -q '^step cli --help' .ci/run ;;
     'cmake --'*) grep -rq -- '--install' tests/consumer ;;
     *) false ;;
     esac || echo "$command"
