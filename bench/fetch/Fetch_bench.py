@@ -3,8 +3,9 @@
 wget and curl, and its memory. Prints medians and ratios; decides nothing, but fails when a run
 does not bring every file.
 
-usage: Fetch_bench.py BUILD_DIR HOST
+usage: Fetch_bench.py BUILD_DIR HOST [FILES...]
   HOST  the download host that the build knows
+  FILES  how many, of 41 and 1001; both when not given
 THERMIKA_BENCH_FETCH_RUNS (3) says how often each is measured.
 
 Runs in private namespaces. The server is the one of the tests; it waits 10 ms before a connection's
@@ -119,10 +120,10 @@ class Bench:
             for name, command in self.commands().items():
                 times[name].append(self.run(command))
         medians = {name: statistics.median(each) for name, each in times.items()}
-        print(f"{files} files of {FILE_BYTES} bytes, {DELAY_MS} ms, medians of {runs}:")
+        print(f"{files} files of {FILE_BYTES} bytes, {DELAY_MS} ms, medians of {runs}:", flush=True)
         for name, median in medians.items():
             ratio = medians["thermika::fetch"] / median
-            print(f"  {name:26} {median:8.3f} s   thermika::fetch takes {ratio:5.2f} x of it")
+            print(f"  {name:26} {median:8.3f} s   thermika::fetch takes {ratio:5.2f} x of it", flush=True)
 
     def memory(self):
         for mebibytes in (1, 60):
@@ -134,7 +135,7 @@ class Bench:
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         sys.exit(__doc__)
     enter_namespaces()
     program = pathlib.Path(sys.argv[1]).resolve() / "bench" / "thermika-bench-fetch"
@@ -155,7 +156,7 @@ def main():
                 if not running.stdout.readline():
                     sys.exit("the server does not listen")
                 bench = Bench(program, sys.argv[2], work)
-                for files in SETS:
+                for files in [int(each) for each in sys.argv[3:]] or SETS:
                     bench.measure(files, runs)
                 bench.memory()
             finally:
