@@ -39,6 +39,7 @@ constexpr CommandRow kCommands[] = {
     {"validate", "Say what is wrong with a configuration document", addValidate},
     {"online", "Tell whether the server with the calibration files answers", addOnline},
     {"doctor", "Check everything that a camera needs, for a bug report", addDoctor},
+    {"completion", "Print the completion script for a shell", addCompletion},
 };
 
 void addSharedOptions(CommandLine& line) {

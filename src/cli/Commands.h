@@ -12,6 +12,7 @@ namespace thermika::cli {
 // and returns what runs it once they were read.
 
 Run addCameras(CLI::App& command);
+Run addCompletion(CLI::App& command);
 Run addConfig(CLI::App& command);
 Run addDoctor(CLI::App& command);
 Run addFetch(CLI::App& command);

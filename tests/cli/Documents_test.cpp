@@ -72,6 +72,13 @@ TEST(Documents, ofCamerasAreAsTheSchemaSays) {
     });
 }
 
+TEST(Documents, ofCompletionAreAsTheSchemaSays) {
+    for (const char* const shell : {"bash", "zsh", "fish"})
+        answer({"completion", shell}, 0, "completion");
+    answer({"--dir", THERMIKA_EXAMPLES, "completion", "optics", "14080045"}, 0, "completion");
+    answer({"--dir", THERMIKA_EXAMPLES, "completion", "ranges", "14080046"}, 0, "completion");
+}
+
 TEST(Documents, ofOpticsAreAsTheSchemaSays) {
     const TempDir folder;
     thermika_test::writeDescription(

@@ -1,0 +1,103 @@
+// `thermika completion`: the scripts that complete command lines, and the words that they ask for.
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Camera.h"
+#include "cli/Choice.h"
+#include "cli/Commands.h"
+#include "cli/CompletionModel.h"
+#include "cli/Escape.h"
+
+namespace thermika::cli {
+
+namespace {
+
+struct Arguments {
+    std::string what;
+    std::string serialText;
+    std::string optics;
+};
+
+std::string script(const std::string& shell, const CompletionModel& model) {
+    if (shell == "bash") return bashCompletion(model);
+    return shell == "zsh" ? zshCompletion(model) : fishCompletion(model);
+}
+
+/// The ranges of the optics, or of all when it is none of the description's.
+std::vector<std::string> rangesOf(ConfigCali& cali, const std::string& optics) {
+    const std::optional<OpticsChoice> wanted = parseOptics(optics);
+    std::vector<std::string> words;
+    for (const std::string& each : opticsChoices(cali)) {
+        const OpticsChoice choice = parseOptics(each).value_or(OpticsChoice());
+        if (wanted && (choice.fovDeg != wanted->fovDeg ||
+                       (wanted->text && choice.text.value_or("") != *wanted->text)))
+            continue;
+        for (const std::string& range : rangeChoices(cali, choice.fovDeg, choice.text.value_or("")))
+            if (std::find(words.begin(), words.end(), range) == words.end()) words.push_back(range);
+    }
+    return words;
+}
+
+std::vector<std::string> words(const Session& session, const Arguments& arguments) {
+    ConfigCali& cali = loadDescription(session, chosenCamera(arguments.serialText, "optics"));
+    std::vector<std::string> words =
+        arguments.what == "optics" ? opticsChoices(cali) : rangesOf(cali, arguments.optics);
+    // What cannot be shown as it stands cannot be typed either.
+    words.erase(std::remove_if(words.begin(), words.end(),
+                               [](const std::string& word) { return escaped(word, true) != word; }),
+                words.end());
+    return words;
+}
+
+Status printWords(Session& session, const Arguments& arguments) {
+    Json list = Json::array();
+    for (const std::string& word : words(session, arguments)) {
+        list.push_back(word);
+        if (!session.output.isJson) session.output.add(word + "\n");
+    }
+    Json whole;
+    whole["what"] = arguments.what;
+    whole["words"] = list;
+    if (session.output.isJson) session.output.addDocument(whole);
+    return list.empty() ? Status::kNo : Status::kYes;
+}
+
+Status run(Session& session, const Arguments& arguments, const CLI::App& program) {
+    if (arguments.what == "optics" || arguments.what == "ranges")
+        return printWords(session, arguments);
+    const std::string text = script(arguments.what, completionModel(program));
+    Json whole;
+    whole["what"] = arguments.what;
+    whole["script"] = text;
+    if (session.output.isJson)
+        session.output.addDocument(whole);
+    else
+        session.output.add(text);
+    return Status::kYes;
+}
+
+}  // namespace
+
+Run addCompletion(CLI::App& command) {
+    const auto arguments = std::make_shared<Arguments>();
+    command
+        .add_option("WHAT", arguments->what,
+                    "bash, zsh or fish: the script for that shell; optics or ranges: the words "
+                    "that the scripts ask for")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish", "optics", "ranges"}))
+        ->type_name("");
+    addSerialArgument(command, arguments->serialText);
+    command.add_option("OPTICS", arguments->optics, "With ranges: those of this optics")
+        ->type_name("");
+    command.footer("Example: thermika completion bash");
+    const CLI::App* const program = command.get_parent();
+    return [arguments, program](Session& session) { return run(session, *arguments, *program); };
+}
+
+}  // namespace thermika::cli

@@ -1,0 +1,236 @@
+// The manuals in docs/man against the programs, their help texts, the headers and the schema.
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "cli/CommandLine.h"
+#include "cli/CompletionModel.h"
+#include "cli/ValidateSchema.h"
+#include "support/BuildPaths.h"
+#include "support/Companion.h"
+#include "support/Sandbox.h"
+#include "support/TestFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using thermika::cli::CompletionCommand;
+using thermika::cli::CompletionOption;
+using thermika_test::readFile;
+using thermika_test::run;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+
+using Words = std::set<std::string>;
+
+const std::string kSources = THERMIKA_SOURCES;
+
+std::string manual(const std::string& name) { return readFile(kSources + "/docs/man/" + name); }
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+std::vector<std::string> wordsOf(const std::string& line) {
+    std::istringstream in(line);
+    return {std::istream_iterator<std::string>(in), {}};
+}
+
+/// The options that a list entry is about: ".It Fl q , -quiet" is about -q and --quiet.
+Words optionsOfEntry(const std::string& line) {
+    Words options;
+    for (const std::string& word : wordsOf(line.substr(std::string(".It Fl ").size()))) {
+        if (word == "Ar") break;
+        if (word != ",") options.insert("-" + word);
+    }
+    return options;
+}
+
+/// The options that a manual of one command describes.
+Words optionsIn(const std::vector<std::string>& lines) {
+    Words options;
+    for (const std::string& line : lines)
+        if (line.compare(0, 7, ".It Fl ") == 0) options.merge(optionsOfEntry(line));
+    return options;
+}
+
+/// The lines of the section SH, or the list entry "It Cm NAME", up to the next of its kind.
+std::vector<std::string> partOf(const std::string& text, const std::string& begin,
+                                const std::vector<std::string>& ends) {
+    std::vector<std::string> part;
+    bool isIn = false;
+    for (const std::string& line : linesOf(text)) {
+        if (isIn && std::any_of(ends.begin(), ends.end(), [&line](const std::string& end) {
+                return line.compare(0, end.size(), end) == 0;
+            }))
+            return part;
+        if (isIn) part.push_back(line);
+        isIn = isIn || line == begin || line.compare(0, begin.size() + 1, begin + " ") == 0;
+    }
+    return part;
+}
+
+Words namesOf(const std::vector<CompletionOption>& options) {
+    Words names;
+    for (const CompletionOption& option : options)
+        names.insert(option.names.begin(), option.names.end());
+    return names;
+}
+
+Words statusesIn(const std::string& text) {
+    Words statuses;
+    for (const std::string& line : partOf(text, ".Sh EXIT STATUS", {".Sh "}))
+        if (line.compare(0, 4, ".It ") == 0) statuses.insert(line.substr(4));
+    return statuses;
+}
+
+/// Every word that follows `macro` at the beginning of a line or as a word of it.
+Words afterMacro(const std::string& text, const std::string& macro) {
+    Words found;
+    for (const std::string& line : linesOf(text)) {
+        const std::vector<std::string> words = wordsOf(line);
+        for (std::size_t i = 0; i + 1 < words.size(); ++i)
+            if (words[i] == macro || words[i] == "." + macro) found.insert(words[i + 1]);
+    }
+    return found;
+}
+
+TEST(Manuals, passMandocsLint) {
+    std::size_t count = 0;
+    for (const auto& entry : fs::directory_iterator(kSources + "/docs/man")) {
+        EXPECT_EQ(run("mandoc", {"mandoc", "-T", "lint", "-W", "warning", entry.path()}),
+                  (RunResult{"", "", 0}));
+        ++count;
+    }
+    EXPECT_EQ(count, 4U);
+}
+
+TEST(Manuals, nameTheCompanionsCommandsAndOptionsAsItsHelpDoes) {
+    const auto line = thermika::cli::makeCommandLine();
+    const auto model = thermika::cli::completionModel(line->app);
+    const std::string text = manual("thermika.1");
+    const auto helps = [](const std::string& help, const CompletionCommand& command) {
+        for (const std::string& name : namesOf(command.options))
+            EXPECT_NE(help.find(name), std::string::npos) << name << " in " << help;
+    };
+    EXPECT_EQ(optionsIn(partOf(text, ".Sh DESCRIPTION", {".Sh "})), namesOf(model.shared.options));
+    helps(runCompanion({"--help"}).out, model.shared);
+    Words commands;
+    for (const CompletionCommand& command : model.commands) {
+        commands.insert(command.name);
+        const auto part = partOf(text, ".It Cm " + command.name, {".It Cm ", ".Sh "});
+        EXPECT_FALSE(part.empty()) << command.name;
+        EXPECT_EQ(optionsIn(part), namesOf(command.options)) << command.name;
+        helps(runCompanion({command.name, "--help"}).out, command);
+    }
+    Words described;
+    for (const std::string& each : partOf(text, ".Sh COMMANDS", {".Sh "}))
+        if (each.compare(0, 7, ".It Cm ") == 0) described.insert(wordsOf(each).at(2));
+    EXPECT_EQ(described, commands);
+}
+
+TEST(Manuals, nameTheStatuses) {
+    EXPECT_EQ(statusesIn(manual("thermika.1")), (Words{"0", "1", "2", "3"}));
+    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kYes), 0);
+    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kNo), 1);
+    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kUsage), 2);
+    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kFailed), 3);
+    EXPECT_EQ(statusesIn(manual("thermika-genconfig.1")), (Words{"0", "255"}));
+    EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d1"}).status, 255);
+    EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d14080045"}).status, 0);
+}
+
+TEST(Manuals, nameTheToolsOptionsAsItsUsageTextAndItsCompletionDo) {
+    const std::string driver = readFile(kSources + "/src/app/Driver.cpp");
+    ASSERT_NE(driver.find("getopt(argc, argv, \"d:t:\")"), std::string::npos);
+    const Words options = {"-d", "-t"};
+    EXPECT_EQ(optionsIn(linesOf(manual("thermika-genconfig.1"))), options);
+    for (const std::string& option : options)
+        EXPECT_NE(driver.find("printf(\" " + option + ": "), std::string::npos);
+    for (const char* const shell : {"bash", "zsh"})
+        EXPECT_NE(runCompanion({"completion", shell}).out.find("'words:-d -t'"), std::string::npos);
+    const std::string fish = runCompanion({"completion", "fish"}).out;
+    for (const std::string& option : options)
+        EXPECT_NE(fish.find("complete -c thermika-genconfig -s " + option.substr(1) + " "),
+                  std::string::npos);
+}
+
+TEST(Manuals, describeEveryElementOfADescription) {
+    const Words described = afterMacro(manual("thermika-files.5"), "Sy");
+    const std::string reader = readFile(kSources + "/src/imgproc/internal/CaliReader.cpp");
+    std::size_t count = 0;
+    for (std::size_t at = reader.find("\""); at != std::string::npos; at = reader.find("\"", at)) {
+        const std::size_t end = reader.find('"', ++at);
+        const std::string name = reader.substr(at, end - at);
+        at = end + 1;
+        if (name.empty() || name[0] < 'A' || name[0] > 'Z') continue;
+        EXPECT_EQ(described.count(name), 1U) << name;
+        ++count;
+    }
+    EXPECT_GE(count, 45U);
+}
+
+TEST(Manuals, describeEveryElementOfTheConfigurationDocumentAndItsDefault) {
+    const std::string text = manual("thermika-files.5");
+    const std::string schema(thermika::cli::imagerSchemaText());
+    for (const auto& element : thermika::cli::ImagerSchema::instance().elements()) {
+        if (element.parent.empty()) continue;
+        const std::size_t at = schema.find("name=\"" + element.name + "\"");
+        const std::string tag = schema.substr(at, schema.find('>', at) - at);
+        const std::string before = "default=\"";
+        const std::size_t from = tag.find(before);
+        std::string entry = ".It Sy " + element.name;
+        if (from != std::string::npos) {
+            const std::size_t begin = from + before.size();
+            const std::string value = tag.substr(begin, tag.find('"', begin) - begin);
+            entry += " : No default " + (value.empty() ? "empty" : value);
+        }
+        if (element.isRequired) entry += " Pq required";
+        EXPECT_NE(text.find(entry + "\n"), std::string::npos) << entry;
+    }
+}
+
+TEST(Manuals, nameThePublicHeadersAndOperations) {
+    const std::string text = manual("libthermika.3");
+    std::string headers;
+    for (const std::string folder : {"sdk", "imgproc"})
+        for (const auto& entry : fs::directory_iterator(kSources + ("/src/" + folder))) {
+            if (entry.path().extension() != ".h") continue;
+            headers += readFile(entry.path());
+            EXPECT_NE(text.find(".In " + folder + "/" + entry.path().filename().string() + "\n"),
+                      std::string::npos)
+                << entry.path();
+        }
+    EXPECT_NE(text.find(".In sdk/Version.h\n"), std::string::npos);
+    const Words named = afterMacro(text, "Fn");
+    EXPECT_GE(named.size(), 40U);
+    for (const std::string& name : named) {
+        const std::size_t colon = name.rfind(':');
+        const std::string member = colon == std::string::npos ? name : name.substr(colon + 1);
+        EXPECT_NE(headers.find(member + "("), std::string::npos) << name;
+    }
+    // The operations of the two big classes, one a line at the depth of members.
+    for (const std::string header : {"sdk/IRCalibrationManager.h", "imgproc/Cali.h"})
+        for (const std::string& line : linesOf(readFile(kSources + "/src/" + header))) {
+            if (line.find("private:") != std::string::npos) break;
+            const std::size_t open = line.find('(');
+            if (line.compare(0, 4, "    ") != 0 || line.find("//") != std::string::npos ||
+                open == std::string::npos)
+                continue;
+            const std::size_t begin = line.find_last_of(" *~", open) + 1;
+            const std::string name = line.substr(begin, open - begin);
+            if (name.empty() || name[0] < 'a' || name[0] > 'z' || name == "operator=") continue;
+            EXPECT_EQ(named.count(name), 1U) << name;
+        }
+}
+
+}  // namespace
