@@ -31,10 +31,13 @@ install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${pa
 
 foreach(page thermika.1 thermika-genconfig.1 libthermika.3 thermika-files.5)
     string(REGEX REPLACE ".*\\." "man" section ${page})
-    if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man/${page})
-        install(FILES docs/man/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
-    endif()
+    install(FILES docs/man/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
 endforeach()
+
+# A cross-built companion does not run here; its scripts are the same as any other's.
+if(THERMIKA_CLI AND NOT CMAKE_CROSSCOMPILING)
+    include(cmake/Completions.cmake)
+endif()
 
 # Paths in the .pc file start at its own folder, so that the installed tree may be moved; absolute
 # directories stay as they are.
