@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "sdk/IRCalibrationManager.h"
 #include "support/DownloadSandbox.h"
@@ -126,14 +127,18 @@ TEST(DownloadStrangers, wordsStayOutOfFilesWhereStandardOutputsAreClosed) {
         FileServer server;
         server.add(kLinksPath, linksDocument());
         server.add(serverPath(kSerial, "a.dat"), "text");
-        const RunResult result = runInProcess([] {
-            for (const int fd : {0, 1, 2}) close(fd);
-            std::string list = "a.dat;";
-            return dax::IRCalibrationManager::downloadTarget(list.data(), kSerial, kCaliDir) ? 1
-                                                                                             : 0;
-        });
-        EXPECT_EQ(result, (RunResult{"", "", 1}));
-        EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", "text"}}));
+        const std::vector<std::vector<int>> sets = {{2}, {1, 2}, {0, 2}, {0, 1, 2}};
+        for (const std::vector<int>& closed : sets) {
+            const RunResult result = runInProcess([&closed] {
+                for (const int fd : closed) close(fd);
+                std::string list = "a.dat;";
+                return dax::IRCalibrationManager::downloadTarget(list.data(), kSerial, kCaliDir)
+                           ? 1
+                           : 0;
+            });
+            EXPECT_EQ(result, (RunResult{"", "", 1}));
+            EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", "text"}})) << closed.size();
+        }
     });
 }
 
