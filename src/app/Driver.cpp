@@ -17,7 +17,7 @@
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/IRLogger.h"
 #include "sdk/base/BuildConfig.h"
-#include "sdk/base/PathLimits.h"
+#include "sdk/base/CaliDirectory.h"
 #include "sdk/camera/SerialDiscovery.h"
 
 namespace {

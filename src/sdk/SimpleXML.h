@@ -104,6 +104,8 @@ public:
 
 private:
     static constexpr std::size_t kCursorLevels = 256;
+    /// The element that is reached below it has the largest depth.
+    static constexpr std::uint16_t kDeepestParent = kCursorLevels - 3;
     static constexpr std::int32_t kNoOccurrence = -1;
 
     std::int32_t size = 0;
