@@ -7,8 +7,11 @@ include(CheckCXXSourceCompiles)
 include(CMakePushCheckState)
 
 # Indirect branches land on marked places only: x86 and 64-bit ARM, each in its own words.
+cmake_push_check_state(RESET)
+set(CMAKE_REQUIRED_FLAGS -Werror)  # clang only warns of a flag that does nothing there
 check_cxx_compiler_flag(-fcf-protection=full THERMIKA_HAS_CF_PROTECTION)
 check_cxx_compiler_flag(-mbranch-protection=standard THERMIKA_HAS_BRANCH_PROTECTION)
+cmake_pop_check_state()
 set(THERMIKA_BRANCH_FLAGS
     $<$<BOOL:${THERMIKA_HAS_CF_PROTECTION}>:-fcf-protection=full>
     $<$<BOOL:${THERMIKA_HAS_BRANCH_PROTECTION}>:-mbranch-protection=standard>)

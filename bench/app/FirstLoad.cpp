@@ -1,5 +1,6 @@
 // Loads one description with one library, once: what a program pays for its first load, from its
-// start to its end. Linked once with each library, and dynamically, so that each brings its own start.
+// start to its end. Linked once with each library, and dynamically, so that each brings its own
+// start.
 //   thermika-bench-first-load-<library> FILE
 #include <cstdio>
 

@@ -1,8 +1,9 @@
 // Runs two programs in turn, many times, and prints for each the median wall time of a run in
 // microseconds and its peak memory in kilobytes:
 //   Runs [--cold FILE] COUNT FIRST [ARGUMENT...] -- SECOND [ARGUMENT...]
-// With --cold the kernel drops FILE from its page cache before each run. What they write is thrown away; a run that fails fails all. Small on purpose and linked
-// statically: a started program's peak counts what it was started from, too.
+// With --cold the kernel drops FILE from its page cache before each run. What they write is thrown
+// away; a run that fails fails all. Small on purpose and linked statically: a started program's
+// peak counts what it was started from, too.
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,4 +1,5 @@
-// A comparison whose first contestant fails: bench/run must see it fail before it trusts the others.
+// A comparison whose first contestant fails: bench/run must see it fail before it trusts the
+// others.
 #include <benchmark/benchmark.h>
 
 #include "support/Ratios.h"

@@ -29,10 +29,10 @@ struct Choice {
     int maxTempC = 0;
 };
 
-/// The combination, of a description with at least one optics, that was typed ("": the first one there is). Text and bounds are compared
-/// exactly; bounds without their fraction will do where no exact ones are there. A Problem, which
-/// names what there is, when there is no such combination, or more than one optics of that field of
-/// view and no text.
+/// The combination, of a description with at least one optics, that was typed ("": the first one
+/// there is). Text and bounds are compared exactly; bounds without their fraction will do where no
+/// exact ones are there. A Problem, which names what there is, when there is no such combination,
+/// or more than one optics of that field of view and no text.
 Choice choose(ConfigCali& cali, const std::string& optics, const std::string& range);
 
 /// Each optics as parseOptics() takes it, once; each range of an optics as parseRange() takes it.

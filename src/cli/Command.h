@@ -1,5 +1,5 @@
-// What all commands of the companion share: the options that stand before or after each of them, the
-// statuses that they answer with, and how one ends early. A command is a function declared in
+// What all commands of the companion share: the options that stand before or after each of them,
+// the statuses that they answer with, and how one ends early. A command is a function declared in
 // Commands.h with a source of its own.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The commands of the companion, each in the source of its name. A new one is declared here and gets
-// a row in CommandLine.cpp.
+// The commands of the companion, each in the source of its name. A new one is declared here and
+// gets a row in CommandLine.cpp.
 #pragma once
 
 #include <CLI/App.hpp>

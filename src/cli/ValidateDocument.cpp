@@ -236,7 +236,8 @@ private:
         if (isRight(text)) settings.opticsText = DocumentText{contentOf(text), lineOf(text)};
     }
 
-    /// What the schema took for a whole number: blanks around it and a sign of plus may stand there.
+    /// What the schema took for a whole number: blanks around it and a sign of plus may stand
+    /// there.
     std::optional<DocumentNumber> number(const xmlNode* node) const {
         if (!isRight(node)) return std::nullopt;
         const std::string content = contentOf(node);

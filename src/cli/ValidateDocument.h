@@ -1,6 +1,6 @@
-// What is wrong with the text of a configuration document that somebody edited: its markup, then its
-// elements by the schema share/thermika/imager.xsd, which is compiled in. Knows nothing of cameras,
-// files and terminals.
+// What is wrong with the text of a configuration document that somebody edited: its markup, then
+// its elements by the schema share/thermika/imager.xsd, which is compiled in. Knows nothing of
+// cameras, files and terminals.
 #pragma once
 
 #include <cstddef>

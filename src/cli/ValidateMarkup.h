@@ -1,5 +1,5 @@
-// From the bytes of a configuration document to its tree, or to what is wrong with its markup. Knows
-// nothing of the schema.
+// From the bytes of a configuration document to its tree, or to what is wrong with its markup.
+// Knows nothing of the schema.
 #pragma once
 
 #include <libxml/tree.h>

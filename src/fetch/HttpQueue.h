@@ -35,7 +35,8 @@ public:
 
     /// The next thing to ask for; nothing when there is none. Items are numbered from 0 on.
     virtual std::optional<HttpItem> next() = 0;
-    /// The last answer for an item, after so many tries; 0 when the server cannot be reached anyway.
+    /// The last answer for an item, after so many tries; 0 when the server cannot be reached
+    /// anyway.
     virtual void end(std::size_t number, HttpItem& item, const Answer& answer, unsigned tries) = 0;
     /// Called often.
     virtual void tick() = 0;
@@ -73,7 +74,8 @@ private:
     void settle(HttpClient& client, Job job, const Answer& answer);
     void abandon();
     bool isBusy() const;
-    /// Whether the server may be one that cannot be reached: nothing more is begun until it is known.
+    /// Whether the server may be one that cannot be reached: nothing more is begun until it is
+    /// known.
     bool isInDoubt() const;
     int waitMs() const;
 

@@ -116,7 +116,8 @@ struct MainSection {
 /// same. A range matches the first one of the optics with exactly those normal bounds. A null key
 /// or range, or an index that is negative or past the end, finds nothing. Records handed out are
 /// the caller's, who frees them with delete. Allocation failures propagate, and the object stays
-/// usable.
+/// usable; where a program's own operator new throws a character string, a query that hands out a
+/// record answers null.
 class ConfigCali {
 public:
     /// The one object, created on first use and never destroyed.

@@ -2,8 +2,8 @@
 // the camera on the USB bus, composes its configuration document, and checks, fetches or copies its
 // calibration files. Nothing here is locked.
 //
-// Every operation that logs, or reads a document, creates the kelvra::Logger when there is none; one
-// that nobody has configured says so once on standard error.
+// Every operation that logs, or reads a document, creates the kelvra::Logger when there is none;
+// one that nobody has configured says so once on standard error.
 #pragma once
 
 #include <cstddef>
@@ -86,11 +86,11 @@ public:
     /// with `missing` null: `*size` becomes the bytes that the list needs (the largest int where
     /// none holds them). Then pass a buffer of one byte more than that (the list of a missing
     /// description alone, which `*size` bounds as a whole, needs it; the rest of the `*size` bytes
-    /// becomes zero) and `*size` as it is. In other lists `*size` bounds each name: a buffer smaller than told, or files that vanish between the
-    /// two calls, let the list run over its end, which checkCalibration() is safe from. The formats
-    /// are printf's: of an int in `xmlFormat` (cut to 19 characters), of a string in the others (to
-    /// 259). `separator` stands after the description's name only; other names have ";". No other
-    /// pointer may be null.
+    /// becomes zero) and `*size` as it is. In other lists `*size` bounds each name: a buffer
+    /// smaller than told, or files that vanish between the two calls, let the list run over its
+    /// end, which checkCalibration() is safe from. The formats are printf's: of an int in
+    /// `xmlFormat` (cut to 19 characters), of a string in the others (to 259). `separator` stands
+    /// after the description's name only; other names have ";". No other pointer may be null.
     /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing.
     /// Loads the description unless it is loaded, with ConfigCali::load(): a path of more than 259
     /// characters ends the process with abort(); LC_NUMERIC is "C" afterwards, or bears the name of
@@ -99,12 +99,13 @@ public:
                         const char* xmlFormat, const char* datFormat, const char* prnFormat,
                         const char* separator);
 
-    /// Composes "<directory>/<name><suffix>" in `out`, each of the three cut to `length` characters;
-    /// in place of an empty `directory`, "Imager", cut too, below the working directory. `out` must
-    /// hold 4 * `length` + 9 bytes; 3 * `length` + 2 when `directory` is not empty; 2 * `length` + 1
-    /// when it also has fewer than `length` characters, the name at most `length` and the suffix
-    /// none. False, `out` unchanged, when `length` is not positive, when the directory is empty and
-    /// there is no working directory, or when that one's path has more than 2 * `length` characters.
+    /// Composes "<directory>/<name><suffix>" in `out`, each of the three cut to `length`
+    /// characters; in place of an empty `directory`, "Imager", cut too, below the working
+    /// directory. `out` must hold 4 * `length` + 9 bytes; 3 * `length` + 2 when `directory` is not
+    /// empty; 2 * `length` + 1 when it also has fewer than `length` characters, the name at most
+    /// `length` and the suffix none. False, `out` unchanged, when `length` is not positive, when
+    /// the directory is empty and there is no working directory, or when that one's path has more
+    /// than 2 * `length` characters.
     /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing.
     bool createConfigFilepath(char* out, const char* directory, short length, const char* name,
                               const char* suffix);

@@ -23,8 +23,9 @@ public:
     /// ("rqthermika.log" when null or empty) followed by a time stamp and ".log". A file that
     /// cannot be opened is not reported.
     /// Process: creates the logger when there is none; takes the time zone from the environment, as
-    /// tzset() does; unless `fileLevel` is IRLOG_OFF, creates the log file in the working directory
-    /// or opens it to append, and programs that the process starts inherit its descriptor.
+    /// tzset() does; unless `fileLevel` is IRLOG_OFF, creates the log file (in the working
+    /// directory unless `logFile` names another) or opens it to append, and programs that the
+    /// process starts inherit its descriptor.
     static void setVerbosity(IRLoggerVerbosityLevel consoleLevel, IRLoggerVerbosityLevel fileLevel,
                              const char* logFile);
 };

@@ -4,9 +4,9 @@
 //
 // Use: open(), then setNode() to select the whole document, then descend and read. An operation
 // called before that, or with a null pointer, finds nothing; only getKey() needs no setNode().
-// Nothing outside the loaded text is ever read. The first search makes an index of the document's
-// tags; each search then compares one byte per tag. Allocation failures propagate, and the object
-// stays usable.
+// Nothing outside the loaded text is ever read. The first search, by all but getKey(), makes an index of
+// the document's tags; each search then compares one byte per tag. Allocation failures propagate,
+// and the object stays usable.
 #pragma once
 
 #include <array>
@@ -41,8 +41,9 @@ public:
     /// Opens "<dir>/<name>.xml", or "Imager/<name>.xml" below the working directory when `dir` is
     /// empty (false when there is none or its own path has more than 259 characters).
     /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing, and
-    /// the calibration manager; a failure also creates the logger. A path of more than 259
-    /// characters ends the process with abort() and a line on standard error.
+    /// the calibration manager; a file that cannot be opened or whose comments do not pair up also
+    /// creates the logger. A path of more than 259 characters ends the process with abort() and a
+    /// line on standard error.
     bool open(const char* dir, char* name, const char* rootName);
 
     /// Loads the lines strictly between the first line that contains "<rootName" and the next that
@@ -56,8 +57,10 @@ public:
     /// False, with the document and a message as ERROR lines, when comment delimiters do not pair
     /// up; the text with its comments is loaded then. A document loaded before is released. A read
     /// error in mid-file counts as a file that cannot be opened. Waits for no pipe and no device,
-    /// but for the end of a lease that another process has on the file.
-    /// Process: a failure creates the logger, which says once when nobody has configured it.
+    /// but for the end of a lease that another process has on the file, unless the file is replaced
+    /// by one at that very moment.
+    /// Process: a failure with a line in the log creates the logger, which says once when nobody
+    /// has configured it.
     bool open(const char* file, const char* rootName);
 
     /// Moves the cursor to the whole document. Always true.

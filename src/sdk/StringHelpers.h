@@ -62,9 +62,9 @@ int tstrcmp(const wchar_t* lhs, const wchar_t* rhs);
 namespace dax {
 
 /// Scan one number: 1 when `*out` was set, 0 when `text` does not begin with one, EOF when it is
-/// empty or blank; `*out` then keeps its value. A number beyond the
-/// limits of long (for unsigned short: of unsigned long) becomes that limit first; then an int or
-/// unsigned short gets its low bits.
+/// empty or blank; `*out` then keeps its value. A whole number beyond the limits of long (for
+/// unsigned short: of unsigned long) becomes that limit first; then an int or unsigned short gets
+/// its low bits.
 int _tscanff(const char* text, float* out);
 int _tscanfld(const char* text, long* out);
 int _tscanfi(const char* text, int* out);  ///< "0x" reads hexadecimal, a leading "0" octal

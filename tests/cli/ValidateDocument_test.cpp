@@ -182,8 +182,8 @@ TEST(ValidateDocument, refusesNamespaces) {
               ":1: no element is named <a:fov>; re");
 }
 
-// Nothing that a document names is opened: the pipes below have no writer, so a look into them would
-// wait for ever.
+// Nothing that a document names is opened: the pipes below have no writer, so a look into them
+// would wait for ever.
 TEST(ValidateDocument, opensNoFileThatTheDocumentNames) {
     const TempDir folder;
     const std::string pipe = folder / "pipe";

@@ -1,6 +1,8 @@
 // Runs the real companion `thermika`. In a sandbox or outside.
 #pragma once
 
+#include <fcntl.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -9,10 +11,13 @@
 
 namespace thermika_test {
 
+/// Open since before any sandbox: the build may lie below /tmp, which some sandboxes hide.
+inline const int kCompanionFile = open(THERMIKA_COMPANION, O_PATH | O_CLOEXEC);
+
 inline RunResult runCompanion(std::vector<std::string> arguments,
                               const std::function<void()>& prepare = {}) {
     arguments.insert(arguments.begin(), "thermika");
-    return run(THERMIKA_COMPANION, arguments, prepare);
+    return run("/proc/self/fd/" + std::to_string(kCompanionFile), arguments, prepare);
 }
 
 }  // namespace thermika_test

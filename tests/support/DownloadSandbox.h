@@ -23,9 +23,9 @@ using Files = std::map<std::string, std::string>;  // bytes by name
 using Texts = std::vector<std::string>;
 
 /// While it lives: loopback is up, the download host is this machine, /tmp is empty, the
-/// calibration directory and the working directory exist and are empty. The environment holds a plain
-/// PATH and what keeps wget from the machine's own settings: it is quiet, tries twice and does not
-/// pause between tries.
+/// calibration directory and the working directory exist and are empty. The environment holds a
+/// plain PATH and what keeps wget from the machine's own settings: it is quiet, tries twice and
+/// does not pause between tries.
 class DownloadSandbox {
 public:
     DownloadSandbox();

@@ -1,6 +1,6 @@
-// What would happen at a process's usual end, for processes that end by _exit(): builds that measure
-// coverage keep what they have counted, and those under AddressSanitizer look for leaks. Does nothing
-// in other builds.
+// What would happen at a process's usual end, for processes that end by _exit(): builds that
+// measure coverage keep what they have counted, and those under AddressSanitizer look for leaks.
+// Does nothing in other builds.
 #pragma once
 
 #ifdef __has_feature

@@ -13,10 +13,10 @@ constexpr std::size_t kFixedTextBytes = 2600;  // all but the two directories, w
 
 }  // namespace
 
-// Deliberate: as a suggestion, field of view, limits and optics text stand inside one XML comment, so
-// they take no effect until the user removes the two lines around them. Blanks inside lines align
-// the comments, "range-->" has none, and the directories are not escaped: users know the text like
-// this.
+// Deliberate: as a suggestion, field of view, limits and optics text stand inside one XML comment,
+// so they take no effect until the user removes the two lines around them. Blanks inside lines
+// align the comments, "range-->" has none, and the directories are not escaped: users know the text
+// like this.
 std::string ConfigurationDocument::text() const {
     std::string out;
     out.reserve(kFixedTextBytes + formatsDir.size() + calibrationDir.size() + opticsText.size());

@@ -77,8 +77,8 @@ bool downloadMissingFiles(const std::string& directory, unsigned long serial) {
 }
 
 bool fetchFiles(std::string_view targets, const std::string& serial, const std::string& targetDir) {
-    // Deliberate: never restored. The reader of the links document sets it as well, but a stranger's
-    // document is not read.
+    // Deliberate: never restored. The reader of the links document sets it as well, but a
+    // stranger's document is not read.
     std::setlocale(LC_NUMERIC, "C");
     const std::optional<DownloadLinks> links = fetchLinks();
     if (!links) {

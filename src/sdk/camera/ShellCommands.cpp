@@ -46,11 +46,11 @@ private:
     bool m_isOurs[STDERR_FILENO + 1]{};
 };
 
-/// Fills `text`, or as much of it as there is to read, and cuts it to that.
-void readInto(std::string& text, int fd) {
+/// Reads `bytes` bytes to `to`, or as many as there are; how many that was.
+std::size_t readUpTo(int fd, char* to, std::size_t bytes) noexcept {
     std::size_t size = 0;
-    for (int repeats = 0; size < text.size() && repeats < kMostRepeats;) {
-        const ssize_t got = read(fd, text.data() + size, text.size() - size);
+    for (int repeats = 0; size < bytes && repeats < kMostRepeats;) {
+        const ssize_t got = read(fd, to + size, bytes - size);
         if (got > 0)
             size += static_cast<std::size_t>(got);
         else if (got < 0 && errno == EINTR)
@@ -58,7 +58,7 @@ void readInto(std::string& text, int fd) {
         else
             break;
     }
-    text.resize(size);
+    return size;
 }
 
 }  // namespace
@@ -102,8 +102,9 @@ std::optional<std::string> readCommand(const std::string& command, std::size_t b
     std::FILE* const pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return std::nullopt;
     // Not through the stream, which takes a signal that interrupts a read for the end.
-    readInto(output, fileno(pipe));
+    const std::size_t size = readUpTo(fileno(pipe), output.data(), output.size());
     pclose(pipe);
+    output.resize(size);
     return output;
 }
 
