@@ -1,4 +1,5 @@
-// `thermika validate` on any bytes: findings that can be shown, in order, and no more than promised.
+// `thermika validate` on any bytes: findings that can be shown, in order, and no more than
+// promised.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -4,9 +4,9 @@
 //
 // Use: open(), then setNode() to select the whole document, then descend and read. An operation
 // called before that, or with a null pointer, finds nothing; only getKey() needs no setNode().
-// Nothing outside the loaded text is ever read. The first search, by all but getKey(), makes an index of
-// the document's tags; each search then compares one byte per tag. Allocation failures propagate,
-// and the object stays usable.
+// Nothing outside the loaded text is ever read. The first search, by all but getKey(), makes an
+// index of the document's tags; each search then compares one byte per tag. Allocation failures
+// propagate, and the object stays usable.
 #pragma once
 
 #include <array>

@@ -1,7 +1,7 @@
 // Reads files that others may have put there. Opening never waits for a pipe or a device; it waits
-// for a regular file that another process has a lease on, until the kernel has taken the lease
-// away (and for a pipe that replaces that file at that very moment). Interrupted calls are repeated, at most 1000 times; descriptors are close-on-exec. What the
-// bytes mean is the callers' business.
+// for a regular file that another process has a lease on, until the kernel has taken the lease away
+// (and for a pipe that replaces that file at that very moment). Interrupted calls are repeated, at
+// most 1000 times; descriptors are close-on-exec. What the bytes mean is the callers' business.
 #pragma once
 
 #include <cstddef>
