@@ -109,7 +109,7 @@ class AtAnyMoment : public testing::TestWithParam<unsigned> {};
 INSTANTIATE_TEST_SUITE_P(Interruption, AtAnyMoment, testing::Range(0U, kRounds));
 
 TEST_P(AtAnyMoment, killLeavesWholeFilesAndTheNextCallCleansUp) {
-    inSandbox([this] {
+    inSandbox([] {
         const World world;
         const auto fetch = [&] { thermika::fetch::fetch(world.request()); };
         const auto whole = timeOf([&] { waitpid(start(fetch), nullptr, 0); });
@@ -133,7 +133,7 @@ TEST_P(AtAnyMoment, killLeavesWholeFilesAndTheNextCallCleansUp) {
 std::atomic<bool> interruptedBySignal{false};
 
 TEST_P(AtAnyMoment, cancelBySignalLeavesWholeFilesOnly) {
-    inSandbox([this] {
+    inSandbox([] {
         const World world;
         const auto fetch = [&] {
             struct sigaction action {};
