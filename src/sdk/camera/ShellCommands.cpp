@@ -61,6 +61,16 @@ std::size_t readUpTo(int fd, char* to, std::size_t bytes) noexcept {
     return size;
 }
 
+/// Runs the command; how many of the bytes that it printed, `bytes` at most, are at `to` now.
+std::optional<std::size_t> readOutput(const char* command, char* to, std::size_t bytes) noexcept {
+    std::FILE* const pipe = popen(command, "r");
+    if (pipe == nullptr) return std::nullopt;
+    // Not through the stream, which takes a signal that interrupts a read for the end.
+    const std::size_t size = readUpTo(fileno(pipe), to, bytes);
+    pclose(pipe);
+    return size;
+}
+
 }  // namespace
 
 std::string fetchLinksCommand(std::string_view file) {
@@ -99,12 +109,9 @@ std::optional<std::string> readCommand(const std::string& command, std::size_t b
     std::string output(bytes, '\0');
     const StandardDescriptors open;
     std::fflush(stdout);
-    std::FILE* const pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return std::nullopt;
-    // Not through the stream, which takes a signal that interrupts a read for the end.
-    const std::size_t size = readUpTo(fileno(pipe), output.data(), output.size());
-    pclose(pipe);
-    output.resize(size);
+    const auto size = readOutput(command.c_str(), output.data(), output.size());
+    if (!size) return std::nullopt;
+    output.resize(*size);
     return output;
 }
 
