@@ -129,8 +129,9 @@ private:
             report = fetch::plan(m_request);
         } else {
             FetchProgress progress(m_session.output);
-            m_request.progress = [&](const fetch::Progress& now) { progress.show(now); };
-            report = fetch::fetch(m_request);
+            fetch::Request request = m_request;
+            request.progress = [&](const fetch::Progress& now) { progress.show(now); };
+            report = fetch::fetch(request);
         }
         m_result.problem = report.problem;
         m_result.files.insert(m_result.files.end(), report.files.begin(), report.files.end());

@@ -46,10 +46,17 @@ private:
     bool m_isOurs[STDERR_FILENO + 1]{};
 };
 
-/// Reads `bytes` bytes to `to`, or as many as there are; how many that was.
-std::size_t readUpTo(int fd, char* to, std::size_t bytes) noexcept {
+/// Whether there is a whole line with something on it.
+bool hasLine(std::string_view text) {
+    return !text.empty() && text.back() == '\n' &&
+           text.find_first_not_of(" \t\n\v\f\r") != std::string_view::npos;
+}
+
+/// Reads a line to `to`, `bytes` bytes at most; how many bytes that was. Does not wait for the end
+/// of what is written, which may be held open by others.
+std::size_t readLine(int fd, char* to, std::size_t bytes) noexcept {
     std::size_t size = 0;
-    for (int repeats = 0; size < bytes && repeats < kMostRepeats;) {
+    for (int repeats = 0; size < bytes && repeats < kMostRepeats && !hasLine({to, size});) {
         const ssize_t got = read(fd, to + size, bytes - size);
         if (got > 0)
             size += static_cast<std::size_t>(got);
@@ -61,12 +68,12 @@ std::size_t readUpTo(int fd, char* to, std::size_t bytes) noexcept {
     return size;
 }
 
-/// Runs the command; how many of the bytes that it printed, `bytes` at most, are at `to` now.
+/// Runs the command; how many bytes of its first line, `bytes` at most, are at `to` now.
 std::optional<std::size_t> readOutput(const char* command, char* to, std::size_t bytes) noexcept {
     std::FILE* const pipe = popen(command, "r");
     if (pipe == nullptr) return std::nullopt;
     // Not through the stream, which takes a signal that interrupts a read for the end.
-    const std::size_t size = readUpTo(fileno(pipe), to, bytes);
+    const std::size_t size = readLine(fileno(pipe), to, bytes);
     pclose(pipe);
     return size;
 }
