@@ -40,8 +40,9 @@ std::string countDefaultRoutesCommand();
 /// a file of its own for one of them.
 bool runCommand(const std::string& command);
 
-/// Runs `command` to its end with its standard output in a pipe, which is closed when `bytes` were
-/// read or there is no more. What was read; nothing when it could not be started.
+/// Runs `command` to its end with its standard output in a pipe. The first line that it prints that
+/// is not blank, with what stands before it, `bytes` bytes at most; nothing when it could not be
+/// started. What it prints later is lost.
 std::optional<std::string> readCommand(const std::string& command, std::size_t bytes);
 
 }  // namespace dax

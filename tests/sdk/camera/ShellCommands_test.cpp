@@ -155,10 +155,12 @@ TEST(ShellCommands, leavesOpenStandardDescriptorsToTheCommand) {
               (RunResult{"out\n", "err\n", 1}));
 }
 
-TEST(ShellCommands, readsWhatACommandWritesUpToABound) {
+TEST(ShellCommands, readsTheFirstLineOfACommandUpToABound) {
     EXPECT_EQ(dax::readCommand("echo text", 100), "text\n");
     EXPECT_EQ(dax::readCommand("printf 'a\\0b'", 100), std::string("a\0b", 3));
-    EXPECT_EQ(dax::readCommand("echo a; sleep 0.1; echo b", 100), "a\nb\n");
+    EXPECT_EQ(dax::readCommand("printf a; sleep 0.1; echo b", 100), "ab\n");
+    EXPECT_EQ(dax::readCommand("echo a; sleep 0.1; echo b 2>/dev/null", 100), "a\n");
+    EXPECT_EQ(dax::readCommand("echo; sleep 0.1; echo b", 100), "\nb\n");
     EXPECT_EQ(dax::readCommand("echo text", 3), "tex");
     EXPECT_EQ(dax::readCommand("echo text 2>/dev/null", 0), "");
     EXPECT_EQ(dax::readCommand("exit 3", 100), "");
