@@ -155,28 +155,29 @@ TEST(Completion, scriptsHaveNoSyntaxErrors) {
 class CompletionTyped : public testing::TestWithParam<const char*> {};
 
 TEST_P(CompletionTyped, endsInTheWordsThatWereMeant) {
-    withCameras([this] {
+    const char* const shell = GetParam();
+    withCameras([shell] {
         const TempDir folder;
         writeFile(folder / "camera one.xml", "");
-        expectCompleted(GetParam(),
-                        {{"thermika fet", "thermika\nfetch"},
-                         {"thermika fetch --dry", "thermika\nfetch\n--dry-run"},
-                         {"thermika --color al", "thermika\n--color\nalways"},
-                         {"thermika files 2", "thermika\nfiles\n25080046"},
-                         {"thermika config 14080045 --optics 1",
-                          "thermika\nconfig\n14080045\n--optics\n18,T18 HT"},
-                         {"thermika config 14080045 --optics 33 --range 4",
-                          "thermika\nconfig\n14080045\n--optics\n33\n--range\n450..1500"},
-                         {"thermika validate " + folder.path() + "/cam",
-                          "thermika\nvalidate\n" + folder.path() + "/camera one.xml"},
-                         {"thermika completion z", "thermika\ncompletion\nzsh"},
-                         {"thermika-genconfig -d 1", "thermika-genconfig\n-d\n14080045"}});
+        expectCompleted(shell, {{"thermika fet", "thermika\nfetch"},
+                                {"thermika fetch --dry", "thermika\nfetch\n--dry-run"},
+                                {"thermika --color al", "thermika\n--color\nalways"},
+                                {"thermika files 2", "thermika\nfiles\n25080046"},
+                                {"thermika config 14080045 --optics 1",
+                                 "thermika\nconfig\n14080045\n--optics\n18,T18 HT"},
+                                {"thermika config 14080045 --optics 33 --range 4",
+                                 "thermika\nconfig\n14080045\n--optics\n33\n--range\n450..1500"},
+                                {"thermika validate " + folder.path() + "/cam",
+                                 "thermika\nvalidate\n" + folder.path() + "/camera one.xml"},
+                                {"thermika completion z", "thermika\ncompletion\nzsh"},
+                                {"thermika-genconfig -d 1", "thermika-genconfig\n-d\n14080045"}});
     });
 }
 
 // The texts below are a description's, which a stranger may have written.
 TEST_P(CompletionTyped, neverRunsOrExpandsWhatADescriptionSays) {
-    withCameras([this] {
+    const char* const shell = GetParam();
+    withCameras([shell] {
         const TempDir folder;
         const std::string trap = folder / "trap";
         std::string optics;
@@ -188,10 +189,10 @@ TEST_P(CompletionTyped, neverRunsOrExpandsWhatADescriptionSays) {
         const std::string begin = "thermika --dir " + folder.path() + " config 25080046 --optics ";
         const std::string words =
             "thermika\n--dir\n" + folder.path() + "\nconfig\n25080046\n--optics\n";
-        expectCompleted(GetParam(), {{begin + "1", words + "10," + texts[0]},
-                                     {begin + "2", words + "20," + texts[1]},
-                                     {begin + "3", words + "30," + texts[2]},
-                                     {begin + "4", words + "4"}});
+        expectCompleted(shell, {{begin + "1", words + "10," + texts[0]},
+                                {begin + "2", words + "20," + texts[1]},
+                                {begin + "3", words + "30," + texts[2]},
+                                {begin + "4", words + "4"}});
         EXPECT_FALSE(fs::exists(trap));
     });
 }
