@@ -61,7 +61,7 @@ bool Destination::openExisting() {
 
 std::string Destination::openForWriting() {
     if (!isOpen() && !openExisting()) {
-        const std::string problem = createDirectories(m_path);
+        std::string problem = createDirectories(m_path);
         if (!problem.empty()) return problem;
         if (!openExisting())
             return "cannot open the directory " + m_path + ": " + errorText(errno) + kNextStep;
