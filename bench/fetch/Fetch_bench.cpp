@@ -1,11 +1,9 @@
-// One fetching of a camera's files, by the fetch library or by the manager's own download: the
-// program that Fetch_bench.py measures.
+// What Fetch_bench.py needs of the libraries.
 //
-// usage: thermika-bench-fetch library|manager|names|one DIRECTORY [LINKS_ADDRESS [JOBS]]
-//   library  the description, then what it calls for, as the companion does
-//   manager  IRCalibrationManager::downloadCalibration()
+// usage: thermika-bench-fetch manager|names|one DIRECTORY
+//   manager  brings a camera's files by IRCalibrationManager::downloadCalibration()
 //   names    prints what the description in DIRECTORY calls for
-//   one      the file "large.dat" alone; prints the peak of memory in kB
+//   one      fetches the file "large.dat" with the fetch library; prints the peak of memory in kB
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -29,20 +27,14 @@ std::vector<std::string> expectedNames(const std::string& directory) {
     return names;
 }
 
-bool fetchNames(const std::vector<std::string>& names, const std::string& directory,
-                const std::vector<std::string>& arguments) {
+bool fetchLargeFile(const std::string& directory) {
     thermika::fetch::Request request;
     request.serial = std::to_string(kSerial);
-    request.names = names;
+    request.names = {"large.dat"};
     request.directory = directory;
-    request.source = thermika::fetch::VendorServer{arguments.at(2)};
-    if (arguments.size() > 3) request.limits.jobs = static_cast<unsigned>(std::stoul(arguments[3]));
     const thermika::fetch::Report report = thermika::fetch::fetch(request);
-    if (report.isComplete()) return true;
-    std::cerr << report.problem << '\n';
-    for (const auto& file : report.files)
-        if (!file.reason.empty()) std::cerr << file.name << ": " << file.reason << '\n';
-    return false;
+    if (!report.isComplete()) std::cerr << report.problem << report.files.at(0).reason << '\n';
+    return report.isComplete();
 }
 
 /// Of this program alone: getrusage() also counts what its parent had before it was started.
@@ -64,11 +56,8 @@ bool carryOut(const std::vector<std::string>& arguments) {
         for (const std::string& name : expectedNames(directory)) std::cout << name << '\n';
         return true;
     }
-    if (what == "library")
-        return fetchNames({"Cali-14080045.xml"}, directory, arguments) &&
-               fetchNames(expectedNames(directory), directory, arguments);
     if (what == "one") {
-        const bool isFetched = fetchNames({"large.dat"}, directory, arguments);
+        const bool isFetched = fetchLargeFile(directory);
         std::cout << peakKilobytes() << '\n';
         return isFetched;
     }
@@ -83,5 +72,5 @@ bool carryOut(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
     dax::IRLogger::setVerbosity(dax::IRLOG_OFF, dax::IRLOG_OFF, nullptr);
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    return arguments.size() >= 2 && carryOut(arguments) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return arguments.size() == 2 && carryOut(arguments) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

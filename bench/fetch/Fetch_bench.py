@@ -1,19 +1,25 @@
 #!/usr/bin/python3 -IB
-"""Measures the fetch library over a link of 10 ms round trip against the manager's own download,
-wget and curl, and its memory. Prints medians and ratios; decides nothing, but fails when a run
-does not bring every file.
+"""Measures `thermika fetch` over a link of 10 ms round trip against the manager's own download, wget
+and curl, and the fetch library's memory. Prints medians and ratios and judges no figure, but fails
+when a contestant does, or leaves a file out, or when the figures could not show that.
 
-usage: Fetch_bench.py BUILD_DIR HOST [FILES...]
-  HOST  the download host that the build knows
-  FILES  how many, of 41 and 1001; both when not given
-THERMIKA_BENCH_FETCH_RUNS (3) says how often each is measured.
+usage: Fetch_bench.py BUILD_DIR [FILES...]
+  BUILD_DIR  holds thermika and the benchmarks
+  FILES      how many, of 41 and 1001; both when not given
+THERMIKA_BENCH_FETCH_RUNS (5) says how often each is measured; with 1,001 files those who fetch one
+file after another are measured once.
 
 Runs in private namespaces. The server is the one of the tests; it waits 10 ms before a connection's
 first answer and before every answer, whoever asks.
+
+`thermika fetch` has to ask for the links document, then for the description, and only then knows
+what else there is. "the same chain" asks in that order with curl; the other rows of wget and curl
+are given the list of all addresses.
 """
 
 import os
 import pathlib
+import re
 import shutil
 import statistics
 import subprocess
@@ -27,6 +33,10 @@ DESCRIPTION = f"Cali-{SERIAL}.xml"
 FILE_BYTES = 2000
 INSIDE = "THERMIKA_BENCH_INSIDE"
 SETS = {41: (1, 1, 20), 1001: (10, 10, 5)}  # files: optics, ranges, frame rates
+OURS = "thermika fetch"
+ONE_AFTER_ANOTHER = ("downloadCalibration()", "wget -i")
+MOST_SECONDS = 300  # of one contestant; a link that hangs, not a slow machine
+CURL = ["curl", "-q", "--silent", "--show-error", "--fail"]
 
 
 def description(optics, ranges, rates):
@@ -58,12 +68,18 @@ def cover(target, text, work):
         subprocess.run(["mount", "--bind", path, target], check=True)
 
 
+class Failure(SystemExit):
+    """A contestant did not do what is measured."""
+
+
 class Bench:
-    def __init__(self, program, host, work):
-        self.program, self.host, self.work = program, host, work
+    def __init__(self, build, host, work):
+        self.companion = build / "src/cli/thermika"
+        self.program = build / "bench/thermika-bench-fetch"
+        self.host, self.work = host, work
         self.served = work / "served"
-        self.links = f"http://{host}/downloadlinks.xml"
         self.folder = self.served / SERIAL[:2] / SERIAL[:4] / f"Califiles SN{SERIAL}"
+        self.base = f"http://{host}/{SERIAL[:2]}/{SERIAL[:4]}/Califiles%20SN{SERIAL}"
         self.target = work / "target"
 
     def serve(self, files):
@@ -82,68 +98,94 @@ class Bench:
             sys.exit(f"{len(set(self.names))} files instead of {files}")
         for name in self.names[1:]:
             (self.folder / name).write_bytes(name.encode().ljust(FILE_BYTES, b"x"))
-        base = f"http://{self.host}/{SERIAL[:2]}/{SERIAL[:4]}/Califiles%20SN{SERIAL}/"
-        (self.work / "addresses").write_text("".join(f"{base}{name}\n" for name in self.names))
-        (self.work / "config").write_text(
-            "".join(f'url = "{base}{name}"\noutput = "{self.target}/{name}"\n'
-                    for name in self.names)
-        )
+        (self.work / "addresses").write_text("".join(f"{self.base}/{name}\n"
+                                                     for name in self.names))
+        for config, names in (("all", self.names), ("needed", self.names[1:])):
+            (self.work / config).write_text("".join(
+                f'url = "{self.base}/{name}"\noutput = "{self.target}/{name}"\n'
+                for name in names))
 
     def commands(self):
-        curl = ["curl", "-q", "--silent", "--show-error", "--fail", "--config",
-                self.work / "config", "--parallel"]
+        ours = [self.companion, "--quiet", "--dir", self.target, "fetch", SERIAL]
+        four = ["--parallel", "--parallel-max", "4"]
+        curl = ' '.join(CURL)
+        chain = (f"{curl} -o links http://{self.host}/downloadlinks.xml && "
+                 f"{curl} -o target/{DESCRIPTION} {self.base}/{DESCRIPTION} && "
+                 f"{curl} {' '.join(four)} --config needed")
         return {
-            "thermika::fetch": [self.program, "library", self.target, self.links],
-            "thermika::fetch, 50 jobs": [self.program, "library", self.target, self.links, "50"],
+            OURS: ours,
+            "curl, the same chain, 4": ["sh", "-c", chain],
+            "curl --parallel-max 4": [*CURL, *four, "--config", "all"],
+            "thermika fetch --jobs 50": [*ours, "--jobs", "50"],
+            "curl --parallel": [*CURL, "--parallel", "--config", "all"],
+            "wget -i": ["wget", "--no-config", "--quiet", "-P", self.target, "-i", "addresses"],
             "downloadCalibration()": [self.program, "manager", self.target],
-            "wget -i": ["wget", "--no-config", "--quiet", "-P", self.target, "-i",
-                        self.work / "addresses"],
-            "curl --parallel-max 4": [*curl, "--parallel-max", "4"],
-            "curl --parallel": curl,
         }
 
     def run(self, command):
+        """Seconds that it takes; raises when it does not bring every file as it is served."""
         shutil.rmtree(self.target, ignore_errors=True)
         self.target.mkdir()
         begin = time.monotonic()
-        subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        done = subprocess.run(command, check=False, cwd=self.work, timeout=MOST_SECONDS,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.PIPE)
         took = time.monotonic() - begin
+        if done.returncode != 0:
+            raise Failure(f"{command}: status {done.returncode}: {done.stderr.decode()}")
         for name in self.names:
-            if (self.target / name).read_bytes() != (self.folder / name).read_bytes():
-                sys.exit(f"{command}: {name} is not as served")
+            path = self.target / name
+            if not path.is_file() or path.read_bytes() != (self.folder / name).read_bytes():
+                raise Failure(f"{command}: {name} is not as served")
         return took
+
+    def demand_that_doing_nothing_is_seen(self):
+        for nothing in (["true"], ["false"], [*CURL, f"{self.base}/none"]):
+            try:
+                self.run(nothing)
+            except Failure:
+                continue
+            sys.exit(f"{nothing} counts as a fetching: nothing here can be trusted")
 
     def measure(self, files, runs):
         self.serve(files)
+        self.demand_that_doing_nothing_is_seen()
         times = {name: [] for name in self.commands()}
-        for _ in range(runs):
+        for number in range(runs):
             for name, command in self.commands().items():
-                times[name].append(self.run(command))
-        medians = {name: statistics.median(each) for name, each in times.items()}
-        print(f"{files} files of {FILE_BYTES} bytes, {DELAY_MS} ms, medians of {runs}:", flush=True)
-        for name, median in medians.items():
-            ratio = medians["thermika::fetch"] / median
-            print(f"  {name:26} {median:8.3f} s   thermika::fetch takes {ratio:5.2f} x of it", flush=True)
+                if number == 0 or files < 1000 or name not in ONE_AFTER_ANOTHER:
+                    times[name].append(self.run(command))
+        ours = statistics.median(times[OURS])
+        print(f"{files} files of {FILE_BYTES} bytes, {DELAY_MS} ms; medians:", flush=True)
+        for name, each in times.items():
+            median = statistics.median(each)
+            print(f"  {name:26} {median:8.3f} s ({len(each)} runs)   "
+                  f"{OURS} takes {ours / median:6.3f} x of it", flush=True)
 
     def memory(self):
         for mebibytes in (1, 60):
             (self.folder / "large.dat").write_bytes(b"x" * (mebibytes << 20))
             shutil.rmtree(self.target, ignore_errors=True)
-            peak = subprocess.run([self.program, "one", self.target, self.links], check=True,
-                                  text=True, stdout=subprocess.PIPE).stdout
-            print(f"peak memory, one file of {mebibytes} MiB: {int(peak)} kB")
+            peak = subprocess.run([self.program, "one", self.target], check=True, text=True,
+                                  stdout=subprocess.PIPE).stdout
+            if (self.target / "large.dat").stat().st_size != mebibytes << 20:
+                sys.exit("large.dat is not as served")
+            print(f"peak memory, one file of {mebibytes} MiB: {int(peak)} kB", flush=True)
 
 
 def main():
-    if len(sys.argv) < 3:
+    if len(sys.argv) < 2:
         sys.exit(__doc__)
     enter_namespaces()
-    program = pathlib.Path(sys.argv[1]).resolve() / "bench" / "thermika-bench-fetch"
+    build = pathlib.Path(sys.argv[1]).resolve()
+    cache = (build / "CMakeCache.txt").read_text()
+    host = re.search("^THERMIKA_DOWNLOAD_HOST:STRING=(.+)$", cache, re.MULTILINE).group(1)
     server = pathlib.Path(__file__).resolve().parents[2] / "tests/fetch/support/hostile-server.py"
-    runs = int(os.environ.get("THERMIKA_BENCH_FETCH_RUNS", "3"))
+    runs = int(os.environ.get("THERMIKA_BENCH_FETCH_RUNS", "5"))
+    os.environ.update(no_proxy="*", NO_PROXY="*")
     with tempfile.TemporaryDirectory() as folder:
         work = pathlib.Path(folder)
-        cover("/etc/hosts", f"127.0.0.1 localhost {sys.argv[2]}\n", work)
+        cover("/etc/hosts", f"127.0.0.1 localhost {host}\n", work)
         cover("/etc/nsswitch.conf", "hosts: files\n", work)
         for name in ("faults", "requests"):
             (work / name).touch()
@@ -155,8 +197,8 @@ def main():
             try:
                 if not running.stdout.readline():
                     sys.exit("the server does not listen")
-                bench = Bench(program, sys.argv[2], work)
-                for files in [int(each) for each in sys.argv[3:]] or SETS:
+                bench = Bench(build, host, work)
+                for files in [int(each) for each in sys.argv[2:]] or SETS:
                     bench.measure(files, runs)
                 bench.memory()
             finally:

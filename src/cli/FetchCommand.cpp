@@ -31,7 +31,7 @@ struct Options {
     std::uint64_t maxBytes = fetch::Limits{}.fileBytes;
 };
 
-/// What both steps amount to.
+/// What it amounts to.
 struct Result {
     std::string problem;      ///< why it ended early; "" when it did not
     bool isWholeSet = false;  ///< the description is known, so all that is needed is in the list
@@ -76,73 +76,70 @@ const char* outcomeWord(fetch::Outcome outcome) {
     return "not-tried";
 }
 
-/// The two steps of one fetch.
+/// One fetch, or its plan.
 class Fetching {
 public:
     Fetching(const Session& session, unsigned long serial, const Options& options)
-        : m_session(session), m_serial(serial), m_options(options) {
-        m_request.serial = std::to_string(serial);
-        m_request.source = sourceFrom(options.from);
-        m_request.directory = session.directory;
-        m_request.replacePresent = options.isAll;
-        m_request.limits.jobs = options.jobs;
-        m_request.limits.idle = std::chrono::seconds(options.timeoutSeconds);
-        m_request.limits.retries = options.retries;
-        m_request.limits.fileBytes = options.maxBytes;
-        m_request.cancel = m_cancellation.flag();
-    }
+        : m_session(session), m_serial(serial), m_options(options) {}
 
     Result run() {
-        if (!fetchDescription()) return std::move(m_result);
-        const Description description = openDescription(m_session, m_serial);
-        if (description.cali == nullptr) {
-            // A dry run has brought none.
-            if (!m_options.isDryRun) m_result.problem = description.problem;
-            return std::move(m_result);
+        fetch::Request request = newRequest();
+        if (m_options.isDryRun) {
+            if (openDescription(m_session, m_serial).cali != nullptr) addNeeded(request.names);
+            return resultOf(fetch::plan(request));
         }
-        m_result.isWholeSet = true;
-        std::vector<std::string> names;
-        for (const auto& each : dax::expectedFiles(static_cast<int>(m_serial)))
-            if (each.kind != dax::FileKind::kDescription) names.push_back(each.name);
-        if (!names.empty()) step(std::move(names));
-        return std::move(m_result);
+        FetchProgress progress(m_session.output);
+        request.progress = [&](const fetch::Progress& now) { progress.show(now); };
+        std::string problem;
+        request.following = [&] {
+            std::vector<std::string> names;
+            problem = openDescription(m_session, m_serial).problem;
+            if (problem.empty()) addNeeded(names);
+            return names;
+        };
+        Result result = resultOf(fetch::fetch(request));
+        if (result.problem.empty()) result.problem = problem;
+        return result;
     }
 
     bool isCancelled() const { return m_cancellation.isRequested(); }
 
 private:
-    /// False when there is no use in going on.
-    bool fetchDescription() {
-        // One that is there but cannot be used is fetched again, as one that is missing.
-        const bool isUsable =
-            !m_options.isAll && openDescription(m_session, m_serial).cali != nullptr;
-        m_request.replacePresent = !isUsable;
-        step({descriptionName(m_serial)});
-        m_request.replacePresent = m_options.isAll;
-        return m_result.isComplete();
+    fetch::Request newRequest() const {
+        fetch::Request request;
+        request.serial = std::to_string(m_serial);
+        request.names = {descriptionName(m_serial)};
+        request.source = sourceFrom(m_options.from);
+        request.directory = m_session.directory;
+        // One that is there but cannot be used is fetched again, as one that is missing. One that
+        // is replaced anyway is not opened: it would count as loaded afterwards.
+        request.replacePresent =
+            m_options.isAll || openDescription(m_session, m_serial).cali == nullptr;
+        request.replaceFollowing = m_options.isAll;
+        request.limits.jobs = m_options.jobs;
+        request.limits.idle = std::chrono::seconds(m_options.timeoutSeconds);
+        request.limits.retries = m_options.retries;
+        request.limits.fileBytes = m_options.maxBytes;
+        request.cancel = m_cancellation.flag();
+        return request;
     }
 
-    void step(std::vector<std::string> names) {
-        m_request.names = std::move(names);
-        fetch::Report report;
-        if (m_options.isDryRun) {
-            report = fetch::plan(m_request);
-        } else {
-            FetchProgress progress(m_session.output);
-            fetch::Request request = m_request;
-            request.progress = [&](const fetch::Progress& now) { progress.show(now); };
-            report = fetch::fetch(request);
-        }
-        m_result.problem = report.problem;
-        m_result.files.insert(m_result.files.end(), report.files.begin(), report.files.end());
+    /// What the description that was opened last calls for.
+    void addNeeded(std::vector<std::string>& names) {
+        m_isWholeSet = true;
+        for (const auto& each : dax::expectedFiles(static_cast<int>(m_serial)))
+            if (each.kind != dax::FileKind::kDescription) names.push_back(each.name);
+    }
+
+    Result resultOf(fetch::Report report) const {
+        return {std::move(report.problem), m_isWholeSet, std::move(report.files)};
     }
 
     const Session& m_session;
     unsigned long m_serial;
     const Options& m_options;
     Cancellation m_cancellation;
-    fetch::Request m_request;
-    Result m_result;
+    bool m_isWholeSet = false;
 };
 
 Json textOrNull(const std::string& bytes) { return bytes.empty() ? Json() : jsonText(bytes); }

@@ -2,7 +2,6 @@
 #include "fetch/Call.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 
 #include "fetch/FileName.h"
@@ -42,13 +41,12 @@ Call::Call(const Request& request, bool isPlan)
       m_stop(m_limits.total, request.cancel),
       m_destination(request.directory),
       m_allowance{m_limits.fileBytes, m_limits.totalBytes} {
-    addFiles();
+    addFiles(request.names);
 }
 
-void Call::addFiles() {
-    std::unordered_set<std::string> seen;
-    for (const std::string& name : m_request.names) {
-        if (!seen.insert(name).second) continue;
+void Call::addFiles(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!m_names.insert(name).second) continue;
         FileReport file;
         file.name = name;
         file.reason = nameRefusal(name);
@@ -72,18 +70,30 @@ bool Call::prepare() {
         setProblem("no destination directory is given");
     if (hasProblem()) return false;
 
-    for (const FileReport& file : m_report.files)
-        if (file.outcome == Outcome::kRefused) {
+    if (m_destination.openExisting() && !m_isPlan) m_destination.removeLeftovers();
+    return begin(m_request.replacePresent);
+}
+
+bool Call::follow() {
+    if (m_isPlan || !m_request.following || m_hasFollowed) return false;
+    if (!m_report.isComplete() || m_stop.isDue()) return false;
+    m_hasFollowed = true;
+    addFiles(m_request.following());
+    return begin(m_request.replaceFollowing);
+}
+
+bool Call::begin(bool replacePresent) {
+    for (; m_begun < m_report.files.size(); ++m_begun)
+        if (m_report.files[m_begun].outcome == Outcome::kRefused) {
             ++m_progress.filesDone;
-            tell(&file);
+            tell(&m_report.files[m_begun]);
         }
-    if (m_destination.openExisting()) {
-        if (!m_isPlan) m_destination.removeLeftovers();
-        if (!m_request.replacePresent) settlePresent();
-    }
+    if (!replacePresent) settlePresent();
     if (m_open == 0 || m_stop.isDue()) return false;
-    if (!m_isPlan) setProblem(m_destination.openForWriting());
-    return !hasProblem();
+    if (m_isPlan || m_isWritable) return true;
+    setProblem(m_destination.openForWriting());
+    m_isWritable = !hasProblem();
+    return m_isWritable;
 }
 
 void Call::settlePresent() {

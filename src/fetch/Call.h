@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "fetch/Destination.h"
@@ -25,7 +26,11 @@ public:
     /// leftovers are removed. False when there is nothing to fetch, or problem() says why not.
     bool prepare();
 
-    /// The files that have no outcome yet.
+    /// Asks once for the names that follow, when all that was asked for is there, and settles what
+    /// is there of those. False when there is nothing more to fetch, or problem() says why not.
+    bool follow();
+
+    /// The files that have no outcome yet; valid until follow().
     std::vector<FileReport*> wanted();
 
     /// Gives `file` its outcome, and tells the caller of it.
@@ -52,7 +57,8 @@ public:
     bool isPlan() const { return m_isPlan; }
 
 private:
-    void addFiles();
+    void addFiles(const std::vector<std::string>& names);
+    bool begin(bool replacePresent);
     void settlePresent();
     void tell(const FileReport* ended);
 
@@ -63,8 +69,12 @@ private:
     Destination m_destination;
     Allowance m_allowance;
     Report m_report;
+    std::unordered_set<std::string> m_names;  ///< in the report
     Progress m_progress;
-    std::size_t m_open = 0;  ///< files without an outcome
+    std::size_t m_open = 0;   ///< files without an outcome
+    std::size_t m_begun = 0;  ///< files of the report that begin() has seen
+    bool m_hasFollowed = false;
+    bool m_isWritable = false;  ///< the directory: it was tried
     bool m_hasInstalled = false;
     Stop::Clock::time_point m_lastTold = Stop::Clock::now();
 };

@@ -39,7 +39,7 @@ struct SourceProbe {
 
 Report carryOut(const Request& request, bool isPlan) {
     Call call(request, isPlan);
-    if (call.prepare()) std::visit(SourceVisitor{call}, request.source);
+    if (call.prepare() || call.follow()) std::visit(SourceVisitor{call}, request.source);
     return call.finish();
 }
 

@@ -19,7 +19,7 @@ std::string vendorLinksAddress();
 
 /// The vendor's server. Its links document (64 KiB at most) names the base address of the files.
 struct VendorServer {
-    std::string linksAddress = vendorLinksAddress();  ///< of its links document
+    std::string linksAddress = vendorLinksAddress();
 };
 
 /// A server with the vendor's layout: <base>/14/1408/Califiles SN14080045/<file>.
@@ -31,7 +31,7 @@ struct Mirror {
 /// several files with one name the first that can be used counts: a folder's own files before those
 /// in its subfolders, subfolders by the bytes of their names.
 struct Folder {
-    std::string path;  ///< relative ones count from the working directory at the time of the call
+    std::string path;
 };
 
 /// Addresses are http or https, without user name, password, query and fragment. White space around
@@ -82,19 +82,21 @@ struct Progress {
     const FileReport* ended = nullptr;  ///< the file that just got its outcome, if one did
 };
 
-/// What to fetch, where from and where to.
+/// What to fetch, where from and where to. Relative paths count from the working directory at the
+/// time of the call.
 struct Request {
     std::string serial;              ///< the camera's, 1 to 20 decimal digits
     std::vector<std::string> names;  ///< one path component each; a repeated name counts once
-    Source source;                   ///< where from
-    /// Destination. A relative path counts from the working directory at the time of the call.
-    std::string directory;
+    Source source;
+    std::string directory;        ///< destination
     bool replacePresent = false;  ///< fetch also what is there already
+    /// Asked once all `names` are there: more names, fetched in the same call and connections.
+    std::function<std::vector<std::string>()> following;
+    bool replaceFollowing = false;  ///< the same for the names that follow
     Limits limits;
-    /// PEM file of the certificate authorities to trust instead of the system's.
-    std::string caFile;
-    /// Called in the calling thread, once for each file and about ten times a second while bytes
-    /// arrive. What it throws ends the call and comes out of it; files installed by then stay.
+    std::string caFile;  ///< PEM: certificate authorities to trust instead of the system's
+    /// Called once for each file and about ten times a second while bytes arrive. What this and
+    /// `following` throw ends the call and comes out of it; files installed by then stay.
     std::function<void(const Progress&)> progress;
     /// The call ends within a second or so after this is true. May be set by a signal handler.
     const std::atomic<bool>* cancel = nullptr;
@@ -103,32 +105,30 @@ struct Request {
 /// What became of a request.
 struct Report {
     std::string problem;            ///< why no file could be tried; "" otherwise
-    std::vector<FileReport> files;  ///< in the order of the request
+    std::vector<FileReport> files;  ///< in the order of the request, then those that follow
     bool isComplete() const;        ///< no problem, and every file is fetched, present or planned
 };
 
 /// Brings the files into the directory, which is created with its parents (mode 0755) when absent.
 /// Each arrives in a file of its own there, ".thermika-fetch-*.part", is checked, given mode 0644,
 /// written to the disk and renamed: under its final name is the whole old or the whole new file at
-/// any time. A link under that name is replaced. Part files of calls that were killed are removed,
-/// those of calls that are running are not.
-///
+/// any time. A link under that name is replaced. Part files of killed calls are removed.
 /// An answer counts when its status is 200, it is not empty, it is as long as announced (a body
 /// that merely ends with its connection is not taken), and it is not content-encoded. At most 5
 /// redirects, to http and https. Certificates are verified. Tried again is what can pass: broken
 /// connections, time limits, statuses 408, 429 and 5xx.
 ///
-/// Errors come back in the report; out of memory throws std::bad_alloc, and `progress` may throw.
-/// May be called in any thread, by several at once, also for one directory.
+/// Errors come back in the report; out of memory throws std::bad_alloc. May be called in any
+/// thread, by several at once, also for one directory; calls back in the calling thread.
 /// Process: libcurl is initialised once and stays; SIGPIPE is held back in the calling thread
-/// during the call. Proxy variables are read as curl does (http_proxy, https_proxy, HTTPS_PROXY,
-/// all_proxy, ALL_PROXY, no_proxy, NO_PROXY), and libcurl heeds SSLKEYLOGFILE; nothing else of the
-/// environment and no settings file is read. A program started meanwhile inherits no descriptor,
-/// but for two of libcurl's own while it looks up a host name.
+/// meanwhile; threads that wait for the disk get no signal. Proxy variables are read as curl does
+/// (http_proxy, https_proxy, HTTPS_PROXY, all_proxy, ALL_PROXY, no_proxy, NO_PROXY), and libcurl
+/// heeds SSLKEYLOGFILE; nothing else of the environment and no settings file is read. A program
+/// started meanwhile inherits no descriptor, but for two of libcurl's own at a host name's look-up.
 Report fetch(const Request& request);
 
 /// What fetch() would do, source and destination of each file. Nothing is created or changed on
-/// disk; of servers only the vendor's is asked, for its links document. `progress` is not called.
+/// disk; of servers only the vendor's is asked, for its links document. Neither callback is called.
 Report plan(const Request& request);
 
 /// What one question found out.
@@ -142,9 +142,8 @@ struct ProbeReport {
     std::chrono::microseconds answered{0};   ///< until the first byte of the answer
 };
 
-/// Asks the source once whether it answers, without retries: the vendor's server for its links
-/// document, a mirror for its base address, a folder for its entries. Uses of `request` only
-/// source, limits, caFile and cancel. Otherwise as fetch().
+/// Asks the source once whether it answers: the vendor's server for its links document, a mirror
+/// for its base address, a folder for its entries. Uses source, limits, caFile and cancel alone.
 ProbeReport probe(const Request& request);
 
 }  // namespace thermika::fetch

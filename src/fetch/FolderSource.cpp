@@ -110,8 +110,10 @@ private:
 }  // namespace
 
 void fetchFromFolder(const Folder& folder, Call& call) {
-    const auto copy = std::make_unique<FolderCopy>(call);  // too large for a small stack
-    copy->copyFrom(folder);
+    do {
+        const auto copy = std::make_unique<FolderCopy>(call);  // too large for a small stack
+        copy->copyFrom(folder);
+    } while (call.follow());
 }
 
 }  // namespace thermika::fetch

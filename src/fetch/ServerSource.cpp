@@ -12,6 +12,7 @@
 
 #include "fetch/Address.h"
 #include "fetch/HttpQueue.h"
+#include "fetch/Installer.h"
 #include "fetch/LinksDocument.h"
 #include "fetch/PartFile.h"
 
@@ -21,26 +22,27 @@ namespace {
 
 class FileBody : public Body {
 public:
-    explicit FileBody(Call& call) : m_call(call), m_part(call.destination(), call.allowance()) {}
-    void discard() override { m_part.discard(); }
+    explicit FileBody(Call& call)
+        : m_call(call), m_part(std::make_unique<PartFile>(call.destination(), call.allowance())) {}
+    void discard() override { m_part->discard(); }
     void announce(std::uint64_t bytes) override { m_call.announced(bytes); }
     bool append(std::string_view bytes) override {
         m_call.received(bytes.size());
-        return m_part.append(bytes);
+        return m_part->append(bytes);
     }
-    std::string problem() const override { return m_part.problem(); }
+    std::string problem() const override { return m_part->problem(); }
 
-    PartFile& part() { return m_part; }
+    std::unique_ptr<PartFile> takePart() { return std::move(m_part); }
 
 private:
     Call& m_call;
-    PartFile m_part;
+    std::unique_ptr<PartFile> m_part;
 };
 
 class FileClient : public HttpClient {
 public:
     FileClient(Call& call, std::string base)
-        : m_call(call), m_base(std::move(base)), m_files(call.wanted()) {}
+        : m_call(call), m_installer(call), m_base(std::move(base)), m_files(call.wanted()) {}
 
     std::optional<HttpItem> next() override {
         if (m_begun == m_files.size()) return std::nullopt;
@@ -51,22 +53,26 @@ public:
 
     void end(std::size_t number, HttpItem& item, const Answer& answer, unsigned tries) override {
         FileReport& file = *m_files[number];
-        PartFile& part = static_cast<FileBody&>(*item.body).part();
         file.httpStatus = answer.status;
         file.tries = tries;
         if (answer.verdict == Answer::Verdict::kMissing)
             return m_call.end(file, Outcome::kMissing, answer.reason);
         if (answer.verdict != Answer::Verdict::kGood)
             return m_call.end(file, Outcome::kFailed, answer.reason);
-        if (!part.install(file.name)) return m_call.end(file, Outcome::kFailed, part.problem());
-        file.bytes = part.size();
-        m_call.end(file, Outcome::kFetched);
+        m_installer.add(static_cast<FileBody&>(*item.body).takePart(), file);
     }
 
-    void tick() override { m_call.tick(); }
+    void tick() override {
+        m_installer.collect();
+        m_call.tick();
+    }
+
+    /// The files that have arrived are installed afterwards.
+    void finish() { m_installer.finish(); }
 
 private:
     Call& m_call;
+    Installer m_installer;
     std::string m_base;
     std::vector<FileReport*> m_files;
     std::size_t m_begun = 0;
@@ -81,8 +87,11 @@ void planFiles(Call& call, const std::string& base) {
 
 void fetchBelow(const std::string& base, Call& call, HttpQueue& queue) {
     if (call.isPlan()) return planFiles(call, base);
-    FileClient client(call, base);
-    queue.run(client);
+    do {
+        FileClient client(call, base);
+        queue.run(client);
+        client.finish();
+    } while (call.follow());
 }
 
 /// The checked base address, or "" and what is wrong with the document in `asked`.

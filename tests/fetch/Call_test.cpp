@@ -1,0 +1,167 @@
+// Names that follow: what the first files call for, fetched in the same call.
+#include "fetch/Call.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "fetch/support/FetchSandbox.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace thermika_test;
+using thermika::fetch::Folder;
+using thermika::fetch::Progress;
+using thermika::fetch::Request;
+
+const std::string kFolder = "/14/1408/Califiles%20SN14080045/";
+constexpr const char* kRefusal = "refused, the file name contains \"/\"\n";
+
+Request followed(const std::vector<std::string>& names, const std::vector<std::string>& more) {
+    Request request = serverRequest(names);
+    request.limits.jobs = 1;
+    request.following = [more] { return more; };
+    return request;
+}
+
+void put(const std::string& name, const std::string& bytes) {
+    fs::create_directories(kFetched);
+    writeFile(std::string(kFetched) + "/" + name, bytes);
+}
+
+TEST(Call, fetchesWhatFollowsOverTheSameConnection) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "first");
+        FetchSandbox::add("second.dat", "second");
+        Request request = followed({"first.dat"}, {"second.dat", "first.dat", "../third"});
+        std::string told;
+        std::size_t files = 0;
+        request.progress = [&](const Progress& progress) {
+            if (progress.ended != nullptr) told += progress.ended->name + " ";
+            files = progress.files;
+        };
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                  std::string("first.dat: fetched\nsecond.dat: fetched\n../third: ") + kRefusal);
+        EXPECT_EQ(contents(kFetched), (Files{{"first.dat", "first"}, {"second.dat", "second"}}));
+        EXPECT_EQ(FetchSandbox::requests(),
+                  (Texts{kLinksPath, kFolder + "first.dat", kFolder + "second.dat"}));
+        EXPECT_EQ(FetchSandbox::connections(), 1U);
+        EXPECT_EQ(told, "first.dat ../third second.dat ");
+        EXPECT_EQ(files, 3U);
+    });
+}
+
+TEST(Call, seesTheFirstFilesWhenItAsksForWhatFollows) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "second.dat");
+        FetchSandbox::add("second.dat", "bytes");
+        for (const bool fromFolder : {false, true}) {
+            fs::remove_all(kFetched);
+            Request request = followed({"first.dat"}, {});
+            if (fromFolder) request.source = Folder{"/usr/share/world/hostile"};
+            request.following = [] {
+                return std::vector<std::string>{readFile(std::string(kFetched) + "/first.dat")};
+            };
+            EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                      "first.dat: fetched\nsecond.dat: fetched\n");
+        }
+    });
+}
+
+TEST(Call, asksForWhatFollowsAlsoWhenTheFirstFilesAreThereOrNone) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("second.dat", "bytes");
+        put("first.dat", "old");
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(followed({"first.dat"}, {"second.dat"}))),
+                  "first.dat: present\nsecond.dat: fetched\n");
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(followed({}, {"second.dat"}))),
+                  "second.dat: present\n");
+        fs::remove_all(kFetched);
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(followed({}, {"second.dat"}))),
+                  "second.dat: fetched\n");
+    });
+}
+
+TEST(Call, doesNotAskForWhatFollowsWhileAFirstFileIsMissing) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("second.dat", "bytes");
+        for (const char* const name : {"first.dat", "../first.dat"}) {
+            Request request = followed({name, "second.dat"}, {});
+            request.following = [] {
+                ADD_FAILURE() << "asked";
+                return std::vector<std::string>{"third.dat"};
+            };
+            EXPECT_EQ(thermika::fetch::fetch(request).files.size(), 2U);
+        }
+    });
+}
+
+TEST(Call, replacesWhatFollowsWhenAsked) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "new");
+        FetchSandbox::add("second.dat", "new");
+        const auto fetch = [](bool replaceFirst, bool replaceFollowing) {
+            put("first.dat", "old");
+            put("second.dat", "old");
+            Request request = followed({"first.dat"}, {"second.dat"});
+            request.replacePresent = replaceFirst;
+            request.replaceFollowing = replaceFollowing;
+            EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());
+            return contents(kFetched);
+        };
+        EXPECT_EQ(fetch(true, false), (Files{{"first.dat", "new"}, {"second.dat", "old"}}));
+        EXPECT_EQ(fetch(false, true), (Files{{"first.dat", "old"}, {"second.dat", "new"}}));
+    });
+}
+
+TEST(Call, countsFirstFilesAndThoseThatFollowTogether) {
+    inSandbox([] {
+        const FetchSandbox world;
+        for (const char* const name : {"a.dat", "b.dat", "c.dat"}) FetchSandbox::add(name, "12345");
+        Request request = followed({"a.dat"}, {"b.dat", "c.dat"});
+        request.limits.files = 2;
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                  "a.dat: fetched\nb.dat: fetched\n"
+                  "c.dat: refused, more than 2 files are asked for\n");
+        fs::remove_all(kFetched);
+        request.limits.files = 3;
+        request.limits.totalBytes = 12;
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+                  "a.dat: fetched\nb.dat: fetched\nc.dat: failed, "
+                  "with it, all files together would have more bytes than allowed\n");
+    });
+}
+
+TEST(Call, planCallsNobodyBack) {
+    inSandbox([] {
+        const FetchSandbox world;
+        Request request = followed({"first.dat"}, {});
+        request.following = [] {
+            ADD_FAILURE() << "asked";
+            return std::vector<std::string>();
+        };
+        request.progress = [](const Progress&) { ADD_FAILURE() << "told"; };
+        EXPECT_EQ(linesOf(thermika::fetch::plan(request)), "first.dat: planned\n");
+    });
+}
+
+TEST(Call, whatTheQuestionForMoreThrowsComesOutAndTheFirstFilesStay) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "bytes");
+        Request request = followed({"first.dat"}, {});
+        request.following = []() -> std::vector<std::string> { throw std::string("mine"); };
+        EXPECT_THROW(thermika::fetch::fetch(request), std::string);
+        EXPECT_EQ(contents(kFetched), (Files{{"first.dat", "bytes"}}));
+    });
+}
+
+}  // namespace
