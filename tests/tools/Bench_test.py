@@ -68,6 +68,29 @@ class Bench(unittest.TestCase):
             self.assertEqual(done.returncode, 1)
             self.assertIn("nothing here can be trusted", done.stderr)
 
+    def fetch_bench(self, companion):
+        """What the benchmark of fetching says when `thermika` is that script."""
+        names = ["Cali-14080045.xml"] + [f"{number}.dat" for number in range(40)]
+        for program, body in (("src/cli/thermika", companion),
+                              ("bench/thermika-bench-fetch", f"echo {' '.join(names)}")):
+            path = self.folder / program
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(f"#!/bin/sh\n{body}\n")
+            path.chmod(0o755)
+        (self.folder / "CMakeCache.txt").write_text("THERMIKA_DOWNLOAD_HOST:STRING=files.example\n")
+        return subprocess.run([PROJECT / "bench/fetch/Fetch_bench.py", self.folder, "41"],
+                              capture_output=True, text=True, check=False)
+
+    def test_takes_no_fetching_that_brings_nothing(self):
+        done = self.fetch_bench("exit 0")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("Cali-14080045.xml is not as served", done.stderr)
+
+    def test_takes_no_fetching_that_fails(self):
+        done = self.fetch_bench("echo 'there is no server' >&2; exit 3")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("status 3: there is no server", done.stderr)
+
 
 if __name__ == "__main__":
     unittest.main()
