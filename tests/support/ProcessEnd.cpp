@@ -1,9 +1,21 @@
 // See the header. Each of the two belongs to a build of its own.
 #include "support/ProcessEnd.h"
 
-#if defined(THERMIKA_COVERAGE)
-
 #include <sys/resource.h>
+
+namespace {
+
+/// Reports are written through descriptors, which a test may have forbidden.
+[[maybe_unused]] void allowDescriptors() {
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
+}  // namespace
+
+#if defined(THERMIKA_COVERAGE)
 
 #include <csignal>
 
@@ -17,10 +29,7 @@ namespace {
 }  // namespace
 
 int thermika_test::statusAtEnd(int status) {
-    rlimit files{};
-    getrlimit(RLIMIT_NOFILE, &files);
-    files.rlim_cur = files.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &files);
+    allowDescriptors();
     __gcov_dump();
     return status;
 }
@@ -30,6 +39,7 @@ int thermika_test::statusAtEnd(int status) {
 #include <sanitizer/lsan_interface.h>
 
 int thermika_test::statusAtEnd(int status) {
+    allowDescriptors();
     return __lsan_do_recoverable_leak_check() != 0 ? kLeaked : status;
 }
 

@@ -23,8 +23,8 @@ constexpr bool kLooksForLeaks = false;
 
 /// To be called right before _exit(), with what it returns: `status`, or kLeaked after a
 /// report on standard error. Programs that link
-/// this in keep their counters in an abort() too. Process: a build that measures coverage lifts the
-/// soft limit on open files.
+/// this in keep their counters in an abort() too. Process: in both builds the soft limit on open
+/// files is lifted.
 int statusAtEnd(int status);
 
 }  // namespace thermika_test
