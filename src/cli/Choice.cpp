@@ -48,6 +48,7 @@ std::vector<Range> allRanges(ConfigCali& cali, const Optics& optics) {
     std::vector<Range> all;
     std::string text = optics.text;
     const int count = cali.getTempRangeCount(optics.fovDeg, text.data());
+    all.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (int i = 0; i < count; ++i)
         all.push_back(*std::unique_ptr<Range>(cali.getTempRange(optics.fovDeg, text.data(), i)));
     return all;
@@ -96,6 +97,7 @@ Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
                                     [](const Optics& each) { return each.text.empty(); });
     if (plain != found.end()) return *plain;
     std::vector<std::string> forms;
+    forms.reserve(found.size());
     for (const Optics& each : found) forms.push_back(typedForm(each));
     refuse("--optics: \"" + shown(typed) + "\" is more than one optics", forms);
 }

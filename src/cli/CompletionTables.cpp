@@ -25,7 +25,7 @@ void addValues(std::string& script, const CompletionCommand& command) {
         if (option.value.empty()) continue;
         std::string pattern;
         for (const std::string& name : option.names)
-            pattern = joined(pattern, " | ", where + ":" + name);
+            pattern = joined(pattern, " | ", std::string(where).append(":").append(name));
         script += "    " + pattern + ") echo '" + option.value + "' ;;\n";
     }
 }

@@ -2,11 +2,11 @@
 #include "cli/Escape.h"
 
 #include <langinfo.h>
-#include <locale.h>
-#include <wchar.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdint>
+#include <cwchar>
 
 namespace thermika::cli {
 

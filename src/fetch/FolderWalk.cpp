@@ -108,7 +108,7 @@ WalkResult walkFolder(const std::string& root,
             if (!visit({folder.file.get(), name, withSlash(root) + path + name})) return result;
         // The last one is taken first.
         for (auto name = found.subfolders.rbegin(); name != found.subfolders.rend(); ++name)
-            waiting.push_back(path + *name + "/");
+            waiting.push_back(std::string(path).append(*name).append("/"));
     }
     return result;
 }

@@ -53,9 +53,9 @@ private:
 };
 
 dax::DocumentText textOf(std::string_view document) {
-    dax::FileBytes copy{std::make_unique<char[]>(document.size() + 1), document.size()};
-    document.copy(copy.bytes.get(), document.size());
-    return dax::documentText(std::move(copy), dax::kLinksRoot);
+    auto bytes = std::make_unique<char[]>(document.size() + 1);
+    document.copy(bytes.get(), document.size());
+    return dax::documentText({std::move(bytes), document.size()}, dax::kLinksRoot);
 }
 
 }  // namespace
