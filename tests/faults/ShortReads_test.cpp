@@ -11,9 +11,13 @@
 #include <string>
 
 #include "imgproc/Cali.h"
+#include "sdk/IRCalibrationManager.h"
 #include "sdk/base/FileRead.h"
 #include "sdk/xml/DocumentText.h"
 #include "support/BuildPaths.h"
+#include "support/DownloadSandbox.h"
+#include "support/Recorder.h"
+#include "support/Sandbox.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -21,10 +25,16 @@ namespace {
 bool g_isShort = false;
 std::size_t g_mostBytes = 1;  // of a short read
 std::size_t g_calls = 0;
+int g_error = 0;  // when not 0, of every read
 
 }  // namespace
 
 extern "C" ssize_t read(int descriptor, void* buffer, std::size_t bytes) {
+    if (g_error != 0) {
+        ++g_calls;
+        errno = g_error;
+        return -1;
+    }
     if (g_isShort && ++g_calls % 2 == 0) {
         errno = EINTR;
         return -1;
@@ -38,6 +48,7 @@ class ShortReads : public testing::Test {
 protected:
     ~ShortReads() override {
         g_isShort = false;
+        g_error = 0;
         g_mostBytes = 1;
     }
 
@@ -97,6 +108,35 @@ TEST_F(ShortReads, giveAWholeFirstLine) {
     ASSERT_TRUE(dax::readFirstLine(AT_FDCWD, (m_dir / "serial").c_str(), line));
     EXPECT_EQ(line, "14080045");
     EXPECT_GT(g_calls, 10U);
+}
+
+/// What the check for a default route answers when each read of the count ends with `error`.
+thermika_test::Outcome routeCheckWith(int error) {
+    const thermika_test::DownloadSandbox world;
+    thermika_test::recordProgram("grep", "echo 1");
+    return thermika_test::outcomeOf([error] {
+        g_calls = 0;
+        g_error = error;
+        const bool answer =
+            dax::IRCalibrationManager::getInstance()->isOnlineCalibrationRepoAccessible();
+        g_error = 0;
+        return answer;
+    });
+}
+
+TEST_F(ShortReads, thatFailLeaveNoRouteAndAreNotRepeated) {
+    thermika_test::inSandbox([] {
+        EXPECT_EQ(routeCheckWith(0), (thermika_test::Outcome{true, ""}));
+        EXPECT_EQ(routeCheckWith(EIO), (thermika_test::Outcome{false, ""}));
+        EXPECT_EQ(g_calls, 1U);
+    });
+}
+
+TEST_F(ShortReads, thatAreInterruptedWithoutEndLeaveNoRoute) {
+    thermika_test::inSandbox([] {
+        EXPECT_EQ(routeCheckWith(EINTR), (thermika_test::Outcome{false, ""}));
+        EXPECT_EQ(g_calls, 1000U);
+    });
 }
 
 }  // namespace

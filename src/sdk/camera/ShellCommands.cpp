@@ -28,22 +28,19 @@ std::string join(std::initializer_list<std::string_view> pieces) {
 class StandardDescriptors {
 public:
     StandardDescriptors() {
-        for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-            if (fcntl(fd, F_GETFD) != -1) continue;
-            const int got = open("/dev/null", O_RDWR);  // the lowest that is free is this one
-            m_isOurs[fd] = got == fd;
-            if (got >= 0 && got != fd) close(got);
-        }
+        for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+            if (fcntl(fd, F_GETFD) == -1)
+                m_opened[fd] = open("/dev/null", O_RDWR);  // the lowest that is free: this one
     }
     ~StandardDescriptors() {
-        for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
-            if (m_isOurs[fd]) close(fd);
+        for (const int fd : m_opened)
+            if (fd >= 0) close(fd);
     }
     StandardDescriptors(const StandardDescriptors&) = delete;
     StandardDescriptors& operator=(const StandardDescriptors&) = delete;
 
 private:
-    bool m_isOurs[STDERR_FILENO + 1]{};
+    int m_opened[STDERR_FILENO + 1] = {-1, -1, -1};
 };
 
 /// Whether there is a whole line with something on it.
