@@ -14,8 +14,10 @@ struct CloseDirectory {
 };
 using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
 
-/// Reads with `directory`'s own position. Null, with errno, when it is no directory.
+/// Reads with `directory`'s own position. Null, with errno, when it is no directory; errno stays as
+/// it was when nothing is open.
 inline DirectoryStream openStream(Descriptor directory) {
+    if (!directory.isOpen()) return nullptr;
     DirectoryStream entries(fdopendir(directory.get()));
     if (entries != nullptr) directory.release();
     return entries;

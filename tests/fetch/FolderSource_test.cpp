@@ -3,12 +3,14 @@
 #include "fetch/FolderSource.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -159,6 +161,29 @@ TEST(FolderSource, tellsWhichFolderCouldNotBeRead) {
                       "/closed/: Permission denied)\n");
         ASSERT_EQ(chmod((world.source + "/closed").c_str(), 0755), 0);
     });
+}
+
+// With no descriptor left to list a folder, the reason was "Bad file descriptor": closing the one
+// that had not been opened overwrote what the system had answered.
+TEST(FolderSource, tellsOfMissingDescriptorsAsSuch) {
+    const World world;
+    world.add("a.dat", "bytes");
+    std::string reasons;
+    bool isComplete = false;
+    for (rlim_t limit = openDescriptors(); !isComplete; ++limit) {
+        const RunResult result = runInProcess([&] {
+            const rlimit few{limit, limit};
+            setrlimit(RLIMIT_NOFILE, &few);
+            const Report report = world.fetch({"a.dat"});
+            std::cout << linesOf(report);
+            return report.isComplete() ? 0 : 1;
+        });
+        ASSERT_LE(result.status, 1);
+        isComplete = result.status == 0;
+        reasons += result.out;
+    }
+    EXPECT_EQ(reasons.find("Bad file descriptor"), std::string::npos) << reasons;
+    EXPECT_NE(reasons.find("Too many open files"), std::string::npos) << reasons;
 }
 
 TEST(FolderSource, thatIsNotThereIsTheProblemOfAllFiles) {

@@ -1,12 +1,17 @@
 #!/bin/sh
-# tools/faults must fail where it shows nothing, and where the tool has a weakness that it looks for.
-# usage: Faults_test.sh PROJECT STAND-IN USE HOST
+# tools/faults must fail where it shows nothing, and where the tool or the companion has a weakness that
+# it looks for.
+# usage: Faults_test.sh PROJECT STAND-IN COMPANION-STAND-IN USE HOST
 set -eu
-project=$1 use=$3 host=$4
+project=$1 use=$4 host=$5
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+
 for weakness in unmarked silent fragile forgiving few; do
     cp "$2" "$work/$weakness"
+done
+for weakness in unmarked cutting littering claiming mute crashing few; do
+    cp "$3" "$work/companion-$weakness"
 done
 
 # fails_with MESSAGE TOOL USE OPTION...
@@ -14,7 +19,7 @@ fails_with() {
     message=$1 tool=$2 used=$3
     shift 3
     status=0
-    "$project/tools/faults" "$tool" "$used" "$host" "$@" >"$work/out" 2>&1 || status=$?
+    "$project/tools/faults" "$tool" "$used" "$companion" "$host" "$@" >"$work/out" 2>&1 || status=$?
     if [ "$status" != 1 ] || ! grep -q -e "$message" "$work/out"; then
         cat "$work/out"
         echo "FAILED: status $status, expected 1 with \"$message\"" >&2
@@ -22,6 +27,7 @@ fails_with() {
     fi
 }
 
+companion=$work/companion-few
 # One fault of five reaches each weakness many times.
 fails_with 'never calls rt_sigaction(SIGPIPE' "$work/unmarked" "$use" --only tool
 fails_with 'status 255 without a message' "$work/silent" "$use" --only tool --thin 5
@@ -31,3 +37,20 @@ fails_with 'status 0, 0 bytes' "$work/forgiving" "$use" --only tool --thin 5
 fails_with 'the tool offers [0-9]* faults, at least [1-9][0-9]* are expected, and 0 were tried' \
     "$work/few" "$use" --only tool --thin 100000
 fails_with 'the library offers .*, and 0 were tried' "$work/few" "$use" --only library --thin 100000
+
+# companion_fails_with MESSAGE WEAKNESS OPTION...
+companion_fails_with() {
+    companion=$work/companion-$2
+    message=$1
+    shift 2
+    fails_with "$message" "$work/few" "$use" --only companion "$@"
+}
+
+companion_fails_with 'never calls rt_sigaction(SIGPIPE' unmarked
+companion_fails_with 'is neither old nor new' cutting --thin 3
+companion_fails_with 'thermika-fetch-1.part is left' littering --thin 3
+companion_fails_with 'status 0 with' claiming --thin 3
+companion_fails_with 'status 3: $' mute --thin 3
+companion_fails_with 'status -6' crashing --thin 3
+companion_fails_with 'the companion offers [0-9]* faults, at least [1-9][0-9]* are expected, and 0' \
+    few --thin 100000
