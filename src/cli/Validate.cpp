@@ -1,6 +1,12 @@
 // `thermika validate`: what is wrong with a configuration document after somebody edited it.
+#include <libxml/xmlmemory.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -23,6 +29,21 @@ struct Arguments {
     std::string file;
     std::string serialText;
 };
+
+/// Ends the process when it is null.
+void* ensured(void* memory) {
+    if (memory != nullptr) return memory;
+    Output::complain("out of memory");
+    _exit(static_cast<int>(Status::kFailed));
+}
+
+void* allocate(std::size_t size) { return ensured(std::malloc(size)); }
+
+void* reallocate(void* memory, std::size_t size) {
+    return ensured(std::realloc(memory, std::max<std::size_t>(size, 1)));
+}
+
+char* duplicate(const char* text) { return static_cast<char*>(ensured(strdup(text))); }
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -72,6 +93,8 @@ Json document(const std::string& file, const DocumentFindings& result) {
 }
 
 Status run(Session& session, const Arguments& arguments) {
+    // libxml2 goes on without the memory that it did not get: it judges half a document, or crashes.
+    xmlMemSetup(std::free, allocate, reallocate, duplicate);
     if (!arguments.serialText.empty()) chosenCamera(arguments.serialText, "validate");
     DocumentFindings result = checkDocument(readDocument(arguments.file));
     if (result.findings.empty())
