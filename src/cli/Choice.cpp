@@ -66,7 +66,7 @@ std::string listed(const std::vector<std::string>& choices) {
     std::string text;
     for (const std::string& each : choices)
         text.append(text.empty() ? "" : ", ").append("\"" + shown(each) + "\"");
-    return text.empty() ? "none" : text;
+    return text;
 }
 
 [[noreturn]] void refuse(const std::string& what, const std::vector<std::string>& choices) {
