@@ -35,6 +35,58 @@ TEST(Cameras, listsEachCameraWithTheStateOfItsFiles) {
     });
 }
 
+TEST(Cameras, tellsApartWhyTheFilesCannotBeUsed) {
+    inSandbox([] {
+        UsbTree bus;
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        fs::remove(std::string(thermika_test::kCaliDir) + "/" + thermika_test::kLastData);
+        bus.addCamera("1-1", "14080045");
+        const auto addDescription = [&bus](int number, const std::string& bytes) {
+            const std::string serial = std::to_string(14080045 + number);
+            bus.addCamera("1-" + std::to_string(number + 1), serial);
+            const std::string name = "Cali-" + serial + ".xml";
+            thermika_test::installFiles({{name, bytes}});
+            return std::string(thermika_test::kCaliDir) + "/" + name;
+        };
+        addDescription(1, "<html>\n");
+        fs::permissions(addDescription(2, "x"), fs::perms::none);
+        addDescription(3, "");
+        const std::string taken = addDescription(4, "x");
+        fs::remove(taken);
+        fs::create_directory(taken);
+        EXPECT_EQ(runCompanion({"cameras"}),
+                  (RunResult{"SERIAL    ENTRY  PRODUCT  FILES\n"
+                             "14080045  1-1    -        1 of 5 files not present\n"
+                             "14080046  1-2    -        description unusable\n"
+                             "14080047  1-3    -        description unreadable: Permission denied\n"
+                             "14080048  1-4    -        description empty\n"
+                             "14080049  1-5    -        description not a regular file\n",
+                             "", 0}));
+    });
+}
+
+TEST(Cameras, colorsTheStateOfTheFiles) {
+    inSandbox([] {
+        UsbTree bus;
+        bus.addCamera("1-1", "14080045");
+        bus.addCamera("1-2", "14080046");
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        EXPECT_EQ(runCompanion({"cameras", "--color=always"}).out,
+                  "\033[1mSERIAL\033[0m    \033[1mENTRY\033[0m  \033[1mPRODUCT\033[0m  "
+                  "\033[1mFILES\033[0m\n"
+                  "14080045  1-1    -        \033[32mcomplete (5 files)\033[0m\n"
+                  "14080046  1-2    -        \033[33mdescription missing\033[0m\n");
+        const RunResult plain = runCompanion({"cameras"});
+        EXPECT_EQ(plain.out.find('\033'), std::string::npos) << plain;
+        EXPECT_EQ(runCompanion({"cameras", "--color", "auto"}), plain);
+        EXPECT_EQ(runCompanion({"--color=never", "cameras"}), plain);
+        EXPECT_EQ(runCompanion({"--json", "cameras", "--color=always"}).out.find('\033'),
+                  std::string::npos);
+    });
+}
+
 TEST(Cameras, saysThatNoCameraIsAttached) {
     inSandbox([] {
         UsbTree bus;

@@ -128,6 +128,20 @@ TEST_F(ConfigChoice, goesToAFileThatIsNotOverwritten) {
     EXPECT_EQ(config({"--force"}).status, 2);
 }
 
+TEST(Config, leavesNoFileOnAFullDisk) {
+    inSandbox([] {
+        fs::create_directories("/usr/share/full");
+        thermika_test::mountOver("/usr/share/full", "size=4k");
+        thermika_test::writeFile("/usr/share/full/all", std::string(4096, 'x'));
+        EXPECT_EQ(runCompanion({"config", "14080045", "-q", "-o", "/usr/share/full/camera.xml"}),
+                  (RunResult{"",
+                             "thermika: cannot write /usr/share/full/camera.xml: No space left on "
+                             "device (is the disk full?)\n",
+                             3}));
+        EXPECT_EQ(thermika_test::contents("/usr/share/full").size(), 1U);
+    });
+}
+
 TEST(Config, refusesADirectoryThatIsNoXml) {
     const TempDir folder;
     const RunResult result = runCompanion({"config", "14080045", "--dir", folder / "a<b"});

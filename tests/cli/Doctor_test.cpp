@@ -92,6 +92,67 @@ TEST(Doctor, namesTheNextStepForWhateverIsWrong) {
     });
 }
 
+/// What the doctor says of this directory.
+std::string verdictOn(const std::string& directory, int status) {
+    const RunResult result = runCompanion({"--dir", directory, "doctor"});
+    EXPECT_EQ(result.status, status) << result;
+    return lineAbout("directory", result.out);
+}
+
+TEST(Doctor, saysWhatIsWrongWithTheDirectoryAndWhatToDo) {
+    inSandbox([] {
+        const UsbTree bus;
+        thermika_test::writeFile("/usr/share/file", "");
+        EXPECT_EQ(verdictOn("/usr/share/file", 1),
+                  "FAIL /usr/share/file is no directory (choose another: --dir)");
+        EXPECT_EQ(verdictOn("/usr/share/file/cali", 1),
+                  "FAIL /usr/share/file/cali: Not a directory (choose another: --dir)");
+
+        const std::string dir = "/usr/share/dir";
+        fs::create_directory(dir);
+        const auto judged = [&dir](int mode, int status) {
+            fs::permissions(dir, fs::perms(mode));
+            const std::string verdict = verdictOn(dir, status);
+            const std::size_t free = verdict.find(" free, ");
+            EXPECT_NE(free, std::string::npos) << verdict;
+            return verdict.substr(0, verdict.find(", ")) + verdict.substr(free + 5);
+        };
+        EXPECT_EQ(judged(0300, 1), "FAIL /usr/share/dir, not readable (is it yours?)");
+        EXPECT_EQ(judged(0600, 1), "FAIL /usr/share/dir, not readable (is it yours?)");
+        EXPECT_EQ(judged(0555, 0),
+                  "WARN /usr/share/dir, not writable (to fetch, become its owner or choose "
+                  "another: --dir)");
+        thermika_test::mountOver(dir, "size=1m,mode=0755");
+        EXPECT_EQ(verdictOn(dir, 0),
+                  "WARN /usr/share/dir, owner root:root, mode 0755, 1.0 MiB free, hardly any space "
+                  "left (make room)");
+        // Without a list of users, numbers stand for them.
+        thermika_test::mountEmptyFolder("/etc");
+        EXPECT_NE(verdictOn(dir, 0).find(", owner 0:0, "), std::string::npos);
+    });
+}
+
+TEST(Doctor, tellsEveryKindOfDeviceApart) {
+    inSandbox([] {
+        UsbTree bus;
+        bus.addDevice("1-1", {"0403", "6001", "FT4XK2A9"});
+        const RunResult other = runCompanion({"doctor"});
+        EXPECT_EQ(other.status, 0) << other;
+        EXPECT_EQ(lineAbout("device", other.out).find("OK the device at 1-1, "), 0U) << other;
+        EXPECT_EQ(lineAbout("camera", other.out).find("WARN no camera is attached ("), 0U) << other;
+
+        bus.addCamera("1-2", "0");
+        const RunResult unusable = runCompanion({"doctor", "--color=always"});
+        EXPECT_EQ(unusable.status, 1);
+        const auto begins = [&unusable](const std::string& subject, const std::string& with) {
+            EXPECT_EQ(lineAbout(subject, unusable.out).find(with), 0U) << unusable;
+        };
+        begins("camera", "\033[31mFAIL\033[0m the camera at 1-2 has no usable serial number: ");
+        begins("bus", "\033[32mOK\033[0m ");
+        begins("server", "\033[33mWARN\033[0m ");
+    });
+}
+
 TEST(Doctor, goesOnWithoutABus) {
     inSandbox([] {
         const RunResult result = runCompanion({"doctor"});

@@ -103,9 +103,16 @@ TEST(Documents, ofFilesAreAsTheSchemaSays) {
     for (const auto& [name, bytes] : thermika_test::cameraFiles()) writeFile(folder / name, bytes);
     EXPECT_NE(answer(command, 0, "files").find(R"("complete": true)"), std::string::npos);
     writeFile(folder / thermika_test::kFirstData, "");
+    fs::remove(folder / thermika_test::kFirstCurve);
+    fs::remove(folder / thermika_test::kLastData);
+    fs::create_directory(folder / thermika_test::kLastData);
+    fs::remove(folder / thermika_test::kLastCurve);
+    fs::create_symlink(thermika_test::kLastCurve, folder / thermika_test::kLastCurve);
     const std::string text =
         answer({"files", "14080045", "--missing", "--dir", folder.path()}, 1, "files");
-    EXPECT_NE(text.find(R"("state": "empty")"), std::string::npos) << text;
+    for (const char* const state : {"empty", "missing", "not-regular", "unreadable"})
+        EXPECT_NE(text.find(R"("state": ")" + std::string(state) + "\""), std::string::npos)
+            << text;
     EXPECT_EQ(text.find(R"("state": "present")"), std::string::npos) << text;
     writeFile(folder / thermika_test::kDescriptionName, "<html>");
     answer(command, 3, "files");
@@ -127,6 +134,34 @@ TEST(Documents, ofAFetchAreAsTheSchemaSays) {
     const std::string again = answer(command, 0, "fetch");
     EXPECT_NE(again.find(R"("outcome": "present")"), std::string::npos) << again;
     EXPECT_NE(again.find(R"("complete": true)"), std::string::npos) << again;
+}
+
+TEST(Documents, ofAFetchTellEachFailureApart) {
+    inSandbox([] {
+        const std::string source = "/usr/share/medium";
+        fs::create_directories(source);
+        for (const auto& [name, bytes] : thermika_test::cameraFiles())
+            writeFile(source + "/" + name, bytes);
+        const std::vector<std::string> command = {"fetch", "14080045", "-q", "--from", source};
+        fs::permissions(source + "/" + thermika_test::kFirstData, fs::perms::none);
+        const std::string failed = answer(command, 3, "fetch");
+        EXPECT_NE(failed.find(R"("outcome": "failed", "reason": ")"), std::string::npos) << failed;
+        EXPECT_NE(failed.find("Permission denied"), std::string::npos) << failed;
+
+        thermika_test::installFiles(
+            {{thermika_test::kDescriptionName, thermika_test::cameraDescription("a/\033b")}});
+        const std::string refused = answer(command, 3, "fetch");
+        EXPECT_NE(refused.find(R"("destination": null)"), std::string::npos) << refused;
+        EXPECT_NE(refused.find(R"("outcome": "refused", "reason": ")"), std::string::npos)
+            << refused;
+
+        thermika_test::makeReadOnly(thermika_test::kCaliDir);
+        std::vector<std::string> all = command;
+        all.emplace_back("--all");
+        const std::string untried = answer(all, 3, "fetch");
+        EXPECT_NE(untried.find(R"("outcome": "not-tried")"), std::string::npos) << untried;
+        EXPECT_NE(untried.find(R"("problem": ")"), std::string::npos) << untried;
+    });
 }
 
 TEST(Documents, ofAConfigurationAreAsTheSchemaSays) {

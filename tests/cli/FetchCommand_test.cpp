@@ -107,6 +107,8 @@ TEST_F(FetchFromFolder, namesWhatIsMissingAndWhy) {
     auto expected = cameraFiles();
     expected.erase(kFirstCurve);
     EXPECT_EQ(contents(m_directory), expected);
+    // Where a log is kept, the file has its line there as well.
+    EXPECT_EQ(runCompanion(command()).err.find("no " + kFirstCurve + ": "), 0U);
 }
 
 TEST_F(FetchFromFolder, endsWithTheDescriptionWhenThereIsNone) {
@@ -165,6 +167,19 @@ TEST_F(FetchFromFolder, saysThatTheDirectoryCannotBeWrittenAndHowToChooseAnother
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.err.find(m_home / "file"), std::string::npos) << result;
     EXPECT_NE(result.err.find("another directory: --dir DIR"), std::string::npos) << result;
+}
+
+TEST_F(FetchFromFolder, leavesNothingOnAFullDiskAndSaysSo) {
+    thermika_test::inSandbox([this] {
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::mountOver(thermika_test::kCaliDir, "size=8k,mode=0755");
+        const RunResult result =
+            runCompanion({"fetch", "14080045", "-q", "--from", m_medium.path()});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result;
+        for (const auto& [name, bytes] : contents(thermika_test::kCaliDir))
+            EXPECT_EQ(bytes, cameraFiles()[name]) << name;
+    });
 }
 
 /// The files of a camera with 200 optics of 13 frame rates each.

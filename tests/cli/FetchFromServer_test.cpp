@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -66,34 +67,50 @@ TEST(FetchFromServer, takesAMirrorOfTheSameLayout) {
     });
 }
 
-/// Ends the companion by a signal while a file arrives.
+/// Sends the companion a signal while a file arrives. `prepare` runs just before the companion.
+RunResult fetchAndSend(int signal, const std::function<void()>& prepare) {
+    const DownloadSandbox sandbox;
+    FileServer server;
+    thermika_test::serveFiles(server, cameraFiles());
+    server.setFault(thermika_test::onServer(kFirstData), "stall");
+    const RunResult result = runCompanion({"fetch", "14080045", "-q", "--jobs", "1"}, [&] {
+        prepare();
+        // A process beside it that waits for the file to be half there.
+        const pid_t companion = getpid();
+        if (fork() != 0) return;
+        for (int i = 0;
+             i < 500 && !fs::exists(std::string(thermika_test::kCaliDir) + "/" + kDescriptionName);
+             ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        kill(companion, signal);
+        _exit(0);
+    });
+    for (const auto& [name, bytes] : contents(thermika_test::kCaliDir))
+        EXPECT_EQ(bytes, cameraFiles()[name]) << name;
+    return result;
+}
+
 void interrupt(int signal) {
     inSandbox([signal] {
-        const DownloadSandbox sandbox;
-        FileServer server;
-        thermika_test::serveFiles(server, cameraFiles());
-        server.setFault(thermika_test::onServer(kFirstData), "stall");
-        const RunResult result = runCompanion({"fetch", "14080045", "-q", "--jobs", "1"}, [signal] {
-            // A process beside it that waits for the file to be half there.
-            const pid_t companion = getpid();
-            if (fork() != 0) return;
-            for (int i = 0; i < 500 && !fs::exists(std::string(thermika_test::kCaliDir) + "/" +
-                                                   kDescriptionName);
-                 ++i)
-                std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            std::this_thread::sleep_for(std::chrono::milliseconds(300));
-            kill(companion, signal);
-            _exit(0);
-        });
+        const RunResult result = fetchAndSend(signal, [] {});
         EXPECT_EQ(result.status, 3);
         EXPECT_NE(result.err.find("thermika: interrupted: "), std::string::npos) << result;
-        for (const auto& [name, bytes] : contents(thermika_test::kCaliDir))
-            EXPECT_EQ(bytes, cameraFiles()[name]) << name;
     });
 }
 
 TEST(FetchFromServer, endsCleanlyWhenInterrupted) { interrupt(SIGINT); }
 
 TEST(FetchFromServer, endsCleanlyWhenTerminated) { interrupt(SIGTERM); }
+
+TEST(FetchFromServer, endsCleanlyWhenItsTerminalIsClosed) { interrupt(SIGHUP); }
+
+// As nohup starts it.
+TEST(FetchFromServer, goesOnWhereTheSignalIsIgnoredByItsStarter) {
+    inSandbox([] {
+        EXPECT_EQ(fetchAndSend(SIGHUP, [] { ::signal(SIGHUP, SIG_IGN); }),
+                  (RunResult{"5 files fetched, 0 there already\n", "", 0}));
+    });
+}
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "support/CameraSet.h"
 #include "support/Companion.h"
+#include "support/DownloadSandbox.h"
 
 namespace {
 
@@ -93,6 +94,17 @@ TEST_F(Files, showsNamesFromTheDescriptionWithoutWhatATerminalActsOn) {
               "Cali-14080045-33-a\033[31mb-M");
 }
 
+TEST_F(Files, colorsStates) {
+    fs::remove(m_folder / thermika_test::kFirstData);
+    const RunResult result = runCompanion(command({"--color=always", "-q"}));
+    EXPECT_NE(result.out.find("481  \033[32mpresent\033[0m  Cali-14080045.xml\n"),
+              std::string::npos)
+        << result;
+    EXPECT_NE(result.out.find("-  \033[31mmissing\033[0m  " + thermika_test::kFirstData + "\n"),
+              std::string::npos)
+        << result;
+}
+
 TEST_F(Files, namesTheDescriptionAloneWhenItIsMissing) {
     fs::remove(m_folder / thermika_test::kDescriptionName);
     EXPECT_EQ(
@@ -111,6 +123,24 @@ TEST_F(Files, cannotTellWhenTheDescriptionIsNone) {
     EXPECT_EQ(result.err, "thermika: " + (m_folder / thermika_test::kDescriptionName) +
                               " lists no optics, so it is no calibration description (fetch it: "
                               "thermika fetch 14080045)\n");
+}
+
+TEST_F(Files, cannotBeToldWhenTheDescriptionIsNotReadable) {
+    thermika_test::inSandbox([] {
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        const std::string path =
+            std::string(thermika_test::kCaliDir) + "/" + thermika_test::kDescriptionName;
+        fs::permissions(path, fs::perms::none);
+        EXPECT_EQ(runCompanion({"files", "14080045"}),
+                  (RunResult{"SIZE  STATE                          NAME\n"
+                             "   -  unreadable: Permission denied  Cali-14080045.xml\n",
+                             "thermika: the calibration description " + path +
+                                 ": Permission denied (is it yours?)\n",
+                             3}));
+        for (const char* const command : {"optics", "files"})
+            EXPECT_EQ(runCompanion({command, "14080045"}).status, 3) << command;
+    });
 }
 
 }  // namespace

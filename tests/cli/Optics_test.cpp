@@ -1,9 +1,12 @@
 // `thermika optics`.
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/CaliDescriptions.h"
+#include "support/CameraSet.h"
 #include "support/Companion.h"
 
 namespace {
@@ -36,6 +39,31 @@ TEST(Optics, listsEachOpticsWithItsRanges) {
                          " 33  wide \\x1B[31m  -20..100  -40.5..100         2  4 missing  27 80\n"
                          " 60  -              0..250    0..250             1  2 missing  any\n",
                          "", 0}));
+}
+
+TEST(Optics, showsAnOpticsWithoutRanges) {
+    const TempDir folder;
+    writeDescription(
+        folder, 14080045,
+        opticsList(opticsElement(33, "", "") + opticsElement(60, "", rangeElement("0", "250"))));
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}),
+              (RunResult{"FOV  TEXT  RANGE   EXTENDED  DECIMALS  FILES      HZ\n"
+                         " 33  -     -       -                -  -          -\n"
+                         " 60  -     0..250  0..250           1  2 missing  any\n",
+                         "", 0}));
+}
+
+TEST(Optics, colorsWhatHasItsFilesAndWhatLacksSome) {
+    const TempDir folder;
+    for (const auto& [name, bytes] : thermika_test::cameraFiles())
+        thermika_test::writeFile(folder / name, bytes);
+    const std::vector<std::string> command = {"optics", "14080045", "--dir", folder.path(),
+                                              "--color=always"};
+    EXPECT_NE(runCompanion(command).out.find("\033[32mcomplete\033[0m  27 80\n"),
+              std::string::npos);
+    std::filesystem::remove(folder / thermika_test::kLastData);
+    EXPECT_NE(runCompanion(command).out.find("\033[31m1 missing\033[0m  27 80\n"),
+              std::string::npos);
 }
 
 TEST(Optics, saysWhichDescriptionIsMissingAndHowToGetIt) {

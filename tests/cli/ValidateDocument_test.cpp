@@ -161,6 +161,25 @@ TEST(ValidateDocument, namesWhatAContainerHoldsWhenNoNameIsNear) {
         "maxinterval\n");
 }
 
+TEST(ValidateDocument, findsARootInsideTheRoot) {
+    EXPECT_EQ(findingsIn("<imager>\n<imager><serial>14080045</serial></imager>\n"
+                         "<serial>14080045</serial></imager>"),
+              ":2: <imager> stands inside <imager>; keep the outer one\n");
+}
+
+TEST(ValidateDocument, findsAnotherTypeGivenToAContainer) {
+    const std::string type =
+        " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:type='none'";
+    EXPECT_EQ(findingsIn("<imager" + type + "><serial>14080045</serial></imager>"),
+              ":1: <imager> is not as it should be; leave it as thermika config prints it\n");
+}
+
+TEST(ValidateDocument, givesTheParsersWordsForMarkupThatFewGetWrong) {
+    EXPECT_EQ(findingsIn("<imager>\n<serial unit=8>14080045</serial></imager>"),
+              ":2: the markup is wrong: AttValue: \" or ' expected; correct it here or shortly "
+              "before\n");
+}
+
 TEST(ValidateDocument, findsElementsInsideValues) {
     EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov><b>33</b></fov></imager>"),
               ":1: <fov> holds \"33\"; give a whole number of degrees from 1 to 360: the field of "
