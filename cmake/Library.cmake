@@ -6,6 +6,8 @@ function(thermika_library name)
     add_library(${name}-objects OBJECT ${ARGN})
     target_include_directories(${name}-objects PRIVATE ${PROJECT_BINARY_DIR}/generated)
     thermika_settings(${name}-objects)
+    # Nobody puts another function in place of one of ours: calls within a source may be inlined.
+    target_compile_options(${name}-objects PRIVATE -fno-semantic-interposition)
 
     add_library(${name} $<TARGET_OBJECTS:${name}-objects>)
     if(BUILD_SHARED_LIBS)

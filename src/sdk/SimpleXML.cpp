@@ -107,16 +107,16 @@ bool SimpleXML::setNode() {
 bool SimpleXML::descend(std::string_view name, int index) {
     if (index < 0 || depth > kDeepestParent || !text) return false;
     ensureIndex();
-    const std::optional<Level> found = findSibling(name, index);
-    if (!found) return false;
+    const Level found = findSibling(name, index);
+    if (!found.exists()) return false;
     const std::size_t child = depth + std::size_t{1};
-    const std::int32_t contentFrom = contentStart(*found, name);
-    const auto contentTo = static_cast<std::int32_t>(m_tags->offsetOf(found->closingTag));
+    const std::int32_t contentFrom = contentStart(found, name);
+    const auto contentTo = static_cast<std::int32_t>(m_tags->offsetOf(found.closingTag));
     // What was found below stays found while the element is the same.
     if (start[child] != contentFrom || end[child] != contentTo) m_levels[child + 1] = Level();
     start[child] = contentFrom;
     end[child] = contentTo;
-    m_levels[child] = *found;
+    m_levels[child] = found;
     ++depth;
     return true;
 }
@@ -146,9 +146,9 @@ int SimpleXML::countElements(std::string_view name) {
     const Level& current = m_levels[depth];
     const std::size_t closingTo = std::min(current.closingTag + std::size_t{1}, m_tags->count());
     int count = 0;
-    auto found = findElement(name, current.firstTag, current.closingTag, closingTo);
-    for (; found; ++count)
-        found = findElement(name, found->closingTag, current.closingTag, closingTo);
+    Level found = findElement(name, current.firstTag, current.closingTag, closingTo);
+    for (; found.exists(); ++count)
+        found = findElement(name, found.closingTag, current.closingTag, closingTo);
     return count;
 }
 
@@ -225,34 +225,27 @@ std::int32_t SimpleXML::contentStart(const Level& element, std::string_view name
 
 /// The element `name` of the current one with this occurrence number. Begins at the one that was
 /// found there last, where that is not behind it.
-std::optional<SimpleXML::Level> SimpleXML::findSibling(std::string_view name, int index) const {
+SimpleXML::Level SimpleXML::findSibling(std::string_view name, int index) const {
     const std::size_t child = depth + std::size_t{1};
     const Level& last = m_levels[child];
     const std::size_t to = m_levels[depth].closingTag;
-    std::optional<Level> found;
-    if (last.occurrence != kNoOccurrence && last.occurrence <= index &&
-        start[child] == contentStart(last, name) &&
-        m_tags->isAt(name, TagKind::kOpening, last.openingTag)) {
-        found = last;
-    } else {
-        found = findElement(name, m_levels[depth].firstTag, to, to);
-        if (found) found->occurrence = 0;
-    }
-    while (found && found->occurrence < index) {
-        const std::int32_t next = found->occurrence + 1;
-        found = findElement(name, found->closingTag, to, to);
-        if (found) found->occurrence = next;
+    const bool isKnown = last.exists() && last.occurrence <= index &&
+                         start[child] == contentStart(last, name) &&
+                         m_tags->isAt(name, TagKind::kOpening, last.openingTag);
+    Level found = isKnown ? last : findElement(name, m_levels[depth].firstTag, to, to);
+    for (int next = found.occurrence + 1; found.exists() && next <= index; ++next) {
+        found = findElement(name, found.closingTag, to, to);
+        if (found.exists()) found.occurrence = next;
     }
     return found;
 }
 
 /// The first element `name` whose opening tag is one of the tags `from` to `to` - 1 and whose
 /// closing tag comes before `closingTo`.
-std::optional<SimpleXML::Level> SimpleXML::findElement(std::string_view name, std::size_t from,
-                                                       std::size_t to,
-                                                       std::size_t closingTo) const {
+SimpleXML::Level SimpleXML::findElement(std::string_view name, std::size_t from, std::size_t to,
+                                        std::size_t closingTo) const {
     const std::size_t opening = m_tags->find(name, TagKind::kOpening, from, to);
-    if (opening == kNoTag) return std::nullopt;
+    if (opening == kNoTag) return Level();
     const std::size_t content = m_tags->offsetOf(opening) + tagLength(name, TagKind::kOpening);
     const std::size_t first = m_tags->firstAt(content, opening + 1);
     // Deliberate: the first closing tag of the name, so an element that holds one of its own name
@@ -260,9 +253,9 @@ std::optional<SimpleXML::Level> SimpleXML::findElement(std::string_view name, st
     std::size_t closing = first;  // where the element is a value
     if (closing >= closingTo || !m_tags->isAt(name, TagKind::kClosing, closing))
         closing = m_tags->find(name, TagKind::kClosing, first, closingTo);
-    if (closing == kNoTag) return std::nullopt;
+    if (closing == kNoTag) return Level();
     return Level{static_cast<std::uint32_t>(opening), static_cast<std::uint32_t>(first),
-                 static_cast<std::uint32_t>(closing), kNoOccurrence};
+                 static_cast<std::uint32_t>(closing), 0};
 }
 
 /// The text of the first element `name` in the current one; the cursor stays where it is.
@@ -270,10 +263,10 @@ std::optional<std::string_view> SimpleXML::firstValue(std::string_view name) {
     if (depth > kDeepestParent || !text) return std::nullopt;
     ensureIndex();
     const Level& current = m_levels[depth];
-    const auto found = findElement(name, current.firstTag, current.closingTag, current.closingTag);
-    if (!found) return std::nullopt;
-    const auto from = static_cast<std::size_t>(contentStart(*found, name));
-    return std::string_view(text.get() + from, m_tags->offsetOf(found->closingTag) - from);
+    const Level found = findElement(name, current.firstTag, current.closingTag, current.closingTag);
+    if (!found.exists()) return std::nullopt;
+    const auto from = static_cast<std::size_t>(contentStart(found, name));
+    return std::string_view(text.get() + from, m_tags->offsetOf(found.closingTag) - from);
 }
 
 }  // namespace dax

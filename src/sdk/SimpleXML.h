@@ -123,6 +123,8 @@ private:
         std::uint32_t firstTag = 0;  ///< the first one behind the opening tag
         std::uint32_t closingTag = 0;
         std::int32_t occurrence = kNoOccurrence;  ///< of its name, in the level above
+
+        bool exists() const { return occurrence != kNoOccurrence; }
     };
 
     /// Bytes before the text's terminator; less than `size` once comments are gone.
@@ -146,9 +148,9 @@ private:
     bool read(std::string_view name, char** out);
 
     void ensureIndex();
-    std::optional<Level> findElement(std::string_view name, std::size_t from, std::size_t to,
-                                     std::size_t closingTo) const;
-    std::optional<Level> findSibling(std::string_view name, int index) const;
+    Level findElement(std::string_view name, std::size_t from, std::size_t to,
+                      std::size_t closingTo) const;
+    Level findSibling(std::string_view name, int index) const;
     std::int32_t contentStart(const Level& element, std::string_view name) const;
     std::optional<std::string_view> firstValue(std::string_view name);
 };

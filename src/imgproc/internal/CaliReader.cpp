@@ -36,23 +36,14 @@ void readTableParams(SimpleXML& document, TableParams& table) {
     if (document.getFloat("Lambda", &lambda)) table.Lambda = static_cast<double>(lambda);
 }
 
-/// Room for the elements `name` of the current one.
-template <typename Record>
-std::vector<Record> roomFor(SimpleXML& document, const char* name) {
-    std::vector<Record> records;
-    records.reserve(static_cast<std::size_t>(document.getNodeCount(name)));
-    return records;
-}
-
-/// Descends to the element `name` that becomes the next of `records`. There are as many as were
-/// counted: a further one would have to end with the current element, which has another name.
+/// Descends to the element `name` that becomes the next of `records`; false behind the last.
 template <typename Record>
 bool descendToNext(SimpleXML& document, const char* name, const std::vector<Record>& records) {
     return document.setNode(name, static_cast<int>(records.size()));
 }
 
 std::vector<std::uint16_t> readFramerates(SimpleXML& document) {
-    auto rates = roomFor<std::uint16_t>(document, "Framerate");
+    std::vector<std::uint16_t> rates;
     while (descendToNext(document, "Framerate", rates)) {
         readInteger(document, "FR", rates.emplace_back());
         document.resetNode();
@@ -84,7 +75,7 @@ void readTemperatureRange(SimpleXML& document, TemperatureRange& range) {
 }
 
 std::vector<TemperatureRange> readTemperatureRanges(SimpleXML& document) {
-    auto ranges = roomFor<TemperatureRange>(document, "TemperatureRange");
+    std::vector<TemperatureRange> ranges;
     while (descendToNext(document, "TemperatureRange", ranges)) {
         readTemperatureRange(document, ranges.emplace_back());
         document.resetNode();
@@ -141,7 +132,7 @@ std::vector<OpticsDef> readOptics(SimpleXML& document) {
     document.setNode();
     document.setNode("Temperature");
     document.setNode("Optics");
-    auto optics = roomFor<OpticsDef>(document, "OpticsDef");
+    std::vector<OpticsDef> optics;
     while (descendToNext(document, "OpticsDef", optics)) {
         readOpticsDef(document, optics);
         document.resetNode();

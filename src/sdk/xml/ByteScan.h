@@ -43,39 +43,41 @@ namespace byte_scan {
 
 constexpr std::size_t kBlock = 4 * kScanStep;
 
-/// One bit for each of the kBlock positions from `block` on that holds the byte, the lowest for the
-/// first; with `kIsPair`, for each that holds it as the next one does, which reads one byte more.
-template <char kByte, bool kIsPair>
-[[gnu::always_inline]] inline std::uint64_t positionsInBlock(const char* block) {
-    __m128i equal[kBlock / kScanStep];
-    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) {
-        const auto* const at = reinterpret_cast<const __m128i*>(block + i * kScanStep);
-        equal[i] = _mm_cmpeq_epi8(_mm_loadu_si128(at), _mm_set1_epi8(kByte));
-    }
+/// One bit for each of the kBlock positions from `block` on that holds `byte`, the lowest for the
+/// first; with `kIsPair`, that holds `byte` and then `next`, which reads one byte more.
+template <bool kIsPair>
+[[gnu::always_inline]] inline std::uint64_t positionsInBlock(const char* block, char byte,
+                                                             char next) {
+    const auto equal = [block](std::size_t i, char wanted) {
+        const auto* const at = reinterpret_cast<const __m128i*>(block + i);
+        return _mm_cmpeq_epi8(_mm_loadu_si128(at), _mm_set1_epi8(wanted));
+    };
+    __m128i found[kBlock / kScanStep];
+    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) found[i] = equal(i * kScanStep, byte);
     if constexpr (kIsPair) {
-        // Pairs are searched of bytes that are rare.
+        // Pairs are rare, so is the first byte of most.
         const __m128i any =
-            _mm_or_si128(_mm_or_si128(equal[0], equal[1]), _mm_or_si128(equal[2], equal[3]));
+            _mm_or_si128(_mm_or_si128(found[0], found[1]), _mm_or_si128(found[2], found[3]));
         if (_mm_movemask_epi8(any) == 0) return 0;
+        for (std::size_t i = 0; i < kBlock / kScanStep; ++i)
+            found[i] = _mm_and_si128(found[i], equal(i * kScanStep + 1, next));
     }
     std::uint64_t positions = 0;
     for (std::size_t i = 0; i < kBlock / kScanStep; ++i) {
-        const auto bits = static_cast<std::uint32_t>(_mm_movemask_epi8(equal[i]));
+        const auto bits = static_cast<std::uint32_t>(_mm_movemask_epi8(found[i]));
         positions |= std::uint64_t{bits} << (i * kScanStep);
     }
-    if constexpr (!kIsPair) return positions;
-    const std::uint64_t next = block[kBlock] == kByte ? 1 : 0;
-    return positions & (positions >> 1 | next << (kBlock - 1));
+    return positions;
 }
 
 #endif
 
-template <char kByte, bool kIsPair, typename Visit>
-bool visit(std::string_view text, const Visit& visitOffset) {
+template <bool kIsPair, typename Visit>
+bool visit(std::string_view text, char byte, char next, const Visit& visitOffset) {
     std::size_t from = 0;
 #ifdef __SSE2__
     for (; text.size() - from > kBlock; from += kBlock) {
-        auto positions = positionsInBlock<kByte, kIsPair>(text.data() + from);
+        auto positions = positionsInBlock<kIsPair>(text.data() + from, byte, next);
         for (; positions != 0; positions &= positions - 1) {
             const auto position = static_cast<std::size_t>(__builtin_ctzll(positions));
             if (!visitOffset(from + position)) return false;
@@ -85,7 +87,7 @@ bool visit(std::string_view text, const Visit& visitOffset) {
     // The plain form; also for the last bytes, which fill no block.
     for (const std::size_t to = text.size() - std::min(text.size(), std::size_t{kIsPair});
          from < to; ++from) {
-        if (text[from] != kByte || (kIsPair && text[from + 1] != kByte)) continue;
+        if (text[from] != byte || (kIsPair && text[from + 1] != next)) continue;
         if (!visitOffset(from)) return false;
     }
     return true;
@@ -93,18 +95,18 @@ bool visit(std::string_view text, const Visit& visitOffset) {
 
 }  // namespace byte_scan
 
-/// Calls `visitOffset` with the offset of each `kByte` in `text`, in ascending order, until it
+/// Calls `visitOffset` with the offset of each `byte` in `text`, in ascending order, until it
 /// answers false. It may overwrite what lies before that offset. False when it ever answered so.
-template <char kByte, typename Visit>
-bool visitBytes(std::string_view text, const Visit& visitOffset) {
-    return byte_scan::visit<kByte, false>(text, visitOffset);
+template <typename Visit>
+bool visitBytes(std::string_view text, char byte, const Visit& visitOffset) {
+    return byte_scan::visit<false>(text, byte, byte, visitOffset);
 }
 
-/// The same for each `kByte` that another one follows. Pairs may overlap: three bytes are two
-/// pairs.
-template <char kByte, typename Visit>
-bool visitPairs(std::string_view text, const Visit& visitOffset) {
-    return byte_scan::visit<kByte, true>(text, visitOffset);
+/// The same for each `first` that is followed by `second`. Pairs of one byte may overlap: three in
+/// a row are two pairs.
+template <typename Visit>
+bool visitPairs(std::string_view text, char first, char second, const Visit& visitOffset) {
+    return byte_scan::visit<true>(text, first, second, visitOffset);
 }
 
 }  // namespace dax

@@ -68,7 +68,7 @@ std::size_t joinLines(char* to, std::string_view text, const char* end) {
         begin = feed + 1;
         return true;
     };
-    if (visitBytes<'\n'>(text, join)) join(text.size());
+    if (visitBytes(text, '\n', join)) join(text.size());
     return static_cast<std::size_t>(next - to);
 }
 

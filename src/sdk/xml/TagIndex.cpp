@@ -14,7 +14,7 @@ TagIndex::TagIndex(std::string_view text) : m_text(text) {
     // Room that is not needed is never touched.
     m_offsets.reserve(text.size() / kUsualTagDistance);
     m_fingerprints.reserve(text.size() / kUsualTagDistance + kScanStep);
-    visitBytes<'<'>(text, [&](std::size_t at) {
+    visitBytes(text, '<', [&](std::size_t at) {
         m_offsets.push_back(static_cast<std::uint32_t>(at));
         const std::string_view behind(text.data() + at + 1, text.size() - at - 1);
         m_fingerprints.push_back(

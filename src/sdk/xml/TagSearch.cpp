@@ -13,9 +13,12 @@ std::size_t findTag(std::string_view text, std::string_view name, TagKind kind, 
     if (text.size() < length) return kNoTag;
     limit = std::min(limit, text.size() - length + 1);  // behind it no tag has room
     if (from >= limit) return kNoTag;
+    // A tag's last two bytes are rarer than its first: few places are looked at closely.
+    const char last = !name.empty() ? name.back() : kind == TagKind::kOpening ? '<' : '/';
     std::size_t found = kNoTag;
-    visitBytes<'<'>(text.substr(from, limit - from), [&](std::size_t place) {
-        if (!isTagAt(text.data() + from + place, name, kind)) return true;
+    visitPairs(text.substr(from + length - 2, limit - from + 1), last, '>', [&](std::size_t place) {
+        if (text[from + place] != '<' || !isTagAt(text.data() + from + place, name, kind))
+            return true;
         found = from + place;
         return false;
     });
