@@ -13,6 +13,7 @@ endfunction()
 
 thermika_consumer_test(buildsWithCMakeAgainstTheInstalledPackage cmake_test.sh)
 thermika_consumer_test(compilesEachHeaderAlone headers_test.sh)
+thermika_consumer_test(keepsWhatAPackagerDecides packager_test.sh)
 thermika_consumer_test(getsOnlyTheLibraryFromASubproject subproject_test.sh)
 
 # The sanitizers' own libraries are no matter of pkg-config's, nor of the list of symbols.

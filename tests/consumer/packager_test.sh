@@ -1,0 +1,40 @@
+#!/bin/sh
+# What whoever packages Thermika decides stays decided: a FORTIFY level of its own, shared libraries,
+# the cameras' directory whatever the prefix is; and the usual command finds the tests.
+# Environment: THERMIKA_SOURCE; what CMake itself reads.
+set -eu
+export LC_ALL=C
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+    echo "FAILED: $1" >&2
+    exit 1
+}
+configure() { # configure FOLDER ARGUMENT...
+    folder=$work/$1
+    shift
+    cmake -S "$THERMIKA_SOURCE" -B "$folder" -DTHERMIKA_CLI=OFF -DTHERMIKA_FETCH=OFF \
+        -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@" >"$work/log" 2>&1 || {
+        cat "$work/log" >&2
+        fail "cannot be configured: $*"
+    }
+    commands=$folder/compile_commands.json
+    grep -q 'sdk/SimpleXML.cpp' "$commands" || fail 'the library is not compiled'
+}
+
+configure own -DCMAKE_CXX_FLAGS='-O2 -D_FORTIFY_SOURCE=1' -DBUILD_SHARED_LIBS=ON
+[ "$(grep -o '_FORTIFY_SOURCE=.' "$commands" | sort -u)" = _FORTIFY_SOURCE=1 ] ||
+    fail "a packager's own FORTIFY level is replaced"
+cmake --build "$folder" --target help >"$work/targets"
+grep -q 'libthermika\.so' "$work/targets" || fail 'BUILD_SHARED_LIBS gives no shared library'
+grep -qw test "$work/targets" || fail 'there is no target "test"'
+
+# Without one of its own, ours.
+configure ours -DCMAKE_CXX_FLAGS=-U_FORTIFY_SOURCE -DCMAKE_INSTALL_PREFIX=/opt/thermika
+grep -q '_FORTIFY_SOURCE=2' "$commands" || fail 'no FORTIFY level is set'
+grep -q '"/usr/share/libthermika"' "$folder/generated/sdk/base/BuildConfig.h" ||
+    fail 'the directory follows the prefix'
+configure elsewhere -DTHERMIKA_DATA_DIR=/srv/cameras
+grep -q '"/srv/cameras"' "$folder/generated/sdk/base/BuildConfig.h" ||
+    fail 'THERMIKA_DATA_DIR is not heard'
