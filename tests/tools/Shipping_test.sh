@@ -1,0 +1,59 @@
+#!/bin/sh
+# What builds packages, tries other machines and compares interfaces must not succeed when the
+# programs that it runs did nothing at all.
+# usage: Shipping_test.sh PROJECT
+set -eu
+project=$1
+[ -d "${TMPDIR-/tmp}" ] || unset TMPDIR
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/bin" "$work/project"
+cp -r "$project/tools" "$project/packaging" "$project/examples" "$project/CMakeLists.txt" "$work/project"
+
+# stand_in NAME...: succeed, and do nothing.
+stand_in() {
+    for name in "$@"; do
+        printf '#!/bin/sh\nexit 0\n' >"$work/bin/$name"
+        chmod +x "$work/bin/$name"
+    done
+}
+# fails_with MESSAGE COMMAND...
+fails_with() {
+    message=$1
+    shift
+    status=0
+    (cd "$work/project" && PATH=$work/bin:$PATH "$@") >"$work/out" 2>&1 || status=$?
+    if [ "$status" = 0 ] || ! grep -q -e "$message" "$work/out"; then
+        cat "$work/out" >&2
+        echo "FAILED: status $status of $*, expected a failure with \"$message\"" >&2
+        exit 1
+    fi
+}
+
+stand_in dpkg-buildpackage lintian autopkgtest rpmbuild rpm rpmlint shellcheck makepkg cmake ctest abidw \
+    abidiff
+cat >"$work/bin/git" <<'TEXT'
+#!/bin/sh
+[ "$1" = archive ] && exec tar -c CMakeLists.txt
+exec find . -type f -print0
+TEXT
+chmod +x "$work/bin/git"
+
+fails_with 'no package was built' tools/package build/package --test --twice
+fails_with 'not three RPM packages' tools/package-elsewhere build/elsewhere
+fails_with 'no library with functions' tools/abi revision
+
+cat >"$work/tool" <<'TEXT'
+#!/bin/sh
+echo "<serial>$2</serial>"
+TEXT
+chmod +x "$work/tool"
+fails_with 'i386 .*another document' tools/ports "$work/tool" --tool i386
+mkdir -p "$work/project/build/ports/i386/thermika"
+printf '#!/bin/sh\n' >"$work/nothing"
+chmod +x "$work/nothing"
+cp "$work/nothing" "$work/project/build/ports/i386/thermika/thermika-genconfig"
+fails_with 'i386 .*another document' tools/ports "$work/nothing" --tool i386
+cp "$work/tool" "$work/project/build/ports/i386/thermika/thermika-genconfig"
+mkdir -p "$work/project/build/ports/i386/system"
+fails_with 'i386 .*no tests ran' tools/ports "$work/tool" i386
