@@ -66,4 +66,25 @@ echo "$commands" | while read -r command; do
     esac || echo "$command"
 done >"$work/untried"
 [ ! -s "$work/untried" ] || fail "README.md shows commands that nothing tries: $(cat "$work/untried")"
+
+# RELEASING.md: numbered without a gap, and every verb, option and file of its commands is there.
+sed -n 's/^\([0-9]*\)\. .*/\1/p' RELEASING.md >"$work/numbers"
+if [ ! -s "$work/numbers" ] || ! seq "$(wc -l <"$work/numbers")" | cmp -s - "$work/numbers"; then
+    fail 'the steps of RELEASING.md are not numbered one by one'
+fi
+sed -n 's/^       //p' RELEASING.md >"$work/commands"
+./dev help >"$work/usage"
+grep -o '\./dev .*' "$work/commands" | while read -r door verb options; do
+    [ "$door" = ./dev ]
+    grep -q "^  $verb " "$work/usage" || echo "$verb"
+    for option in $options; do
+        case $option in
+        --*) grep -q -e "^  $verb .*$option" "$work/usage" || echo "$verb $option" ;;
+        esac
+    done
+done >"$work/lost"
+[ ! -s "$work/lost" ] || fail "RELEASING.md calls verbs that ./dev lacks: $(cat "$work/lost")"
+for file in .ci/run CMakeLists.txt packaging/arch/PKGBUILD CHANGELOG.md packaging/debian/changelog; do
+    [ -f "$file" ] || fail "RELEASING.md is about $file, which is not there"
+done
 exit $failed
