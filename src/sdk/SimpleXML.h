@@ -4,9 +4,7 @@
 //
 // Use: open(), then setNode() to select the whole document, then descend and read. An operation
 // called before that, or with a null pointer, finds nothing; only getKey() needs no setNode().
-// Nothing outside the loaded text is ever read. The first search, by all but getKey(), makes an
-// index of the document's tags; each search then compares one byte per tag. Allocation failures
-// propagate, and the object stays usable.
+// Nothing outside the text is read. Allocation failures propagate, and the object stays usable.
 #pragma once
 
 #include <array>
@@ -107,10 +105,6 @@ public:
 
 private:
     static constexpr std::size_t kCursorLevels = 256;
-    /// The element that is reached below it has the largest depth.
-    static constexpr std::uint16_t kDeepestParent = kCursorLevels - 3;
-    static constexpr std::int32_t kNoOccurrence = -1;
-
     std::int32_t size = 0;
     std::array<std::int32_t, kCursorLevels> start{};
     std::array<std::int32_t, kCursorLevels> end{};
@@ -122,16 +116,13 @@ private:
         std::uint32_t openingTag = 0;
         std::uint32_t firstTag = 0;  ///< the first one behind the opening tag
         std::uint32_t closingTag = 0;
-        std::int32_t occurrence = kNoOccurrence;  ///< of its name, in the level above
-
-        bool exists() const { return occurrence != kNoOccurrence; }
+        std::int32_t occurrence = -1;  ///< of its name, in the level above; -1 for no element
+        bool exists() const { return occurrence >= 0; }
     };
 
-    /// Bytes before the text's terminator; less than `size` once comments are gone.
-    std::size_t m_length = 0;
+    std::size_t m_length = 0;  ///< before the terminator; less than `size` once comments are gone
     std::unique_ptr<TagIndex> m_tags;  ///< made by the first search of the document
-    /// Beside each `start` and `end`: the next sibling is searched from there. What was found at a
-    /// level stays after the cursor has left it.
+    /// Of each `start` and `end`; kept when the cursor leaves: the next sibling is searched there.
     std::array<Level, kCursorLevels> m_levels{};
 
     /// A null name is one that no text holds. Inline, so that a literal's length is known.

@@ -27,25 +27,12 @@ BoundedText& BoundedText::append(std::string_view piece) {
     return *this;
 }
 
-BoundedText& BoundedText::append(char character) {
-    if (m_room == 0) return *this;
-    *m_end++ = character;
-    --m_room;
-    *m_end = '\0';
-    return *this;
-}
+BoundedText& BoundedText::append(char character) { return append({&character, 1}); }
 
 BoundedText& BoundedText::append(int number) {
-    if (m_room < kNumberChars) {
-        char digits[kNumberChars];
-        const char* const end = std::to_chars(digits, digits + kNumberChars, number).ptr;
-        return append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
-    }
-    char* const end = std::to_chars(m_end, m_end + kNumberChars, number).ptr;
-    m_room -= static_cast<std::size_t>(end - m_end);
-    m_end = end;
-    *m_end = '\0';
-    return *this;
+    char digits[kNumberChars];
+    const char* const end = std::to_chars(digits, digits + kNumberChars, number).ptr;
+    return append({digits, static_cast<std::size_t>(end - digits)});
 }
 
 }  // namespace dax
