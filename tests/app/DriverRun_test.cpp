@@ -8,8 +8,8 @@
 
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/Logger.h"
-#include "support/Clock.h"
 #include "support/ExpectedDocument.h"
+#include "support/ProcessState.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
 

@@ -20,8 +20,8 @@
 #include "imgproc/internal/CaliView.h"
 #include "support/BuildPaths.h"
 #include "support/CaliDescriptions.h"
-#include "support/Locales.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -82,7 +82,7 @@ TEST(CaliLoad, logsFolderNameAndTheFirstParameters) {
                      "<Main><TecA>1</TecA><TecB>65535</TecB><TecC>65536</TecC><TecD>-1</TecD>"
                      "</Main>");
     ConfigCali cali;
-    LogLines log;
+    LogCapture log;
     cali.load(folder.path().c_str(), kSerial);
     EXPECT_EQ(log.all(), (Lines{"DEBUG [Cali] Calibration directory path: " + folder.path(),
                                 "DEBUG [Cali] Calibration file name: Cali-12345678.xml",
@@ -93,7 +93,7 @@ TEST(CaliLoad, logsDefaultParametersWhenTheDocumentHasNone) {
     const TempDir folder;
     writeDescription(folder, kSerial, "");
     ConfigCali cali;
-    LogLines log;
+    LogCapture log;
     cali.load(folder.path().c_str(), kSerial);
     EXPECT_EQ(log.all().at(2), "DEBUG [Cali] Calibration data A: 3400 B:400 C:400 D:120");
 }
@@ -105,7 +105,7 @@ TEST(CaliLoad, answersForTheSameSerialWithoutReadingAgain) {
     cali.load(folder.path().c_str(), kSerial);
     writeDescription(folder, kSerial, oneOptics(13));
     const ScopedLocale comma({{LC_NUMERIC, kDecimalCommaLocale}});
-    LogLines log;
+    LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), 0);
     EXPECT_EQ(log.all(), Lines{"DEBUG [Cali] Calibration XML file already loaded."});
     EXPECT_EQ(take(cali.getOptics(0)).first, 62);
@@ -134,7 +134,7 @@ TEST(CaliLoad, replacesEverythingForAnotherSerial) {
     writeDescription(folder, kOtherSerial, oneOptics(13));
     ConfigCali cali;
     cali.load(folder.path().c_str(), kSerial);
-    LogLines log;
+    LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), 0);
     EXPECT_EQ(log.all(),
               (Lines{"DEBUG [Cali] Serial number has changed (12345679), reload Calibration XML.",
@@ -153,7 +153,7 @@ TEST(CaliLoad, fallsBackToTheBuiltInDescriptionWhenTheNextFileIsMissing) {
     writeDescription(folder, kSerial, oneOptics(62));
     ConfigCali cali;
     cali.load(folder.path().c_str(), kSerial);
-    LogLines log;
+    LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), kCannotOpen);
     EXPECT_EQ(log.all(),
               (Lines{"DEBUG [Cali] Serial number has changed (12345679), reload Calibration XML.",
@@ -174,7 +174,7 @@ TEST(CaliLoad, readsTheFirstSerialAgainAfterAFailedReload) {
     cali.load(folder.path().c_str(), kSerial);
     cali.load(folder.path().c_str(), kOtherSerial);
     writeDescription(folder, kSerial, oneOptics(13));
-    LogLines log;
+    LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), 0);
     EXPECT_EQ(log.all().front(), "DEBUG [Cali] Calibration directory path: " + folder.path());
     EXPECT_EQ(take(cali.getOptics(0)).first, 13);
@@ -228,7 +228,7 @@ TEST(CaliLoad, refusesAnUnclosedComment) {
     const TempDir folder;
     writeDescription(folder, kSerial, "<!--" + oneOptics(62));
     ConfigCali cali;
-    LogLines log;
+    LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), kCannotOpen);
     EXPECT_EQ(log.all().back(), "ERROR [SimpleXML] Format of file " + (folder / nameOf(kSerial)) +
                                     " is wrong. Verify, that the XML document is well-formed!");
@@ -307,13 +307,11 @@ TEST(CaliLoad, createsOneLevelOfFoldersOnly) {
 
 TEST(CaliLoad, looksBelowTheWorkingFolderWhenNoneIsNamed) {
     const TempDir folder;
-    const std::filesystem::path former = std::filesystem::current_path();
     std::filesystem::create_directory(folder / "Imager");
     writeFile(folder / ("Imager/" + nameOf(kSerial)), description(oneOptics(62)));
-    std::filesystem::current_path(folder.path());
+    const thermika_test::WorkingDirectory here(folder.path());
     ConfigCali cali;
     EXPECT_EQ(cali.load("", kSerial), 0);
-    std::filesystem::current_path(former);
     EXPECT_EQ(take(cali.getOptics(0)).first, 62);
 }
 

@@ -7,7 +7,7 @@
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
 #include "support/FailingNew.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -123,7 +123,7 @@ TEST(CaliMemory, keepsNoParameterOfALoadThatFailed) {
             break;
         } catch (const std::bad_alloc&) {
         }
-        LogLines log;
+        LogCapture log;
         EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), 0) << failed;
         EXPECT_EQ(log.all().at(2), "DEBUG [Cali] Calibration data A: 3400 B:400 C:400 D:120")
             << failed;

@@ -21,7 +21,7 @@
 namespace thermika_test {
 namespace {
 
-constexpr unsigned int kDescriptions = 150;
+constexpr unsigned int kDescriptions = 50;
 constexpr int kFovs[] = {30, 62, 0, -1, 31};
 constexpr int kRates[] = {0, 27, 80, 30, 65535};
 

@@ -8,7 +8,7 @@
 
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 
 namespace thermika_test {
 namespace {

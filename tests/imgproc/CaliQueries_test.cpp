@@ -9,7 +9,7 @@
 
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -334,7 +334,7 @@ TEST(CaliQueries, findsNothingInADocumentWithoutRoot) {
                                                 opticsList(opticsElement(30, "", "")) +
                                                 "\n</Other>\n");
     ConfigCali cali;
-    thermika_test::LogLines log;
+    thermika_test::LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), 0);
     EXPECT_EQ(log.all().back(), "DEBUG [Cali] Calibration data A: 3400 B:400 C:400 D:120");
     EXPECT_TRUE(cali.isLoaded(kSerial));

@@ -1,9 +1,6 @@
 // The front end of the log: which verbosity shows what, and the name of the log file.
 #include "sdk/IRLogger.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <climits>
 #include <cstdint>
 #include <filesystem>
@@ -12,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
-#include "support/Clock.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -52,18 +49,11 @@ void setVerbosity(int consoleLevel, int fileLevel, const char* logFile) {
 // No logger yet; the working directory is an empty folder. Every line is shown at second 0.
 class IRLogger : public testing::Test {
 protected:
-    IRLogger() : m_formerDirectory(open(".", O_PATH | O_CLOEXEC)) {
-        kelvra::Logger::releaseInstance();
-        std::filesystem::current_path(m_dir.path());
-    }
-    ~IRLogger() override {
-        kelvra::Logger::releaseInstance();
-        EXPECT_EQ(fchdir(m_formerDirectory), 0);
-        close(m_formerDirectory);
-    }
+    IRLogger() { kelvra::Logger::releaseInstance(); }
+    ~IRLogger() override { kelvra::Logger::releaseInstance(); }
 
-    const int m_formerDirectory;
     const thermika_test::TempDir m_dir;
+    const thermika_test::WorkingDirectory m_here{m_dir.path()};
     const thermika_test::ScopedTimeZone m_zone{"UTC"};
     thermika_test::ScopedClock m_clock{kMorningUs};
 };

@@ -85,14 +85,12 @@ TEST_F(LoggerFiles, stampsANameThatIsADirectoryOnly) {
 
 // It is the current path already, and names no file.
 TEST_F(LoggerFiles, keepsAnEmptyNameWhenItIsNew) {
-    const std::filesystem::path former = std::filesystem::current_path();
-    std::filesystem::current_path(m_dir.path());
+    const thermika_test::WorkingDirectory here(m_dir.path());
     StderrCapture errors;
     logger().configure("", kBoth, 3, 3);
     print("one");
     EXPECT_EQ(errors.text(), "ERROR [Unit:1] @ 0s :one\n");
     EXPECT_TRUE(std::filesystem::is_empty(m_dir.path()));
-    std::filesystem::current_path(former);
 }
 
 TEST_F(LoggerFiles, keepsEarlierLinesWhenConfiguredTwiceInTheSameSecond) {

@@ -15,7 +15,7 @@
 
 #include "sdk/Logger.h"
 #include "sdk/base/WallClock.h"
-#include "support/Clock.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 
 namespace {
 

@@ -14,8 +14,8 @@
 #include <gtest/gtest.h>
 #include <locale.h>
 
-#include "support/Locales.h"
 #include "support/LoggerTest.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {

@@ -15,7 +15,7 @@
 #include "sdk/SimpleXML.h"
 #include "support/BuildPaths.h"
 #include "support/LoadedDocument.h"
-#include "support/LogCapture.h"
+#include "support/LogText.h"
 #include "support/TestFiles.h"
 
 namespace {

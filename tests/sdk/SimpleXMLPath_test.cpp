@@ -1,7 +1,5 @@
 // Opening a document by directory and name: the path, its limit, and the directory it creates.
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -14,7 +12,8 @@
 #include "sdk/IRCalibrationManager.h"
 #include "sdk/SimpleXML.h"
 #include "support/LoadedDocument.h"
-#include "support/LogCapture.h"
+#include "support/LogText.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -22,41 +21,13 @@ namespace {
 using thermika_test::LogCapture;
 using thermika_test::stringOf;
 using thermika_test::TempDir;
+using thermika_test::WorkingDirectory;
 using thermika_test::writeFile;
 
 constexpr std::size_t kLongestPath = 259;
 
 /// One line that names the limit, and nothing else.
 constexpr const char* kLimitLine = "^[^\n]*259[^\n]*\n$";
-
-/// Sets the working directory for as long as it lives.
-class WorkingDirectory {
-public:
-    explicit WorkingDirectory(const std::string& path) : m_former(open(".", O_PATH | O_CLOEXEC)) {
-        EXPECT_GE(m_former, 0);
-        EXPECT_EQ(chdir(path.c_str()), 0) << path;
-    }
-    ~WorkingDirectory() {
-        EXPECT_EQ(fchdir(m_former), 0);
-        close(m_former);
-    }
-    WorkingDirectory(const WorkingDirectory&) = delete;
-    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-private:
-    int m_former;
-};
-
-class FileModeMask {
-public:
-    explicit FileModeMask(mode_t mask) : m_former(umask(mask)) {}
-    ~FileModeMask() { umask(m_former); }
-    FileModeMask(const FileModeMask&) = delete;
-    FileModeMask& operator=(const FileModeMask&) = delete;
-
-private:
-    mode_t m_former;
-};
 
 bool openIn(dax::SimpleXML& reader, const std::string& dir, std::string name) {
     return reader.open(dir.c_str(), name.data(), "R");
@@ -129,7 +100,7 @@ TEST(SimpleXMLPath, doesNotOpenNullTexts) {
 TEST(SimpleXMLPath, createsTheDirectoryWithTheModeTheMaskAllows) {
     const LogCapture quiet;
     const TempDir dir;
-    const FileModeMask mask(027);
+    const thermika_test::Umask mask(027);
     dax::SimpleXML reader;
     EXPECT_FALSE(openIn(reader, dir / "new", "one"));
     EXPECT_EQ(modeOf(dir / "new"), 0750U);
@@ -138,7 +109,7 @@ TEST(SimpleXMLPath, createsTheDirectoryWithTheModeTheMaskAllows) {
 TEST(SimpleXMLPath, createsTheDirectoryWithEveryPermission) {
     const LogCapture quiet;
     const TempDir dir;
-    const FileModeMask mask(0);
+    const thermika_test::Umask mask(0);
     dax::SimpleXML reader;
     EXPECT_FALSE(openIn(reader, dir / "new", "one"));
     EXPECT_EQ(modeOf(dir / "new"), 0777U);

@@ -11,7 +11,7 @@
 
 #include "support/BuildPaths.h"
 #include "support/LoadedDocument.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 
 namespace thermika_test {
 

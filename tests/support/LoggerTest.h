@@ -9,8 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
-#include "support/Clock.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {

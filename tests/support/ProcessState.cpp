@@ -1,11 +1,15 @@
 // See the header. The two functions of the C library are defined here under their own names, so the
 // statically linked product code calls these.
-#include "support/Clock.h"
+#include "support/ProcessState.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
+#include <stdexcept>
 
 namespace {
 
@@ -39,6 +43,36 @@ extern "C" std::time_t time(std::time_t* now) noexcept {
 }
 
 namespace thermika_test {
+
+WorkingDirectory::WorkingDirectory(const std::string& path)
+    : m_former(open(".", O_PATH | O_CLOEXEC)) {
+    if (m_former < 0 || chdir(path.c_str()) != 0)
+        throw std::runtime_error("cannot work in " + path);
+}
+
+WorkingDirectory::~WorkingDirectory() {
+    if (fchdir(m_former) != 0) std::abort();
+    close(m_former);
+}
+
+Umask::Umask(mode_t mask) : m_former(umask(mask)) {}
+
+Umask::~Umask() { umask(m_former); }
+
+ScopedLocale::ScopedLocale(std::initializer_list<std::pair<int, const char*>> categories)
+    : m_former(std::setlocale(LC_ALL, nullptr)) {
+    std::setlocale(LC_ALL, "C");
+    for (const auto& [category, name] : categories) {
+        if (std::setlocale(category, name) != nullptr) continue;
+        std::setlocale(LC_ALL, m_former.c_str());
+        throw std::runtime_error(std::string("the locale ") + name +
+                                 " is missing (install the package locales-all)");
+    }
+}
+
+ScopedLocale::~ScopedLocale() { std::setlocale(LC_ALL, m_former.c_str()); }
+
+std::string numericLocale() { return std::setlocale(LC_NUMERIC, nullptr); }
 
 ScopedClock::ScopedClock(std::int64_t nowUs) {
     g_stands = true;

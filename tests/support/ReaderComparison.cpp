@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
-#include "support/LogCapture.h"
+#include "support/LogText.h"
 
 namespace thermika_test {
 

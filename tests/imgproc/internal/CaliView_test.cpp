@@ -6,7 +6,7 @@
 #include <string>
 
 #include "support/CaliDescriptions.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {

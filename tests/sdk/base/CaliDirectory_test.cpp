@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -17,14 +18,11 @@ using thermika_test::TempDir;
 /// Works in a folder of its own.
 class CaliDirectory : public testing::Test {
 protected:
-    CaliDirectory() { fs::current_path(m_folder.path()); }
-    ~CaliDirectory() override { fs::current_path(m_former); }
-
     const std::string& folder() const { return m_folder.path(); }
 
 private:
-    fs::path m_former = fs::current_path();
-    TempDir m_folder;
+    const TempDir m_folder;
+    const thermika_test::WorkingDirectory m_here{m_folder.path()};
 };
 
 TEST_F(CaliDirectory, isTheOneNamed) {

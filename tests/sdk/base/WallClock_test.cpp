@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/Clock.h"
+#include "support/ProcessState.h"
 
 namespace {
 

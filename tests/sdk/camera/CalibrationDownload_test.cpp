@@ -17,7 +17,7 @@
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
 #include "support/LateFiles.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 #include "support/Recorder.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"

@@ -16,8 +16,8 @@
 #include "sdk/IRLogger.h"
 #include "support/BuildPaths.h"
 #include "support/ExpectedDocument.h"
-#include "support/Locales.h"
 #include "support/LogText.h"
+#include "support/ProcessState.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
 

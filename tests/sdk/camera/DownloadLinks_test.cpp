@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include "sdk/IRCalibrationManager.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 #include "support/Recorder.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/FileCheckTest.h"
-#include "support/Locales.h"
+#include "support/ProcessState.h"
 
 namespace {
 

@@ -18,6 +18,7 @@
 
 #include "imgproc/Cali.h"
 #include "support/FileCheckTest.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -25,29 +26,6 @@ namespace fs = std::filesystem;
 using namespace thermika_test;
 
 constexpr const char* kDataFile = "Cali-12345678-33-0-250.dat";
-
-/// Works in another directory while it lives.
-class WorkingDirectory {
-public:
-    explicit WorkingDirectory(const std::string& path) { fs::current_path(path); }
-    ~WorkingDirectory() { fs::current_path(m_former); }
-    WorkingDirectory(const WorkingDirectory&) = delete;
-    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-private:
-    fs::path m_former = fs::current_path();
-};
-
-class Umask {
-public:
-    explicit Umask(mode_t mask) : m_former(umask(mask)) {}
-    ~Umask() { umask(m_former); }
-    Umask(const Umask&) = delete;
-    Umask& operator=(const Umask&) = delete;
-
-private:
-    mode_t m_former;
-};
 
 /// While it lives, the modes of files bind root as they bind everybody else.
 class WithoutPrivileges {

@@ -13,7 +13,7 @@
 
 #include "imgproc/Cali.h"
 #include "support/FileCheckTest.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
 
 namespace {
 
@@ -236,7 +236,7 @@ TEST_F(FileCheck, keepsToTheDescriptionThatIsLoadedForTheSerial) {
 TEST_F(FileCheck, logsNothingOnceTheDescriptionIsLoaded) {
     describeUsualCamera();
     EXPECT_NE(missing(), kComplete);
-    LogLines lines;
+    LogCapture lines;
     EXPECT_NE(missing(), kComplete);
     EXPECT_EQ(lines.all(), std::vector<std::string>());
 }

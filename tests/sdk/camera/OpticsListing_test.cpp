@@ -12,8 +12,8 @@
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
 #include "support/CaliTest.h"
-#include "support/Locales.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
+#include "support/ProcessState.h"
 
 namespace {
 
@@ -171,7 +171,7 @@ TEST_F(OpticsListing, createsTheCalibrationDirectoryWhenItLoads) {
 TEST_F(OpticsListing, logsNothingOnceTheDescriptionIsLoaded) {
     describe(kSerial, opticsElement(33, "", ""));
     manager().getAvailableOptics(kSerial);
-    thermika_test::LogLines lines;
+    thermika_test::LogCapture lines;
     manager().getAvailableOptics(kSerial);
     manager().getAvailableOptics(0);
     EXPECT_EQ(lines.all(), std::vector<std::string>());

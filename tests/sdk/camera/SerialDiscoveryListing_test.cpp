@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "sdk/camera/SerialDiscovery.h"
-#include "support/LogLines.h"
+#include "support/LogText.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -169,7 +169,7 @@ TEST_F(SerialDiscoveryListing, tellsWhyTheBusCannotBeRead) {
 TEST_F(SerialDiscoveryListing, changesNothingOfTheProcess) {
     plugInCamera("1-1", "14080045\n");
     const fs::path here = fs::current_path();
-    thermika_test::LogLines lines;
+    thermika_test::LogCapture lines;
     const std::size_t descriptors = thermika_test::openDescriptors();
     EXPECT_EQ(devices().size(), 1U);
     EXPECT_EQ(lines.all(), std::vector<std::string>());

@@ -18,6 +18,8 @@ using dax::kMaxLineChars;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
+constexpr std::size_t kBlock = 64;  // bytes that are searched or moved together
+
 std::optional<dax::DocumentText> readBytes(const std::string& bytes, const char* rootName) {
     const TempDir dir;
     const std::string file = dir / "document.xml";
@@ -141,39 +143,33 @@ TEST(DocumentText, endsBeforeALineThatIsTooLong) {
     }
 }
 
-TEST(DocumentText, readsALongDocumentWithLinesOfEveryLength) {
-    const std::string filler = lineOf(1021) + "\r\n";
-    std::string before = "<R>\n";
-    std::string joined;
-    for (int i = 0; i < 31; ++i) {
-        before += filler;
-        joined += lineOf(1021) + "\n";
-    }
-    for (std::size_t length = 1030; length < 1080; ++length) {
-        const std::string start = before + lineOf(length) + "\n";
-        const std::string text = joined + lineOf(length);
+TEST(DocumentText, joinsLinesOfEveryLength) {
+    const std::string filler = lineOf(kBlock - 3) + "\r\n";
+    for (std::size_t length = 0; length < 3 * kBlock; ++length) {
+        const std::string start = "<R>\n" + filler + lineOf(length) + "\n";
+        const std::string text = lineOf(kBlock - 3) + "\n" + lineOf(length);
         ASSERT_EQ(textOf(start), text) << length;
         ASSERT_EQ(textOf(start + "</R>\nbehind\n"), text) << length;
-        ASSERT_EQ(textOf(start + "\n" + filler + "x</R>\nbehind\n"), text + lineOf(1021) + "\n")
+        ASSERT_EQ(textOf(start + "\n" + filler + "x</R>\nbehind\n"),
+                  text + lineOf(kBlock - 3) + "\n")
             << length;
         ASSERT_EQ(textOf(start + std::string("a\0b\rc\n\rd\n</R>\n", 14)), text + "a\nd") << length;
         ASSERT_EQ(textOf(start + lineOf(kMaxLineChars + 1) + "\nbehind\n"), text) << length;
     }
 }
 
-TEST(DocumentText, readsALongFileWhereverItsRootStands) {
-    constexpr std::size_t kReadBytes = 128 * 1024;
+TEST(DocumentText, findsTheRootWhereverItStands) {
     const std::string marks = "<R>\r\none\n\ntwo\n</R>\nthree\n";
-    for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
-        std::string blank(kReadBytes - behind, ' ');
-        ASSERT_EQ(textOf(blank + marks), "onetwo") << behind;
-        ASSERT_EQ(textOf(lineOf(blank.size() + 5000) + marks), "onetwo") << behind;
-        for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
-        ASSERT_EQ(textOf("<" + blank.substr(1) + marks), "onetwo") << behind;
+    for (std::size_t before = kBlock; before <= 3 * kBlock; ++before) {
+        std::string blank(before, ' ');
+        ASSERT_EQ(textOf(blank + marks), "onetwo") << before;
+        ASSERT_EQ(textOf(lineOf(before + kMaxLineChars) + marks), "onetwo") << before;
+        for (std::size_t at = 40; at < blank.size(); at += 40) blank[at] = '\n';
+        ASSERT_EQ(textOf("<" + blank.substr(1) + marks), "onetwo") << before;
         std::string joined = blank.substr(5);
         joined.erase(std::remove(joined.begin(), joined.end(), '\n'), joined.end());
         ASSERT_EQ(textOf("<R>\n" + blank.substr(5) + "\n" + marks), joined + "<R>\nonetwo")
-            << behind;
+            << before;
     }
 }
 
@@ -200,7 +196,7 @@ TEST(DocumentText, tellsHowLongTheTextWasWithItsComments) {
 TEST(DocumentText, keepsEveryCommentWhenTheyDoNotPairUp) {
     std::string filler;
     std::string joined;
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < 50; ++i) {
         filler += "<!-- one -->\n<a> 1 </a>\n  <!-- two\n three -->\n";
         joined += "<!-- one --><a> 1 </a>  <!-- two three -->";
     }
@@ -216,17 +212,12 @@ TEST(DocumentText, keepsEveryCommentWhenTheyDoNotPairUp) {
 
 TEST(DocumentText, takesACommentOutThatLineFeedsPart) {
     const std::string marks = "<\n!\n-\n- <!--\n--\n>\n -\n->one<!-- -->-->\n<!--\n -->";
-    for (const std::size_t bytes : {32U * 1024, 128U * 1024}) {
-        for (std::size_t behind = 0; behind <= marks.size() + 1; ++behind) {
-            std::string blank(bytes - behind - 4, ' ');
-            for (std::size_t at = 1000; at < blank.size(); at += 1000) blank[at] = '\n';
-            blank.back() = '\n';
-            std::string left = blank;
-            left.erase(std::remove(left.begin(), left.end(), '\n'), left.end());
-            ASSERT_EQ(textOf("<R>\n" + blank + marks + "\n</R>\n"), left + "one-->") << behind;
-            ASSERT_EQ(textOf("<R>\n<!--" + blank.substr(4) + "-->" + marks + "\n</R>\n"), "one-->")
-                << behind;
-        }
+    for (std::size_t before = 10; before < 10 + 2 * kBlock; ++before) {
+        std::string blank(before, ' ');
+        blank.back() = '\n';
+        const std::string left(before - 1, ' ');
+        ASSERT_EQ(textOf("<R>\n" + blank + marks + "\n</R>\n"), left + "one-->") << before;
+        ASSERT_EQ(textOf("<R>\n<!--" + blank + "-->" + marks + "\n</R>\n"), "one-->") << before;
     }
 }
 
