@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "cli/Command.h"
 #include "cli/Escape.h"
@@ -69,12 +70,12 @@ private:
 
 void writeNewFile(const std::string& path, std::string_view bytes, bool mayReplace) {
     const TemporaryFile file(path);
-    if (!file.isOpen()) fail(path, errno, "may you write to that directory?");
+    if (!file.isOpen()) fail(path, errno, "is there such a directory, and may you write to it?");
     if (!file.write(bytes)) fail(path, errno, "is the disk full?");
     if (file.moveTo(path, mayReplace)) return;
     const int reason = errno;
-    if (reason == EEXIST) fail(path, reason, "--force replaces it");
-    fail(path, reason, "choose another name");
+    const bool isReplaceable = reason == EEXIST && !std::filesystem::is_directory(path);
+    fail(path, reason, isReplaceable ? "--force replaces it" : "choose another name");
 }
 
 }  // namespace thermika::cli

@@ -69,10 +69,13 @@ TEST(NewFile, replacesALinkNotWhatItLeadsTo) {
 
 TEST(NewFile, leavesNothingWhereItCannotBeWritten) {
     const TempDir folder;
-    EXPECT_EQ(problemOf(folder / "none/file", false),
-              "cannot write " + (folder / "none/file") +
-                  ": No such file or directory (may you write to that directory?)");
+    EXPECT_EQ(
+        problemOf(folder / "none/file", false),
+        "cannot write " + (folder / "none/file") +
+            ": No such file or directory (is there such a directory, and may you write to it?)");
     fs::create_directory(folder / "dir");
+    EXPECT_EQ(problemOf(folder / "dir", false),
+              "cannot write " + (folder / "dir") + ": File exists (choose another name)");
     EXPECT_EQ(problemOf(folder / "dir", true),
               "cannot write " + (folder / "dir") + ": Is a directory (choose another name)");
     EXPECT_EQ(entries(folder), 1U);
