@@ -31,9 +31,8 @@ std::string absenceText(const dax::FileStatus& file) {
 
 }  // namespace
 
-void addSerialArgument(CLI::App& command, std::string& text) {
-    command.add_option("SERIAL", text, "Serial number; without it the only attached camera")
-        ->type_name("");
+void addSerialArgument(CLI::App& command, std::string& text, const std::string& otherwise) {
+    command.add_option("SERIAL", text, "Serial number; without it " + otherwise)->type_name("");
 }
 
 unsigned long chosenCamera(const std::string& serialText, const std::string& command) {

@@ -13,8 +13,9 @@
 
 namespace thermika::cli {
 
-/// Adds the argument SERIAL, which ends up in `text`.
-void addSerialArgument(CLI::App& command, std::string& text);
+/// Adds the argument SERIAL, which ends up in `text`; `otherwise` says what is meant without it.
+void addSerialArgument(CLI::App& command, std::string& text,
+                       const std::string& otherwise = "the only attached camera");
 
 /// The camera of that serial number, or the only one that is attached when it is "". A Problem when
 /// it is no serial number, or as onlyAttachedCamera() says.

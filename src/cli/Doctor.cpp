@@ -91,13 +91,15 @@ std::string modeText(const struct stat& status) {
     return text.data();
 }
 
-Check directoryCheck(const std::string& subject, const std::string& directory, bool isWritten) {
+/// `whenAbsent`: what to do then. Without `isWritten`, reading it will do.
+Check directoryCheck(const std::string& subject, const std::string& directory,
+                     const char* whenAbsent, bool isWritten) {
     struct stat status {};
     if (stat(directory.c_str(), &status) != 0) {
         const int reason = errno;
         if (reason == ENOENT)
             return {Verdict::kWarn, subject,
-                    shown(directory) + " does not exist (thermika fetch creates it)"};
+                    shown(directory) + " does not exist (" + whenAbsent + ")"};
         return {Verdict::kFail, subject,
                 shown(directory) + ": " + std::strerror(reason) + " (choose another: --dir)"};
     }
@@ -202,8 +204,10 @@ Status run(Session& session, const std::string& serialText) {
     const auto serials = camerasMeant(serialText, bus);
     std::vector<Check> checks;
     checks.push_back(versionCheck());
-    checks.push_back(directoryCheck("directory", session.directory, true));
-    checks.push_back(directoryCheck("formats", dax::kDefaultFormatsDir, false));
+    checks.push_back(
+        directoryCheck("directory", session.directory, "thermika fetch creates it", true));
+    checks.push_back(directoryCheck("formats", dax::kDefaultFormatsDir,
+                                    "the program that shows the camera's images brings it", false));
     addBusChecks(bus, checks);
     for (const unsigned long serial : serials) addFileChecks(session, serial, checks);
     checks.push_back(serverCheck());
@@ -229,7 +233,7 @@ Status run(Session& session, const std::string& serialText) {
 
 Run addDoctor(CLI::App& command) {
     const auto serial = std::make_shared<std::string>();
-    addSerialArgument(command, *serial);
+    addSerialArgument(command, *serial, "every attached camera");
     command.footer("Example: thermika doctor");
     return [serial](Session& session) { return run(session, *serial); };
 }

@@ -119,7 +119,7 @@ Run addValidate(CLI::App& command) {
     command.add_option("FILE", arguments->file, "The configuration document")
         ->required()
         ->type_name("");
-    addSerialArgument(command, arguments->serialText);
+    addSerialArgument(command, arguments->serialText, "the one in the document");
     command.footer("Example: thermika validate camera.xml");
     return [arguments](Session& session) { return run(session, *arguments); };
 }

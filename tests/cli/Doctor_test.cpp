@@ -69,6 +69,9 @@ TEST(Doctor, namesTheNextStepForWhateverIsWrong) {
         EXPECT_EQ(empty.status, 0) << empty;
         EXPECT_EQ(lineAbout("directory", empty.out),
                   "WARN /usr/share/libthermika/cali does not exist (thermika fetch creates it)");
+        EXPECT_EQ(lineAbout("formats", empty.out),
+                  "WARN /usr/share/libthermika does not exist (the program that shows the camera's "
+                  "images brings it)");
         EXPECT_EQ(lineAbout("camera", empty.out),
                   "WARN no camera is attached (plug one in, or name one: thermika doctor SERIAL)");
         EXPECT_EQ(lineAbout("server", empty.out).substr(0, 5), "WARN ");
