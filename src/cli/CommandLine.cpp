@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
-#include <map>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -42,6 +41,13 @@ constexpr CommandRow kCommands[] = {
     {"completion", "Print the completion script for a shell", addCompletion},
 };
 
+Color colorOf(const std::string& word) {
+    if (word == "auto") return Color::kAuto;
+    if (word == "always") return Color::kAlways;
+    if (word == "never") return Color::kNever;
+    throw CLI::ValidationError("--color", "\"" + word + "\" is not auto, always or never");
+}
+
 void addSharedOptions(CommandLine& line) {
     CLI::App& app = line.app;
     Output& output = line.session.output;
@@ -54,12 +60,20 @@ void addSharedOptions(CommandLine& line) {
     app.add_flag("--json", output.isJson, "Print one JSON document");
     app.add_flag("-q,--quiet", output.isQuiet, "Print results and errors only");
     app.add_flag("-v,--verbose", output.isVerbose, "Print the library's log on standard error");
-    static const std::map<std::string, Color> kColors = {
-        {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
-    app.add_option("--color", output.color, "Colour the output: auto, always or never")
-        ->type_name("WHEN")
-        ->transform(CLI::Transformer(kColors));
+    app.add_option_function<std::string>(
+           "--color", [&output](const std::string& word) { output.color = colorOf(word); },
+           "Colour the output: auto, always or never")
+        ->type_name("WHEN");
     app.footer("Example: thermika cameras");
+}
+
+/// An empty value is a script's variable that was never set, not a wish to do without.
+void refuseEmptyValues(CLI::App& command) {
+    const auto wrong = [](std::string& value) {
+        return value.empty() ? std::string("the value is empty") : std::string();
+    };
+    for (CLI::Option* const option : command.get_options())
+        if (option->get_items_expected_max() > 0) option->check(CLI::Validator(wrong, ""));
 }
 
 /// Which help an error message points at.
@@ -134,6 +148,10 @@ std::unique_ptr<CommandLine> makeCommandLine() {
         CLI::App* const command = line->app.add_subcommand(row.name, row.description);
         command->fallthrough();
         line->commands.emplace_back(command, row.add(*command));
+        // The completion scripts pass on what was typed so far, which may be nothing.
+        if (row.add != addCompletion) refuseEmptyValues(*command);
+        command->footer("For options of all commands see: thermika --help\n\n" +
+                        command->get_footer());
     }
     return line;
 }

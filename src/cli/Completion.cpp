@@ -90,7 +90,7 @@ Run addCompletion(CLI::App& command) {
                     "bash, zsh or fish: the script for that shell; optics or ranges: the words "
                     "that the scripts ask for")
         ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish", "optics", "ranges"}))
+        ->check(CLI::IsMember({"bash", "zsh", "fish", "optics", "ranges"}).description(""))
         ->type_name("");
     addSerialArgument(command, arguments->serialText);
     command.add_option("OPTICS", arguments->optics, "With ranges: those of this optics")

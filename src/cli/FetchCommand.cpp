@@ -235,21 +235,21 @@ Run addFetch(CLI::App& command) {
     command.add_flag("--dry-run", options->isDryRun,
                      "Print source and destination of each file and touch nothing");
     command.add_option("--jobs", options->jobs, "Transfers at a time, 1 to 64")
-        ->check(CLI::Range(1, 64))
+        ->check(CLI::Range(1, 64).description(""))
         ->type_name("N")
         ->capture_default_str();
     command
         .add_option("--timeout", options->timeoutSeconds,
                     "Give a transfer up after so many seconds without a byte")
-        ->check(CLI::Range(1, 86400))
+        ->check(CLI::Range(1, 86400).description(""))
         ->type_name("SECONDS")
         ->capture_default_str();
     command.add_option("--retries", options->retries, "More tries of a file, 0 to 100")
-        ->check(CLI::Range(0, 100))
+        ->check(CLI::Range(0, 100).description(""))
         ->type_name("N")
         ->capture_default_str();
     command.add_option("--max-size", options->maxBytes, "Largest size of a file")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(std::int64_t{1}, INT64_MAX).description(""))
         ->type_name("BYTES")
         ->capture_default_str();
     command.footer("Example: thermika fetch --from /media/camera");

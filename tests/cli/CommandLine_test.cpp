@@ -37,6 +37,10 @@ TEST(CommandLine, helpsOnEveryLevelWithOneExampleEach) {
         EXPECT_EQ(help.status, 0);
         EXPECT_EQ(help.err, "");
         EXPECT_NE(help.out.find("Example: thermika " + name), std::string::npos) << help;
+        EXPECT_NE(help.out.find("thermika --help"), std::string::npos) << help;
+        // Nothing but names, words for values and defaults: no types, no tables of the parser's.
+        EXPECT_EQ((whole.out + help.out).find_first_of("{}"), std::string::npos) << help;
+        EXPECT_EQ(help.out.find(":INT"), std::string::npos) << help;
     }
 }
 
@@ -123,8 +127,33 @@ TEST_F(CommandLineLog, isOnStandardErrorOnlyWhenAskedFor) {
     EXPECT_EQ(result.err.find("DEBUG [Cali:"), 0U) << result;
 }
 
-TEST(CommandLine, colorsOnlyWhereItIsTold) {
-    EXPECT_EQ(runCompanion({"--color", "sometimes", "cameras"}).status, 2);
+TEST(CommandLine, refusesAnotherWordForColors) {
+    EXPECT_EQ(runCompanion({"--color", "sometimes", "cameras"}),
+              (RunResult{"",
+                         "thermika: --color: \"sometimes\" is not auto, always or never (see: "
+                         "thermika cameras --help)\n",
+                         2}));
+}
+
+// A script's variable that was never set would choose the attached camera, standard output or the
+// vendor's server.
+TEST(CommandLine, refusesEmptyValues) {
+    const std::vector<std::vector<std::string>> lines = {{"config", "-o", ""},
+                                                         {"config", "--optics="},
+                                                         {"config", "--range", ""},
+                                                         {"fetch", "--from="},
+                                                         {"online", "--from", ""},
+                                                         {"fetch", "--jobs", ""},
+                                                         {"validate", "", "140800"},
+                                                         {"files", ""},
+                                                         {"doctor", ""}};
+    for (const std::vector<std::string>& line : lines) {
+        const RunResult result = runCompanion(line);
+        EXPECT_EQ(result.status, 2) << line[0] << ' ' << line[1] << result;
+        EXPECT_EQ(result.out, "");
+    }
+    EXPECT_EQ(runCompanion({"config", "-o", ""}).err,
+              "thermika: --output: the value is empty (see: thermika config --help)\n");
 }
 
 using CommandLineOutput = WithDescription;

@@ -151,6 +151,9 @@ TEST_F(FetchFromFolder, refusesNumbersOutsideTheirBounds) {
     for (const char* const option : {"--jobs=0", "--jobs=65", "--jobs=x", "--timeout=0",
                                      "--retries=-1", "--retries=101", "--max-size=0"})
         EXPECT_EQ(runCompanion(command({option})).status, 2) << option;
+    EXPECT_EQ(runCompanion(command({"--max-size=0"})).err,
+              "thermika: --max-size: Value 0 not in range 1 to 9223372036854775807 (see: thermika "
+              "fetch --help)\n");
     EXPECT_FALSE(fs::exists(m_home / "new"));
 }
 
