@@ -38,6 +38,7 @@ ServerAnswer askServer(const std::string& from, unsigned seconds) {
 std::string answerText(const ServerAnswer& answer) {
     const fetch::ProbeReport& report = answer.report;
     const std::string address = shown(report.address);
+    if (address.empty()) return shown(report.reason);  // nobody could be asked
     if (!report.answers) return address + " does not answer: " + shown(report.reason);
     std::string text = address + " answers";
     if (report.httpStatus != 0)

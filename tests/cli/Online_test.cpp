@@ -53,6 +53,12 @@ TEST(Online, saysWhyNobodyAnswers) {
     });
 }
 
+TEST(Online, saysThatAnAddressCannotBeUsed) {
+    const RunResult result = runCompanion({"online", "--from", "ftp://x"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.find("the address \"ftp://x\" cannot be used: "), 0U) << result;
+}
+
 TEST(Online, looksAtAFolder) {
     inSandbox([] {
         EXPECT_EQ(runCompanion({"online", "--from", "/usr"}).status, 0);
