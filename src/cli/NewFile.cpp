@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "cli/Command.h"
 #include "cli/Escape.h"
@@ -19,9 +20,16 @@ namespace {
 constexpr int kNameAttempts = 100;
 constexpr mode_t kMode = 0666;  // less the umask
 
-[[noreturn]] void fail(const std::string& path, int reason, const char* nextStep) {
-    throw Problem(Status::kFailed, "cannot write " + shown(path) + ": " + std::strerror(reason) +
-                                       " (" + nextStep + ")");
+[[noreturn]] void fail(const std::string& path, const char* reason, const char* nextStep) {
+    throw Problem(Status::kFailed,
+                  "cannot write " + shown(path) + ": " + reason + " (" + nextStep + ")");
+}
+
+/// A directory, a device, a pipe: a superuser could replace even those.
+bool isNoFile(const std::string& path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
 }
 
 /// A file that nobody else has, removed unless it got another name.
@@ -55,10 +63,13 @@ public:
         return fsync(m_descriptor) == 0;
     }
 
-    /// False, with `errno` set. Without `mayReplace` the temporary name is removed later.
+    /// False, with `errno` set. A temporary name that is still there is removed later.
     bool moveTo(const std::string& path, bool mayReplace) const {
         if (mayReplace) return std::rename(m_path.c_str(), path.c_str()) == 0;
-        return link(m_path.c_str(), path.c_str()) == 0;
+        // FAT has no links; some network file systems do not know the flag.
+        if (renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
+            return true;
+        return errno == EINVAL && link(m_path.c_str(), path.c_str()) == 0;
     }
 
 private:
@@ -69,13 +80,15 @@ private:
 }  // namespace
 
 void writeNewFile(const std::string& path, std::string_view bytes, bool mayReplace) {
+    if (isNoFile(path)) fail(path, "it is no regular file", "choose another name");
     const TemporaryFile file(path);
-    if (!file.isOpen()) fail(path, errno, "is there such a directory, and may you write to it?");
-    if (!file.write(bytes)) fail(path, errno, "is the disk full?");
+    if (!file.isOpen())
+        fail(path, std::strerror(errno), "is there such a directory, and may you write to it?");
+    if (!file.write(bytes)) fail(path, std::strerror(errno), "is the disk full?");
     if (file.moveTo(path, mayReplace)) return;
     const int reason = errno;
-    const bool isReplaceable = reason == EEXIST && !std::filesystem::is_directory(path);
-    fail(path, reason, isReplaceable ? "--force replaces it" : "choose another name");
+    fail(path, std::strerror(reason),
+         reason == EEXIST ? "--force replaces it" : "choose another name");
 }
 
 }  // namespace thermika::cli
