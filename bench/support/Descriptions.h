@@ -7,10 +7,10 @@
 
 namespace bench {
 
-constexpr std::size_t kSmallBytes = 11 * 1000;  // three optics, as in the examples
-constexpr std::size_t kMediumBytes = 100 * 1000;
-constexpr std::size_t kLargeBytes = 1000 * 1000;
-constexpr std::size_t kHugeBytes = 16 * 1000 * 1000;
+constexpr std::size_t kSmallBytes = 11'000;  // three optics, as in the examples
+constexpr std::size_t kMediumBytes = 100'000;
+constexpr std::size_t kLargeBytes = 1'000'000;
+constexpr std::size_t kHugeBytes = 16'000'000;
 
 enum class Content {
     kPlain,     ///< every element, and a comment before each optics

@@ -7,8 +7,8 @@
 namespace thermika::cli {
 
 /// Puts `bytes` under `path`, mode 0666 less the umask, on the disk when it returns. What was there
-/// is replaced only with `mayReplace`; a link is replaced itself, not what it leads to. Only regular
-/// files and links to such are replaced. A Problem otherwise, and nothing has changed.
+/// is replaced only with `mayReplace`; a link is replaced itself, not what it leads to. Nothing but
+/// regular files and links to such is replaced. A Problem otherwise, and nothing has changed.
 void writeNewFile(const std::string& path, std::string_view bytes, bool mayReplace);
 
 }  // namespace thermika::cli

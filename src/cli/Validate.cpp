@@ -93,7 +93,7 @@ Json document(const std::string& file, const DocumentFindings& result) {
 }
 
 Status run(Session& session, const Arguments& arguments) {
-    // libxml2 goes on without the memory that it did not get: it judges half a document, or crashes.
+    // libxml2 goes on without the memory that it did not get: it judges half a document or crashes.
     xmlMemSetup(std::free, allocate, reallocate, duplicate);
     if (!arguments.serialText.empty()) chosenCamera(arguments.serialText, "validate");
     DocumentFindings result = checkDocument(readDocument(arguments.file));

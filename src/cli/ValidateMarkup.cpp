@@ -150,7 +150,7 @@ Markup parseMarkup(std::string_view bytes) {
 }
 
 std::string nameOf(const xmlNode* node) {
-    const std::string name(view(node->name));
+    std::string name(view(node->name));
     if (node->ns == nullptr || node->ns->prefix == nullptr) return name;
     return std::string(view(node->ns->prefix)) + ":" + name;
 }

@@ -100,12 +100,13 @@ WalkResult walkFolder(const std::string& root,
         folder = openFolder(top.get(), std::move(folder), std::move(waiting.back()));
         waiting.pop_back();
         const std::string& path = folder.path;
+        const std::string place = withSlash(root).append(path);
         const Listing found =
             folder.file.isOpen() ? list(folder.file.get(), isWanted, stop) : Listing{{}, {}, errno};
         if (found.error != 0 && ++result.foldersSkipped == 1)
-            result.firstSkipped = withSlash(root) + path + ": " + errorText(found.error);
+            result.firstSkipped = place + ": " + errorText(found.error);
         for (const std::string& name : found.files)
-            if (!visit({folder.file.get(), name, withSlash(root) + path + name})) return result;
+            if (!visit({folder.file.get(), name, place + name})) return result;
         // The last one is taken first.
         for (auto name = found.subfolders.rbegin(); name != found.subfolders.rend(); ++name)
             waiting.push_back(std::string(path).append(*name).append("/"));

@@ -67,7 +67,7 @@ void expectAStatusWithAnyMemory(int resource) {
     const RunResult delivered{document(33), "", 0};
     int refused = 0;
     int granted = 0;
-    for (rlim_t bytes = 0; bytes < 6 * kMiB; bytes += 16 * 1024) {
+    for (rlim_t bytes = 0; bytes < 6 * kMiB; bytes += kMiB / 64) {
         // With less than a run takes that ends at its options, main() is not reached: the kernel or
         // the C library end the process before.
         if (!(runLimited(resource, bytes, {"-t", "x"}) == atOnce)) {
@@ -100,7 +100,7 @@ TEST(EnvironmentLimits, takesNoMemoryForADescriptionOfThreeGigabytes) {
         thermika_test::writeFile(kDescription, example());
         EXPECT_EQ(runLimited(RLIMIT_AS, 4 * kMiB, {"-d14080045"}),
                   (RunResult{document(33), "", 0}));
-        fs::resize_file(kDescription, 3 * 1024 * kMiB);  // it has no bytes there, only a length
+        fs::resize_file(kDescription, 3072 * kMiB);  // it has no bytes there, only a length
         EXPECT_EQ(runLimited(RLIMIT_AS, 4 * kMiB, {"-d14080045"}), (RunResult{document(0), "", 0}));
     });
 }

@@ -13,7 +13,6 @@
 namespace {
 
 using nlohmann::json;
-using thermika_test::readFile;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
 using thermika_test::TempDir;

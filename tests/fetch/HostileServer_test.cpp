@@ -13,10 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace thermika_test;
-using thermika::fetch::Mirror;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
-using thermika::fetch::VendorServer;
 
 const std::string kBytes(100000, 'b');
 

@@ -25,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace thermika_test;
 using thermika::fetch::Folder;
-using thermika::fetch::Progress;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
 

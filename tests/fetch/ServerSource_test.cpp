@@ -20,7 +20,6 @@ using thermika::fetch::ProbeReport;
 using thermika::fetch::Progress;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
-using thermika::fetch::VendorServer;
 
 const std::string kFolder = "/14/1408/Califiles%20SN14080045/";
 

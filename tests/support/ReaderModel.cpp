@@ -52,7 +52,7 @@ bool readLine(const std::string& bytes, std::size_t& at, std::string& line) {
         if (line.size() == kLongestLine) return false;
         line += bytes[at++];
     }
-    line = std::string(line.c_str());
+    line.erase(std::min(line.find('\0'), line.size()));
     return true;
 }
 

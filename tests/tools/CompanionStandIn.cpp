@@ -1,5 +1,5 @@
-// Stands in for the companion where tools/faults is tried: it brings the files of the medium that is
-// laid out there, and writes a document, as the companion does, but for the weakness that its
+// Stands in for the companion where tools/faults is tried: it brings the files of the medium that
+// is laid out there, and writes a document, as the companion does, but for the weakness that its
 // file's name tells.
 #include <dirent.h>
 #include <fcntl.h>
