@@ -55,7 +55,7 @@ Record* handOut(const Record& record) {
         return new Record(record);
         // Deliberate: a program whose operator new throws a character string gets null; anything
         // else that it throws propagates.
-    } catch (const char*) {  // GCOVR_EXCL_BR_LINE: what has another type never gets to the test
+    } catch (const char*) {
         return nullptr;
     }
 }
