@@ -19,7 +19,7 @@ std::string vendorLinksAddress();
 
 /// The vendor's server. Its links document (64 KiB at most) names the base address of the files.
 struct VendorServer {
-    std::string linksAddress = vendorLinksAddress();
+    std::string linksAddress = vendorLinksAddress();  ///< of that document
 };
 
 /// A server with the vendor's layout: <base>/14/1408/Califiles SN14080045/<file>.
@@ -31,7 +31,7 @@ struct Mirror {
 /// several files with one name the first that can be used counts: a folder's own files before those
 /// in its subfolders, subfolders by the bytes of their names.
 struct Folder {
-    std::string path;
+    std::string path;  ///< of the uppermost one
 };
 
 /// Addresses are http or https, without user name, password, query and fragment. White space around
@@ -87,13 +87,13 @@ struct Progress {
 struct Request {
     std::string serial;              ///< the camera's, 1 to 20 decimal digits
     std::vector<std::string> names;  ///< one path component each; a repeated name counts once
-    Source source;
-    std::string directory;        ///< destination
-    bool replacePresent = false;  ///< fetch also what is there already
+    Source source;                   ///< where from
+    std::string directory;           ///< destination
+    bool replacePresent = false;     ///< fetch also what is there already
     /// Asked once all `names` are there: more names, fetched in the same call and connections.
     std::function<std::vector<std::string>()> following;
     bool replaceFollowing = false;  ///< the same for the names that follow
-    Limits limits;
+    Limits limits;                  ///< of time, size and number
     std::string caFile;  ///< PEM: certificate authorities to trust instead of the system's
     /// Called once for each file and about ten times a second while bytes arrive. What this and
     /// `following` throw ends the call and comes out of it; files installed by then stay.
