@@ -99,7 +99,9 @@ constexpr std::size_t kLongestDirectory = dax::kPathBytes - std::size("/Cali-123
 std::string absoluteDirectory(const std::string& given) {
     namespace fs = std::filesystem;
     if (given.empty())
-        throw Problem(Status::kUsage, "--dir: the calibration directory has an empty name");
+        throw Problem(Status::kUsage,
+                      "--dir: the calibration directory has an empty name (name one, or leave "
+                      "the option out)");
     std::string absolute = fs::absolute(given).lexically_normal();
     while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
     if (absolute.size() > kLongestDirectory)

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/Command.h"
 #include "cli/Escape.h"
 #include "cli/Source.h"
 
@@ -32,7 +33,11 @@ ServerAnswer askServer(const std::string& from, unsigned seconds) {
     request.limits.idle = std::chrono::seconds(seconds);
     request.limits.total = std::chrono::seconds(2 * seconds);
     request.cancel = cancellation.flag();
-    return {fetch::probe(request)};
+    const ServerAnswer answer{fetch::probe(request)};
+    if (cancellation.isRequested() && !answer.isGood())
+        throw Problem(Status::kFailed, "interrupted: it is not known whether " + sourceText(from) +
+                                           " answers (run it again)");
+    return answer;
 }
 
 std::string answerText(const ServerAnswer& answer) {

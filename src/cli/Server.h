@@ -15,7 +15,8 @@ struct ServerAnswer {
     bool isGood() const { return report.answers && report.reason.empty(); }
 };
 
-/// Asks it once, `seconds` without a byte at most. See sourceFrom().
+/// Asks it once, `seconds` without a byte at most. See sourceFrom(). A Problem when the user
+/// interrupts it.
 ServerAnswer askServer(const std::string& from, unsigned seconds);
 
 /// What came of it, in a sentence; outside bytes are escaped.

@@ -84,7 +84,11 @@ TEST_F(CommandLineDirectory, standsBeforeOrAfterTheCommandOrInTheEnvironment) {
 }
 
 TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
-    EXPECT_EQ(runCompanion({"--dir", "", "optics", "14080045"}).status, 2);
+    EXPECT_EQ(runCompanion({"--dir", "", "optics", "14080045"}),
+              (RunResult{"",
+                         "thermika: --dir: the calibration directory has an empty name (name one, "
+                         "or leave the option out)\n",
+                         2}));
     const RunResult result =
         runCompanion({"--dir", "/" + std::string(300, 'd'), "files", "14080045"});
     EXPECT_EQ(result.status, 2);

@@ -1,4 +1,9 @@
 // `thermika online`: whether the server really answers.
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <regex>
 #include <string>
@@ -50,6 +55,33 @@ TEST(Online, saysWhyNobodyAnswers) {
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.err.find(" does not answer: "), std::string::npos) << result;
         EXPECT_EQ(runCompanion({"online", "-q"}), (RunResult{"", "", 1}));
+    });
+}
+
+// An answer that nobody waited for is neither yes nor no.
+TEST(Online, tellsNothingWhenItIsInterrupted) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const int silent = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(8080);
+        ASSERT_EQ(bind(silent, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(listen(silent, 1), 0);
+        const auto interruptWhenConnected = [silent] {
+            const pid_t companion = getpid();
+            if (fork() != 0) return;
+            const int connection = accept(silent, nullptr, nullptr);
+            kill(companion, SIGINT);
+            _exit(connection < 0 ? 1 : 0);
+        };
+        EXPECT_EQ(
+            runCompanion({"online", "--from", "http://127.0.0.1:8080/"}, interruptWhenConnected),
+            (RunResult{"",
+                       "thermika: interrupted: it is not known whether "
+                       "http://127.0.0.1:8080/ answers (run it again)\n",
+                       3}));
     });
 }
 
