@@ -48,26 +48,27 @@ constexpr std::size_t kBlock = 4 * kScanStep;
 template <bool kIsPair>
 [[gnu::always_inline]] inline std::uint64_t positionsInBlock(const char* block, char byte,
                                                              char next) {
-    const auto equal = [block](std::size_t i, char wanted) {
-        const auto* const at = reinterpret_cast<const __m128i*>(block + i);
+    // Written out: not every level of optimisation unrolls loops.
+    const auto equal = [block](std::size_t offset, char wanted) {
+        const auto* const at = reinterpret_cast<const __m128i*>(block + offset);
         return _mm_cmpeq_epi8(_mm_loadu_si128(at), _mm_set1_epi8(wanted));
     };
-    __m128i found[kBlock / kScanStep];
-    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) found[i] = equal(i * kScanStep, byte);
+    const auto bits = [](__m128i bytes) {
+        return std::uint64_t{static_cast<std::uint32_t>(_mm_movemask_epi8(bytes))};
+    };
+    __m128i a = equal(0, byte);
+    __m128i b = equal(kScanStep, byte);
+    __m128i c = equal(2 * kScanStep, byte);
+    __m128i d = equal(3 * kScanStep, byte);
     if constexpr (kIsPair) {
         // Pairs are rare, so is the first byte of most.
-        const __m128i any =
-            _mm_or_si128(_mm_or_si128(found[0], found[1]), _mm_or_si128(found[2], found[3]));
-        if (_mm_movemask_epi8(any) == 0) return 0;
-        for (std::size_t i = 0; i < kBlock / kScanStep; ++i)
-            found[i] = _mm_and_si128(found[i], equal(i * kScanStep + 1, next));
+        if (bits(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) == 0) return 0;
+        a = _mm_and_si128(a, equal(1, next));
+        b = _mm_and_si128(b, equal(kScanStep + 1, next));
+        c = _mm_and_si128(c, equal(2 * kScanStep + 1, next));
+        d = _mm_and_si128(d, equal(3 * kScanStep + 1, next));
     }
-    std::uint64_t positions = 0;
-    for (std::size_t i = 0; i < kBlock / kScanStep; ++i) {
-        const auto bits = static_cast<std::uint32_t>(_mm_movemask_epi8(found[i]));
-        positions |= std::uint64_t{bits} << (i * kScanStep);
-    }
-    return positions;
+    return bits(a) | bits(b) << kScanStep | bits(c) << (2 * kScanStep) | bits(d) << (3 * kScanStep);
 }
 
 #endif
