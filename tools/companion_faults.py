@@ -18,8 +18,10 @@ MEDIUM = WORLD / "medium"
 DOCUMENT = WORLD / "document.xml"
 PARTS = (".thermika-fetch-*.part", "document.xml.part-*")
 OLD_DATA = "old\n"
-# What the C library and libcurl do without.
-SURVIVED = ("close:", "munmap:", "read:error=EINTR:", "fsync:error=EINTR:")
+# What the C library and libcurl do without; interruptions where signals have handlers.
+SURVIVED = ("close:", "munmap:")
+INTERRUPTED = ("read:error=EINTR:", "write:error=EINTR:", "fsync:error=EINTR:", "poll:error=EINTR:",
+               "recvfrom:error=EINTR:")
 # Half of what is offered today; with fewer, something is no longer tried.
 LEAST_FAULTS = 700
 THIN = 3  # on two cores a minute
@@ -83,7 +85,7 @@ class Command:
             if files in (self.after, {**self.after, **self.instead}) and output == self.output:
                 return "all of it and status 0"
             return f"!status 0 with {sorted(files)}: {output}"
-        if fault.startswith(SURVIVED):
+        if fault.startswith(SURVIVED + INTERRUPTED * self.name.startswith("fetch")):
             return f"!status {status} after a failure that changes nothing: {log}"
         if status == 1 and self.may_say_no and (output or log):
             return "status 1 and what could not be read"

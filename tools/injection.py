@@ -21,7 +21,8 @@ SHARE = pathlib.Path("/usr/share")
 WORLD = SHARE / "faults"  # ours, the product sees nothing of it
 CALI = SHARE / "libthermika/cali"
 
-ERRORS = {  # what each call can give, by its manual page and what file systems and buses do
+# What each call can give, by its manual page and what file systems and buses do; a number is no error.
+ERRORS = {
     "chdir": "EIO ENOMEM EACCES ENOENT ENOTDIR",
     "openat": "EIO ENOMEM EACCES EMFILE ENFILE EINTR ENOENT ELOOP ENODEV",
     "newfstatat": "EIO ENOMEM EACCES ENOENT",
@@ -32,7 +33,7 @@ ERRORS = {  # what each call can give, by its manual page and what file systems 
     "lseek": "EINVAL ESPIPE",
     "write": "ENOSPC EPIPE EIO EINTR EDQUOT EBADF EFBIG",
     "close": "EIO EINTR ENOSPC",
-    "brk": "ENOMEM",
+    "brk": "0",  # the kernel gives no error but the old end, and any other number counts as success
     "mmap": "ENOMEM",
     "munmap": "EINVAL ENOMEM",
     "mremap": "ENOMEM",
@@ -179,7 +180,8 @@ class Program:
             if name not in ERRORS:
                 sys.exit(f"which errors can {name} give? list them in ERRORS")
             for error in ERRORS[name].split():
-                faults.append(f"{name}:error={error}:when={mine[name]}")
+                kind = "retval" if error.isdigit() else "error"
+                faults.append(f"{name}:{kind}={error}:when={mine[name]}")
         sys.exit(f"{self.command} never calls {self.ends if is_inside else self.begins}: "
                  "nothing can be injected")
 
@@ -243,7 +245,7 @@ def serve(host):
         (WORLD / name).touch()
     server = subprocess.Popen(
         [sys.executable, "-I", "-B", WORLD / "file-server.py", WORLD / "served", WORLD / "faults",
-         WORLD / "requests"], stdout=subprocess.PIPE)
+         WORLD / "requests"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     if not server.stdout.readline():
         sys.exit("the file server does not listen")
     return server

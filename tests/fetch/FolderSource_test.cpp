@@ -116,6 +116,22 @@ TEST(FolderSource, followsNoLinksAndOpensNoFifos) {
     EXPECT_EQ(contents(world.destination), Files());
 }
 
+TEST(FolderSource, doesNotEnterAFolderThatHasBecomeALink) {
+    const World world;
+    world.add("a.dat", "bytes");
+    world.add("sub/b.dat", "bytes");
+    Request request = world.request({"a.dat", "b.dat"});
+    request.progress = [&world](const Progress& progress) {
+        // The root's entries are known by now, and "sub" was a folder.
+        if (progress.ended == nullptr || progress.ended->name != "a.dat") return;
+        fs::rename(world.source + "/sub", world.home / "elsewhere");
+        fs::create_symlink(world.home / "elsewhere", world.source + "/sub");
+    };
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+              "a.dat: fetched\nb.dat: missing, it is in no folder below " + world.source +
+                  ", but 1 could not be read (" + world.source + "/sub/: Not a directory)\n");
+}
+
 TEST(FolderSource, mayItselfBeALink) {
     const World world;
     world.add("a.dat", "bytes");
@@ -169,7 +185,7 @@ TEST(FolderSource, tellsOfMissingDescriptorsAsSuch) {
     world.add("a.dat", "bytes");
     std::string reasons;
     bool isComplete = false;
-    for (rlim_t limit = openDescriptors(); !isComplete; ++limit) {
+    for (rlim_t limit = 3; !isComplete; ++limit) {
         const RunResult result = runInProcess([&] {
             const rlimit few{limit, limit};
             setrlimit(RLIMIT_NOFILE, &few);
@@ -253,7 +269,9 @@ TEST(FolderSource, whatProgressThrowsComesOutAndLeavesWholeFilesOnly) {
     const World world;
     for (const char* const name : {"a.dat", "b.dat"}) world.add(name, "bytes");
     Request request = world.request({"a.dat", "b.dat"});
-    request.progress = [](const Progress&) { throw std::string("mine"); };
+    request.progress = [](const Progress& progress) {
+        if (progress.ended != nullptr) throw std::string("mine");
+    };
     EXPECT_THROW(thermika::fetch::fetch(request), std::string);
     EXPECT_EQ(contents(world.destination), (Files{{"a.dat", "bytes"}}));
 }

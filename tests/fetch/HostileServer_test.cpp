@@ -115,11 +115,14 @@ TEST(HostileServer, answersOtherThan200AreNoFiles) {
         });
 }
 
-TEST(HostileServer, longErrorPageIsNotReadToItsEnd) {
-    inSandbox([] {
-        const World world("long_page", "404");
-        World::expect("the server does not have it (404)", "missing");
-    });
+TEST(HostileServer, endlessErrorPageIsNeitherReadToItsEndNorKept) {
+    for (const char* const status : {"404", "201"})
+        inSandbox([status] {
+            const World world("endless_page", status);
+            const bool isGone = std::string(status) == "404";
+            World::expect(isGone ? "the server does not have it (404)" : "the server answered 201",
+                          isGone ? "missing" : "failed");
+        });
 }
 
 TEST(HostileServer, thatClosesInMidBodyIsAskedAgain) {

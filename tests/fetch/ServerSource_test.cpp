@@ -156,7 +156,9 @@ TEST(ServerSource, whatProgressThrowsEndsTheTransfersAndLeavesWholeFilesOnly) {
         FetchSandbox::add("b.dat", "bytes");
         FetchSandbox::setFileFault("b.dat", "stall");
         Request request = serverRequest({"a.dat", "b.dat"});
-        request.progress = [](const Progress&) { throw std::string("mine"); };
+        request.progress = [](const Progress& progress) {
+            if (progress.ended != nullptr) throw std::string("mine");
+        };
         const std::size_t before = openDescriptors();
         EXPECT_THROW(thermika::fetch::fetch(request), std::string);
         EXPECT_EQ(openDescriptors(), before);

@@ -95,9 +95,10 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.head(int(argument), ("Content-Length", 5))
         self.wfile.write(b"sorry")
 
-    def long_page(self, path, argument):  # that status, with a page of a million bytes
-        self.head(int(argument), ("Content-Length", 1000000))
-        self.wfile.write(b"x" * 1000000)
+    def endless_page(self, path, argument):  # that status, with a page in chunks without an end
+        self.head(int(argument), ("Transfer-Encoding", "chunked"))
+        while True:
+            self.wfile.write(b"%x\r\n%s\r\n" % (len(BLOCK), BLOCK))
 
     def redirect(self, path, argument):  # to that address
         self.head(302, ("Location", argument), ("Content-Length", 0))
@@ -111,9 +112,14 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.wfile.write(body[: len(body) // 2])
         self.hang_up()
 
-    def reset(self, path, argument):  # the same, with a reset
-        self.cut(path, argument)
+    def reset(self, path, argument):  # half of the body, then the connection breaks
+        body = self.body(path)
+        self.head(200, ("Content-Length", len(body)))
+        self.wfile.write(body[: len(body) // 2])
+        self.wfile.flush()
+        self.close_connection = True
         self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        os.close(self.connection.detach())  # without the farewell that comes before it elsewhere
 
     def hang_up_at_once(self, path, argument):  # no answer
         self.hang_up()
@@ -152,9 +158,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.wfile.write(BLOCK)
 
     def endless(self, path, argument):  # a body in chunks without an end
-        self.head(200, ("Transfer-Encoding", "chunked"))
-        while True:
-            self.wfile.write(b"%x\r\n%s\r\n" % (len(BLOCK), BLOCK))
+        self.endless_page(path, "200")
 
     def chunked(self, path, argument):  # the file, in chunks
         self.head(200, ("Transfer-Encoding", "chunked"))
