@@ -92,7 +92,7 @@ std::vector<std::chrono::microseconds> momentsWithin(std::chrono::steady_clock::
                                                      unsigned round) {
     const auto longest = std::chrono::duration_cast<std::chrono::microseconds>(whole).count();
     std::mt19937 random(1408 + round);
-    std::uniform_int_distribution<long> moment(0, longest);
+    std::uniform_int_distribution<std::chrono::microseconds::rep> moment(0, longest);
     std::vector<std::chrono::microseconds> moments;
     for (int i = 0; i < kMomentsOfARound; ++i) moments.emplace_back(moment(random));
     return moments;
