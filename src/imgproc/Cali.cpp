@@ -60,13 +60,6 @@ Record* handOut(const Record& record) {
     }
 }
 
-TemperatureRange rangeFromTo(float low, float high) {
-    TemperatureRange range;
-    range.TempLo = low;
-    range.TempHi = high;
-    return range;
-}
-
 void widen(Range& range, const OpticsDef& optics) {
     for (const TemperatureRange& each : optics.TempRanges) {
         range.min = std::min(range.min, each.TempLo);
@@ -89,9 +82,11 @@ bool isFramerateAllowed(int index, unsigned short& framerate) {
 
 }  // namespace
 
-OpticsDef::OpticsDef() {
-    TempRanges.reserve(std::size(kUsualRanges));
-    for (const Range& each : kUsualRanges) TempRanges.push_back(rangeFromTo(each.min, each.max));
+OpticsDef::OpticsDef() : TempRanges(std::size(kUsualRanges)) {
+    for (std::size_t i = 0; i < TempRanges.size(); ++i) {
+        TempRanges[i].TempLo = kUsualRanges[i].min;
+        TempRanges[i].TempHi = kUsualRanges[i].max;
+    }
 }
 
 ConfigCali* ConfigCali::_this = nullptr;

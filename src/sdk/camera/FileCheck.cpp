@@ -22,19 +22,15 @@ namespace dax {
 
 namespace {
 
-constexpr unsigned int kDescriptionNameBytes = 20;
+constexpr std::size_t kDescriptionNameBytes = 20;
 // Deliberate: whatever separator a caller names, names but the description's are followed by this.
 constexpr std::string_view kNameEnd = ";";
 
-std::string fileName(const char* format, const char* stem) {
-    char name[kPathBytes];
-    tsnprintf(name, kPathBytes, format, stem);
-    return name;
-}
-
-std::string descriptionName(const char* format, int serial) {
-    char name[kDescriptionNameBytes];
-    tsnprintf(name, kDescriptionNameBytes, format, serial);
+/// What `format` makes of the value, cut to one character less than `kBytes`.
+template <std::size_t kBytes, typename Value>
+std::string nameOf(const char* format, Value value) {
+    char name[kBytes];
+    tsnprintf(name, kBytes, format, value);
     return name;
 }
 
@@ -46,6 +42,7 @@ public:
     FilePath(const char* directory, std::size_t bound) {
         const std::string cut(directory, strnlen(directory, bound));
         const std::optional<std::string> used = caliDirectory(cut.c_str(), 2 * bound + 1, bound);
+        m_isCut = cut.size() == bound;
         m_hasDirectory = used.has_value();
         if (m_hasDirectory) m_path = *used;
         m_directoryChars = m_path.size();
@@ -62,24 +59,17 @@ public:
         return m_path.append(1, '/').append(name).append(suffix);
     }
 
+    /// Whether there is a file of this name that can be opened for reading, which a directory that
+    /// was cut never has.
+    bool isReadable(std::string_view name) {
+        return m_hasDirectory && !m_isCut && dax::isReadable(of(name).c_str());
+    }
+
 private:
     std::string m_path;
     std::size_t m_directoryChars = 0;
     bool m_hasDirectory = false;
-};
-
-/// Which files can be opened for reading in a directory.
-class FilesOfDirectory {
-public:
-    explicit FilesOfDirectory(const char* directory)
-        : m_path(directory, kPathBytes),
-          m_isUsable(m_path.hasDirectory() && std::strlen(directory) < kPathBytes) {}
-
-    bool has(const std::string& name) { return m_isUsable && isReadable(m_path.of(name).c_str()); }
-
-private:
-    FilePath m_path;
-    bool m_isUsable;
+    bool m_isCut = false;
 };
 
 std::size_t boundOf(int size) { return static_cast<std::size_t>(std::max(size, 0)); }
@@ -107,7 +97,7 @@ char* appendName(char* end, std::string_view name, std::size_t bound) {
 
 std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) {
     std::vector<ExpectedFile> files;
-    files.push_back({descriptionName(formats.description, serial)});
+    files.push_back({nameOf<kDescriptionNameBytes>(formats.description, serial)});
     ConfigCali* const cali = ConfigCali::getInstance();
     char stem[kPathBytes];
     CaliView view(*cali);
@@ -126,11 +116,11 @@ std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) 
                 ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
                                                kPathBytes);
                 const auto index = static_cast<int>(j);
-                files.push_back(
-                    {fileName(formats.data, stem), FileKind::kData, position, index, rate});
+                files.push_back({nameOf<kPathBytes>(formats.data, stem), FileKind::kData, position,
+                                 index, rate});
                 if (needsCurve)
-                    files.push_back(
-                        {fileName(formats.curve, stem), FileKind::kCurve, position, index, rate});
+                    files.push_back({nameOf<kPathBytes>(formats.curve, stem), FileKind::kCurve,
+                                     position, index, rate});
             }
         }
     }
@@ -160,12 +150,12 @@ FileStatus fileStatus(const std::string& path) {
 MissingFiles findMissingFiles(const char* directory, int serial, const FileFormats& formats) {
     ConfigCali* const cali = ConfigCali::getInstance();
     if (!cali->isLoaded(serial) && cali->load(directory, serial) != 0)
-        return {{descriptionName(formats.description, serial)}, true};
+        return {{nameOf<kDescriptionNameBytes>(formats.description, serial)}, true};
     MissingFiles missing;
-    FilesOfDirectory files(directory);
+    FilePath files(directory, kPathBytes);
     for (ExpectedFile& file : expectedFiles(serial, formats))
         // Deliberate: a description that is loaded is not looked for, wherever it came from.
-        if (file.kind != FileKind::kDescription && !files.has(file.name))
+        if (file.kind != FileKind::kDescription && !files.isReadable(file.name))
             missing.names.push_back(std::move(file.name));
     return missing;
 }
@@ -205,8 +195,8 @@ void writeList(const MissingFiles& missing, std::string_view separator, char* li
 
 void recordFileIfMissing(const char* directory, const char* stem, const char* format, char* list,
                          int* size) {
-    const std::string name = fileName(format, stem);
-    if (FilesOfDirectory(directory).has(name)) return;
+    const std::string name = nameOf<kPathBytes>(format, stem);
+    if (FilePath(directory, kPathBytes).isReadable(name)) return;
     if (list == nullptr)
         addBytes(*size, name.size() + 1);
     else
