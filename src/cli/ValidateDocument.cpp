@@ -131,18 +131,13 @@ private:
              attribute = next) {
             next = attribute->next;
             const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
-            const bool isOfSchemas =
-                attribute->ns != nullptr &&
-                reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace;
-            const std::string name = reinterpret_cast<const char*>(attribute->name);
-            // Where a schema lies is a hint for editors, which the validator would follow.
-            const bool isHint =
-                isOfSchemas && (name == "schemaLocation" || name == "noNamespaceSchemaLocation");
-            if (isOfSchemas && !isHint) continue;
-            if (!isHint)
-                add(lineOf(element),
-                    tag(nameOf(element)) + " has the attribute " + quoted(nameOf(node)),
-                    "remove it");
+            // Where a schema lies, and the like, is meant for editors: the validator, which has a
+            // schema, follows no such hint.
+            if (attribute->ns != nullptr &&
+                reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace)
+                continue;
+            add(lineOf(element),
+                tag(nameOf(element)) + " has the attribute " + quoted(nameOf(node)), "remove it");
             xmlRemoveProp(attribute);
         }
     }
