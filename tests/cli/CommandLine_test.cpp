@@ -83,6 +83,16 @@ TEST_F(CommandLineDirectory, standsBeforeOrAfterTheCommandOrInTheEnvironment) {
               expected);
 }
 
+// So that a script's arguments win over those of an alias.
+TEST_F(CommandLineDirectory, isTheLastOneThatWasGiven) {
+    EXPECT_EQ(
+        runCompanion({"--dir", "/none", "optics", "14080045", "--dir", m_folder.path()}).status, 0);
+    EXPECT_EQ(runCompanion({"config", "14080045", "--dir", m_folder.path(), "--optics", "1",
+                            "--optics", "33"})
+                  .status,
+              0);
+}
+
 TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
     EXPECT_EQ(runCompanion({"--dir", "", "optics", "14080045"}),
               (RunResult{"",
@@ -96,6 +106,7 @@ TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
               "thermika: --dir: the directory's path has more than 241 bytes (choose a shorter "
               "one)\n");
     EXPECT_EQ(runCompanion({"--dir", "/" + std::string(240, 'd'), "files", "14080045"}).status, 1);
+    EXPECT_EQ(runCompanion({"--dir", "/" + std::string(241, 'd'), "files", "14080045"}).status, 2);
 }
 
 using CommandLineLocale = WithDescription;

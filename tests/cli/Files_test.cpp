@@ -1,11 +1,13 @@
 // `thermika files`: each state that a file can be in, for people and for programs.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "support/CaliDescriptions.h"
 #include "support/CameraSet.h"
 #include "support/Companion.h"
 #include "support/DownloadSandbox.h"
@@ -92,6 +94,20 @@ TEST_F(Files, showsNamesFromTheDescriptionWithoutWhatATerminalActsOn) {
     // Programs get the bytes.
     EXPECT_EQ(runCompanion(command({"--missing", "-0", "-q"})).out.substr(0, 26),
               "Cali-14080045-33-a\033[31mb-M");
+}
+
+TEST_F(Files, listsAFileOfTwoOpticsOnce) {
+    thermika_test::writeDescription(
+        m_folder, 14080045,
+        thermika_test::opticsList(
+            thermika_test::opticsElement(33, "", thermika_test::rangeElement("0", "250")) +
+            thermika_test::opticsElement(33, "", thermika_test::rangeElement("0", "250"))));
+    const RunResult result = runCompanion(command({"--missing", "-q"}));
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 2) << result;
+    // Each of the two lacks them.
+    const RunResult optics = runCompanion({"optics", "14080045", "--dir", m_folder.path()});
+    EXPECT_NE(optics.out.find("2 missing", optics.out.find("2 missing") + 1), std::string::npos)
+        << optics;
 }
 
 TEST_F(Files, colorsStates) {

@@ -54,6 +54,8 @@ TEST(Online, saysWhyNobodyAnswers) {
         const RunResult result = runCompanion({"online"});
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.err.find(" does not answer: "), std::string::npos) << result;
+        EXPECT_NE(result.err.find(" (another server or a folder: --from)\n"), std::string::npos)
+            << result;
         EXPECT_EQ(runCompanion({"online", "-q"}), (RunResult{"", "", 1}));
     });
 }
