@@ -5,13 +5,17 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <utility>
 
 #include "fetch/DirectoryStream.h"
 #include "fetch/FileName.h"
 #include "fetch/PartFile.h"
+#include "fetch/RegularFile.h"
 
 namespace thermika::fetch {
 
@@ -25,31 +29,49 @@ Descriptor openDirectory(const std::string& path) {
         retrying([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
 }
 
-/// False, with errno, when it could neither be created nor was there.
-bool createDirectory(const std::string& path) {
-    if (mkdir(path.c_str(), kDirectoryMode) != 0) return errno == EEXIST;
-    // Whatever the umask: calibration files are for every user of the machine.
-    const Descriptor created = openDirectory(path);
-    return created.isOpen() && fchmod(created.get(), kDirectoryMode) == 0;
+/// Whatever the umask: calibration files are for every user of the machine. Somebody else's
+/// directory, which took the place of ours meanwhile, keeps its mode.
+bool openToEveryUser(int directory) {
+    struct stat status {};
+    if (fstat(directory, &status) != 0) return false;
+    return status.st_uid != geteuid() || fchmod(directory, kDirectoryMode) == 0;
 }
 
-/// The parents first. "" or what went wrong.
-std::string createDirectories(const std::string& path) {
-    for (std::size_t end = 1; end <= path.size(); ++end) {
-        if (end < path.size() && path[end] != '/') continue;
-        const std::string parent = path.substr(0, end);
-        if (!createDirectory(parent))
-            return "cannot create the directory " + parent + ": " + errorText(errno) + kNextStep;
+/// The directory `name` in `parent`, created when absent; closed, with errno, when that failed.
+/// A parent that is there already need not be readable, and may be a link. Where one was just made
+/// no link is followed: somebody else put it there.
+Descriptor createDirectory(int parent, const char* name, bool isLast) {
+    constexpr int kFlags = O_DIRECTORY | O_CLOEXEC;
+    const bool isNew = mkdirat(parent, name, kDirectoryMode) == 0;
+    if (!isNew && errno != EEXIST) return Descriptor();
+    const int access = isNew ? O_RDONLY | O_NOFOLLOW : isLast ? O_RDONLY : O_PATH;
+    Descriptor directory(retrying([&] { return openat(parent, name, kFlags | access); }));
+    if (isNew && directory.isOpen() && !openToEveryUser(directory.get())) directory.reset();
+    return directory;
+}
+
+/// Creates the parents first. Closed, with `problem`, when that failed.
+Descriptor createDirectories(const std::string& path, std::string& problem) {
+    Descriptor last(open(path.front() == '/' ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    std::size_t end = path.size();
+    std::size_t begin = path.find_first_not_of('/');
+    while (last.isOpen() && begin < path.size()) {
+        end = std::min(path.find('/', begin), path.size());
+        const std::string name = path.substr(begin, end - begin);
+        begin = path.find_first_not_of('/', end);
+        last = createDirectory(last.get(), name.c_str(), begin == std::string::npos);
     }
-    return "";
+    if (!last.isOpen())
+        problem = "cannot create the directory " + path.substr(0, end) + ": " + errorText(errno) +
+                  kNextStep;
+    return last;
 }
 
 /// Removes `name` unless a running call holds it; those lock their part files.
 void removeLeftover(int directory, const char* name) {
-    const Descriptor file(openat(directory, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status {};
-    if (!file.isOpen() || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-    if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) unlinkat(directory, name, 0);
+    const RegularFile leftover = openRegularFile(directory, name);
+    if (!leftover.file.isOpen()) return;
+    if (flock(leftover.file.get(), LOCK_EX | LOCK_NB) == 0) unlinkat(directory, name, 0);
 }
 
 }  // namespace
@@ -61,10 +83,11 @@ bool Destination::openExisting() {
 
 std::string Destination::openForWriting() {
     if (!isOpen() && !openExisting()) {
-        std::string problem = createDirectories(m_path);
-        if (!problem.empty()) return problem;
-        if (!openExisting())
+        if (errno != ENOENT)
             return "cannot open the directory " + m_path + ": " + errorText(errno) + kNextStep;
+        std::string problem;
+        m_directory = createDirectories(m_path, problem);
+        if (!isOpen()) return problem;
     }
     Allowance nothing;
     PartFile trial(*this, nothing);

@@ -2,9 +2,9 @@
 // that could mean another file a moment later.
 #include "fetch/FolderSource.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +13,7 @@
 #include "fetch/Descriptor.h"
 #include "fetch/FolderWalk.h"
 #include "fetch/PartFile.h"
+#include "fetch/RegularFile.h"
 
 namespace thermika::fetch {
 
@@ -62,21 +63,14 @@ private:
 
     /// Why it cannot be used; "" when it is installed, or could be in a plan.
     std::string copy(const FolderEntry& entry, FileReport& report) {
-        const Descriptor file(retrying([&] {
-            constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-            return openat(entry.folder, entry.name.c_str(), kFlags);
-        }));
-        if (!file.isOpen())
-            return errno == ELOOP ? "it is a link" : "cannot read it: " + errorText(errno);
-        struct stat status {};
-        if (fstat(file.get(), &status) != 0) return "cannot read it: " + errorText(errno);
-        if (!S_ISREG(status.st_mode)) return "it is no regular file";
-        const auto announced = static_cast<std::uint64_t>(status.st_size);
+        const RegularFile source = openRegularFile(entry.folder, entry.name);
+        if (!source.file.isOpen()) return source.problem;
+        const std::uint64_t announced = source.bytes;
         if (announced == 0) return "it is empty";
         if (announced > m_call.limits().fileBytes)
             return "it is larger than " + std::to_string(m_call.limits().fileBytes) + " bytes";
         report.bytes = announced;
-        return m_call.isPlan() ? "" : install(file.get(), announced, report);
+        return m_call.isPlan() ? "" : install(source.file.get(), announced, report);
     }
 
     std::string install(int file, std::uint64_t announced, FileReport& report) {

@@ -5,9 +5,11 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,19 @@
 #include "support/DownloadSandbox.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
+
+namespace {
+
+std::function<void()> g_whenDirectoryIsMade;
+
+}  // namespace
+
+/// In place of the system's, so that a test can act right after a directory was made.
+extern "C" int mkdirat(int parent, const char* path, mode_t mode) {
+    const auto result = static_cast<int>(syscall(SYS_mkdirat, parent, path, mode));
+    if (result == 0 && g_whenDirectoryIsMade) g_whenDirectoryIsMade();
+    return result;
+}
 
 namespace {
 
@@ -116,6 +131,47 @@ TEST(Destination, isCreatedWithItsParentsForEveryUserWhateverTheUmask) {
     EXPECT_EQ(modeOf(world.home / "x/y/z/a.dat"), 0644U);
 }
 
+// Somebody who may write to the parent puts a link in the place of what was just made: it was
+// followed, and what it leads to got mode 0755.
+TEST(Destination, followsNoLinkWhereItMadeADirectory) {
+    const World world;
+    const std::string elsewhere = world.home / "elsewhere";
+    fs::create_directories(elsewhere);
+    ASSERT_EQ(chmod(elsewhere.c_str(), 0700), 0);
+    g_whenDirectoryIsMade = [&] {
+        fs::remove(world.destination);
+        fs::create_symlink("elsewhere", world.destination);
+    };
+    const Report report = world.fetch();
+    g_whenDirectoryIsMade = nullptr;
+    EXPECT_EQ(report.problem, "cannot create the directory " + world.destination +
+                                  ": Not a directory (choose a directory that you may write to)");
+    EXPECT_EQ(modeOf(elsewhere), 0700U);
+    EXPECT_EQ(contents(elsewhere), Files());
+}
+
+TEST(Destination, mayLieBehindALink) {
+    const World world;
+    fs::create_directories(world.home / "elsewhere");
+    fs::create_symlink("elsewhere", world.home / "link");
+    Request request = world.request();
+    request.directory = world.home / "link/cali";
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), kBothFetched);
+    EXPECT_EQ(contents(world.home / "elsewhere/cali"), kBothFiles);
+}
+
+TEST(Destination, isCreatedBelowADirectoryThatMayNotBeRead) {
+    inSandbox([] {
+        const World world;
+        fs::create_directories(world.home / "closed/open");
+        ASSERT_EQ(chmod((world.home / "closed").c_str(), 0111), 0);
+        Request request = world.request();
+        request.directory = world.home / "closed/open/cali";
+        EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), kBothFetched);
+        ASSERT_EQ(chmod((world.home / "closed").c_str(), 0755), 0);
+    });
+}
+
 TEST(Destination, keepsTheModeThatItHas) {
     const World world;
     fs::create_directories(world.destination);
@@ -187,6 +243,17 @@ TEST(Destination, losesPartFilesOfCallsThatWereKilled) {
     EXPECT_TRUE(fs::exists(world.inDestination(".thermika-fetch-notes")));
     EXPECT_TRUE(fs::exists(world.inDestination(".thermika-fetch-folder.part")));
     EXPECT_TRUE(fs::is_symlink(world.inDestination(".thermika-fetch-link.part")));
+}
+
+// A FIFO's writer would go on, and write into nothing.
+TEST(Destination, opensNothingButRegularFilesToFindLeftovers) {
+    const World world;
+    fs::create_directories(world.destination);
+    ASSERT_EQ(mkfifo(world.inDestination(kPart).c_str(), 0644), 0);
+    const OpenWatch fifo(world.inDestination(kPart));
+    EXPECT_EQ(linesOf(world.fetch()), kBothFetched);
+    EXPECT_FALSE(fifo.wasOpened());
+    EXPECT_TRUE(fs::exists(world.inDestination(kPart)));
 }
 
 TEST(Destination, losesLeftoversAlsoWhenNothingIsToBeFetched) {

@@ -107,12 +107,14 @@ TEST(FolderSource, followsNoLinksAndOpensNoFifos) {
     fs::create_symlink("../secret", world.source + "/link.dat");
     fs::create_symlink("../elsewhere", world.source + "/folder");
     ASSERT_EQ(mkfifo((world.source + "/fifo.dat").c_str(), 0644), 0);
+    const OpenWatch fifo(world.source + "/fifo.dat");
     const Report report = world.fetch({"link.dat", "behind.dat", "fifo.dat"});
     EXPECT_EQ(linesOf(report),
               "link.dat: failed, it is a link\n"
               "behind.dat: missing, it is in no folder below " +
                   world.source + "\nfifo.dat: failed, it is no regular file\n");
     EXPECT_FALSE(report.isComplete());
+    EXPECT_FALSE(fifo.wasOpened());
     EXPECT_EQ(contents(world.destination), Files());
 }
 

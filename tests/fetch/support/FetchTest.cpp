@@ -1,8 +1,13 @@
 // Requests that do not wait longer than a test needs.
 #include "fetch/support/FetchTest.h"
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 namespace thermika_test {
 
@@ -48,6 +53,17 @@ std::string linesOf(const thermika::fetch::Report& report) {
         lines += file.reason.empty() ? "\n" : ", " + file.reason + "\n";
     }
     return lines;
+}
+
+OpenWatch::OpenWatch(const std::string& path) : m_events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    EXPECT_NE(inotify_add_watch(m_events, path.c_str(), IN_OPEN), -1) << path;
+}
+
+OpenWatch::~OpenWatch() { close(m_events); }
+
+bool OpenWatch::wasOpened() const {
+    char events[1024];
+    return read(m_events, events, sizeof events) > 0;
 }
 
 }  // namespace thermika_test

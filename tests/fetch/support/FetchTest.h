@@ -19,4 +19,19 @@ std::string wordFor(thermika::fetch::Outcome outcome);
 /// there is one, the reason.
 std::string linesOf(const thermika::fetch::Report& report);
 
+/// Sees whether anybody opens a file from now on.
+class OpenWatch {
+public:
+    explicit OpenWatch(const std::string& path);
+    ~OpenWatch();
+    OpenWatch(const OpenWatch&) = delete;
+    OpenWatch& operator=(const OpenWatch&) = delete;
+
+    /// Since it was asked last.
+    bool wasOpened() const;
+
+private:
+    int m_events;
+};
+
 }  // namespace thermika_test
