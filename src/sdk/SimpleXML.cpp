@@ -236,7 +236,7 @@ SimpleXML::Level SimpleXML::findSibling(std::string_view name, int index) const 
 SimpleXML::Level SimpleXML::findElement(std::string_view name, std::size_t from, std::size_t to,
                                         std::size_t closingTo) const {
     const std::size_t opening = m_tags->find(name, TagKind::kOpening, from, to);
-    if (opening == kNoTag) return Level();
+    if (opening == kNoTag) return {};
     const std::size_t content = m_tags->offsetOf(opening) + tagLength(name, TagKind::kOpening);
     const std::size_t first = m_tags->firstAt(content, opening + 1);
     // Deliberate: the first closing tag of the name, so an element that holds one of its own name
@@ -244,7 +244,7 @@ SimpleXML::Level SimpleXML::findElement(std::string_view name, std::size_t from,
     std::size_t closing = first;  // where the element is a value
     if (closing >= closingTo || !m_tags->isAt(name, TagKind::kClosing, closing))
         closing = m_tags->find(name, TagKind::kClosing, first, closingTo);
-    if (closing == kNoTag) return Level();
+    if (closing == kNoTag) return {};
     return Level{static_cast<std::uint32_t>(opening), static_cast<std::uint32_t>(first),
                  static_cast<std::uint32_t>(closing), 0};
 }
