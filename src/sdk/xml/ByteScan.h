@@ -43,30 +43,34 @@ namespace byte_scan {
 
 constexpr std::size_t kBlock = 4 * kScanStep;
 
+/// All bits of each of the kScanStep bytes from `at` on that equals `byte`, none of the others.
+inline __m128i equalBytes(const char* at, char byte) {
+    return _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)),
+                          _mm_set1_epi8(byte));
+}
+
+/// One bit for each of them, the lowest for the first.
+inline std::uint64_t bits(__m128i bytes) {
+    return std::uint64_t{static_cast<std::uint32_t>(_mm_movemask_epi8(bytes))};
+}
+
 /// One bit for each of the kBlock positions from `block` on that holds `byte`, the lowest for the
 /// first; with `kIsPair`, that holds `byte` and then `next`, which reads one byte more.
 template <bool kIsPair>
 [[gnu::always_inline]] inline std::uint64_t positionsInBlock(const char* block, char byte,
                                                              char next) {
     // Written out: not every level of optimisation unrolls loops.
-    const auto equal = [block](std::size_t offset, char wanted) {
-        const auto* const at = reinterpret_cast<const __m128i*>(block + offset);
-        return _mm_cmpeq_epi8(_mm_loadu_si128(at), _mm_set1_epi8(wanted));
-    };
-    const auto bits = [](__m128i bytes) {
-        return std::uint64_t{static_cast<std::uint32_t>(_mm_movemask_epi8(bytes))};
-    };
-    __m128i a = equal(0, byte);
-    __m128i b = equal(kScanStep, byte);
-    __m128i c = equal(2 * kScanStep, byte);
-    __m128i d = equal(3 * kScanStep, byte);
+    __m128i a = equalBytes(block, byte);
+    __m128i b = equalBytes(block + kScanStep, byte);
+    __m128i c = equalBytes(block + 2 * kScanStep, byte);
+    __m128i d = equalBytes(block + 3 * kScanStep, byte);
     if constexpr (kIsPair) {
         // Pairs are rare, so is the first byte of most.
         if (bits(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) == 0) return 0;
-        a = _mm_and_si128(a, equal(1, next));
-        b = _mm_and_si128(b, equal(kScanStep + 1, next));
-        c = _mm_and_si128(c, equal(2 * kScanStep + 1, next));
-        d = _mm_and_si128(d, equal(3 * kScanStep + 1, next));
+        a = _mm_and_si128(a, equalBytes(block + 1, next));
+        b = _mm_and_si128(b, equalBytes(block + kScanStep + 1, next));
+        c = _mm_and_si128(c, equalBytes(block + 2 * kScanStep + 1, next));
+        d = _mm_and_si128(d, equalBytes(block + 3 * kScanStep + 1, next));
     }
     return bits(a) | bits(b) << kScanStep | bits(c) << (2 * kScanStep) | bits(d) << (3 * kScanStep);
 }
