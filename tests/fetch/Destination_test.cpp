@@ -238,11 +238,13 @@ TEST(Destination, losesPartFilesOfCallsThatWereKilled) {
     writeFile(world.inDestination(".thermika-fetch-notes"), "not a part file");
     fs::create_directories(world.inDestination(".thermika-fetch-folder.part"));
     fs::create_symlink("../elsewhere", world.inDestination(".thermika-fetch-link.part"));
+    ASSERT_EQ(mkfifo(world.inDestination(".thermika-fetch-pipe.part").c_str(), 0600), 0);
     EXPECT_EQ(linesOf(world.fetch()), kBothFetched);
     EXPECT_FALSE(fs::exists(world.inDestination(kPart)));
     EXPECT_TRUE(fs::exists(world.inDestination(".thermika-fetch-notes")));
     EXPECT_TRUE(fs::exists(world.inDestination(".thermika-fetch-folder.part")));
     EXPECT_TRUE(fs::is_symlink(world.inDestination(".thermika-fetch-link.part")));
+    EXPECT_TRUE(fs::is_fifo(world.inDestination(".thermika-fetch-pipe.part")));
 }
 
 // A FIFO's writer would go on, and write into nothing.

@@ -10,8 +10,11 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -20,6 +23,20 @@
 #include "support/DownloadSandbox.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
+
+namespace {
+
+std::function<void()> g_onStat;  // once, after a source's size was asked for
+
+}  // namespace
+
+// Stands in for the C library's and does the same, unless a test wants something to happen then.
+extern "C" int fstat(int fd, struct stat* status) noexcept {
+    const int result = fstatat(fd, "", status, AT_EMPTY_PATH);
+    const bool isSource = result == 0 && S_ISREG(status->st_mode) && status->st_size > 0;
+    if (const auto onStat = isSource ? std::exchange(g_onStat, nullptr) : nullptr) onStat();
+    return result;
+}
 
 namespace {
 
@@ -148,9 +165,20 @@ TEST(FolderSource, takesNoMoreThanAFileMayHave) {
     world.add("large.dat", std::string(1001, 'x'));
     Request request = world.request({"fits.dat", "large.dat"});
     request.limits.fileBytes = 1000;
-    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+    const Report report = thermika::fetch::fetch(request);
+    EXPECT_EQ(linesOf(report),
               "fits.dat: fetched\nlarge.dat: failed, it is larger than 1000 bytes\n");
+    EXPECT_EQ(report.files[1].tries, 0U);  // its size was enough
     EXPECT_EQ(contents(world.destination), (Files{{"fits.dat", std::string(1000, 'x')}}));
+}
+
+TEST(FolderSource, takesNoFileThatSomebodyIsWriting) {
+    const World world;
+    world.add("a.dat", "bytes");
+    g_onStat = [&world] { std::ofstream(world.source + "/a.dat", std::ios::app) << "more"; };
+    EXPECT_EQ(linesOf(world.fetch({"a.dat"})),
+              "a.dat: failed, it has 9 bytes instead of 5 (is somebody writing it?)\n");
+    EXPECT_EQ(contents(world.destination), Files());
 }
 
 TEST(FolderSource, takesNoMoreThanAllFilesMayHave) {

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -92,6 +93,26 @@ TEST(Installer, namesAFileWhenItIsOnTheDiskAndWritesTheDirectoryLast) {
         std::sort(expected.begin(), expected.end());
         EXPECT_EQ(named, expected);
         EXPECT_EQ(last, kFetched);
+    });
+}
+
+TEST(Installer, replacesAnOldFileInOneStep) {
+    inSandbox([] {
+        const FetchSandbox world;
+        fs::create_directories(kFetched);
+        for (const std::string& name : addFiles(3))
+            writeFile(std::string(kFetched) + "/" + name, "old");
+        std::atomic<int> renamed{0};
+        g_onRename = [&](const std::string&, const std::string& name) {
+            EXPECT_EQ(readFile(std::string(kFetched) + "/" + name), "old");
+            ++renamed;
+        };
+        Request request = serverRequest({"0.dat", "1.dat", "2.dat"});
+        request.replacePresent = true;
+        request.limits.jobs = 1;
+        EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());
+        EXPECT_EQ(renamed, 3);
+        EXPECT_EQ(readFile(std::string(kFetched) + "/0.dat"), "bytes");
     });
 }
 
