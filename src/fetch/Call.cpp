@@ -76,7 +76,11 @@ bool Call::prepare() {
 
 bool Call::follow() {
     if (m_isPlan || !m_request.following || m_hasFollowed) return false;
-    if (!m_report.isComplete() || m_stop.isDue()) return false;
+    if (!m_report.isComplete()) return false;
+    if (m_stop.isDue()) {  // no file is left that could carry the reason
+        setProblem(m_stop.reason());
+        return false;
+    }
     m_hasFollowed = true;
     addFiles(m_request.following());
     return begin(m_request.replaceFollowing);
@@ -134,7 +138,8 @@ void Call::tell(const FileReport* ended) {
 Report Call::finish() {
     const std::string reason = hasProblem() ? m_report.problem : m_stop.reason();
     for (FileReport* const file : wanted()) file->reason = reason;
-    if (m_hasInstalled) setProblem(m_destination.sync());
+    const std::string lost = m_hasInstalled ? m_destination.sync() : "";
+    if (!lost.empty()) setProblem(lost);
     return std::move(m_report);
 }
 

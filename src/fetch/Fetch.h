@@ -104,7 +104,7 @@ struct Request {
 
 /// What became of a request.
 struct Report {
-    std::string problem;            ///< why no file could be tried; "" otherwise
+    std::string problem;            ///< why no file, or no more, could be tried; "" otherwise
     std::vector<FileReport> files;  ///< in the order of the request, then those that follow
     bool isComplete() const;        ///< no problem, and every file is fetched, present or planned
 };

@@ -1,6 +1,7 @@
 // Names that follow: what the first files call for, fetched in the same call.
 #include "fetch/Call.h"
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -101,6 +102,38 @@ TEST(Call, doesNotAskForWhatFollowsWhileAFirstFileIsMissing) {
             EXPECT_EQ(thermika::fetch::fetch(request).files.size(), 2U);
         }
     });
+}
+
+// The report said that all is well: every file that was asked for by then is there.
+TEST(Call, isNotCompleteWhenItEndsBeforeItAsksForWhatFollows) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "bytes");
+        std::atomic<bool> cancel{false};
+        Request request = followed({"first.dat"}, {"second.dat"});
+        request.cancel = &cancel;
+        request.progress = [&](const Progress& progress) { cancel = progress.filesDone == 1; };
+        const auto report = thermika::fetch::fetch(request);
+        EXPECT_EQ(linesOf(report), "problem: cancelled\nfirst.dat: fetched\n");
+        EXPECT_FALSE(report.isComplete());
+    });
+}
+
+// Writing the directory to the disk made the problem forgotten.
+TEST(Call, keepsTheProblemThatComesAfterTheFirstFiles) {
+    const TempDir home;
+    fs::create_directories(home / "medium");
+    writeFile(home / "medium/first.dat", "bytes");
+    Request request = requestFor({"first.dat"}, Folder{home / "medium"}, home / "cali");
+    request.following = [&] {
+        fs::rename(home / "medium", home / "gone");
+        return std::vector<std::string>{"second.dat"};
+    };
+    const std::string problem =
+        "cannot read the folder " + (home / "medium") + ": No such file or directory";
+    EXPECT_EQ(
+        linesOf(thermika::fetch::fetch(request)),
+        "problem: " + problem + "\nfirst.dat: fetched\nsecond.dat: not tried, " + problem + "\n");
 }
 
 TEST(Call, replacesWhatFollowsWhenAsked) {
