@@ -53,7 +53,9 @@ class Handler(http.server.BaseHTTPRequestHandler):
             fault, argument = self.fault(path)
         time.sleep(DELAY)
         try:
-            if fault:
+            if "Authorization" in self.headers:
+                self.status(path, "400")  # nobody is to be told a user's name and password
+            elif fault:
                 getattr(self, fault)(path, argument)
             else:
                 self.good(path)
