@@ -12,16 +12,18 @@ namespace thermika::cli {
 namespace {
 
 constexpr unsigned kSeconds = 10;
+constexpr const char* kNextStep = " (another server or a folder: --from)";
 
 Status run(Session& session, const std::string& from) {
     const ServerAnswer answer = askServer(from, kSeconds);
+    if (!answer.isKnown) throw Problem(Status::kFailed, answerText(answer) + kNextStep);
     Output& output = session.output;
     if (output.isJson)
         output.addDocument(answerDocument(answer));
     else if (answer.isGood())
         output.add(answerText(answer) + "\n");
     if (answer.isGood()) return Status::kYes;
-    output.note(answerText(answer) + " (another server or a folder: --from)");
+    output.note(answerText(answer) + kNextStep);
     return Status::kNo;
 }
 

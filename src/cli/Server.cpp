@@ -1,8 +1,12 @@
 // One question, without retries.
 #include "cli/Server.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <variant>
 
 #include <nlohmann/json.hpp>
 
@@ -24,6 +28,16 @@ std::string durationText(std::chrono::microseconds duration) {
     return text;
 }
 
+/// A folder that is there but cannot be read is neither good nor bad; one that is not there is bad.
+bool isKnownOf(const fetch::Source& source, const fetch::ProbeReport& report) {
+    if (report.answers) return true;
+    const auto* const folder = std::get_if<fetch::Folder>(&source);
+    if (folder == nullptr) return !report.address.empty();
+    struct stat status {};
+    if (stat(folder->path.c_str(), &status) == 0) return !S_ISDIR(status.st_mode);
+    return errno == ENOENT || errno == ENOTDIR;
+}
+
 }  // namespace
 
 ServerAnswer askServer(const std::string& from, unsigned seconds) {
@@ -33,7 +47,8 @@ ServerAnswer askServer(const std::string& from, unsigned seconds) {
     request.limits.idle = std::chrono::seconds(seconds);
     request.limits.total = std::chrono::seconds(2 * seconds);
     request.cancel = cancellation.flag();
-    const ServerAnswer answer{fetch::probe(request)};
+    ServerAnswer answer{fetch::probe(request)};
+    answer.isKnown = isKnownOf(request.source, answer.report);
     if (cancellation.isRequested() && !answer.isGood())
         throw Problem(Status::kFailed, "interrupted: it is not known whether " + sourceText(from) +
                                            " answers (run it again)");
@@ -67,8 +82,9 @@ Json answerDocument(const ServerAnswer& answer) {
     whole["reason"] = textOrNull(report.reason);
     whole["base"] = textOrNull(report.base);
     whole["httpStatus"] = report.httpStatus == 0 ? Json() : Json(report.httpStatus);
-    whole["connectedMs"] = report.answers ? Json(milliseconds(report.connected)) : Json();
-    whole["answeredMs"] = report.answers ? Json(milliseconds(report.answered)) : Json();
+    const bool isMeasured = report.httpStatus != 0;  // of a folder nothing is
+    whole["connectedMs"] = isMeasured ? Json(milliseconds(report.connected)) : Json();
+    whole["answeredMs"] = isMeasured ? Json(milliseconds(report.answered)) : Json();
     return whole;
 }
 

@@ -12,6 +12,7 @@ namespace thermika::cli {
 
 struct ServerAnswer {
     fetch::ProbeReport report;
+    bool isKnown = true;  ///< false when nobody could be asked, so that it is neither yes nor no
     bool isGood() const { return report.answers && report.reason.empty(); }
 };
 

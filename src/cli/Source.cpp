@@ -3,7 +3,9 @@
 
 #include <csignal>
 
+#include "cli/Command.h"
 #include "cli/Escape.h"
+#include "fetch/Address.h"
 
 namespace thermika::cli {
 
@@ -20,8 +22,12 @@ void cancel(int /*signal*/) { g_isCancelled = true; }
 
 fetch::Source sourceFrom(const std::string& from) {
     if (from.empty()) return fetch::VendorServer{};
-    if (from.find("://") != std::string::npos) return fetch::Mirror{from};
-    return fetch::Folder{from};
+    if (from.find("://") == std::string::npos) return fetch::Folder{from};
+    std::string problem;
+    if (fetch::checkedAddress(from, problem).empty())
+        throw Problem(Status::kUsage,
+                      shown(problem) + " (--from takes an http or https address, or a folder)");
+    return fetch::Mirror{from};
 }
 
 std::string sourceText(const std::string& from) {

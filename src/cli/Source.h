@@ -10,7 +10,8 @@
 
 namespace thermika::cli {
 
-/// What `from` names: a server when it has "://", a folder otherwise; "" is the vendor's server.
+/// What `from` names: a server when it has "://", a folder otherwise; "" is the vendor's server. A
+/// Problem when it is no address that can be asked.
 fetch::Source sourceFrom(const std::string& from);
 
 /// The same for people; outside bytes are escaped.

@@ -13,11 +13,15 @@
 #include "support/CaliDescriptions.h"
 #include "support/CameraSet.h"
 #include "support/Companion.h"
+#include "support/DownloadSandbox.h"
+#include "support/FileServer.h"
 #include "support/UsbTree.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using thermika_test::DownloadSandbox;
+using thermika_test::FileServer;
 using thermika_test::inSandbox;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
@@ -175,7 +179,18 @@ TEST(Documents, ofAConfigurationAreAsTheSchemaSays) {
 TEST(Documents, ofServersAreAsTheSchemaSays) {
     inSandbox([] {
         answer({"online"}, 1, "online");
-        answer({"online", "--from", "/usr"}, 0, "online");
+        // Nothing is measured of a folder.
+        const std::string folder = answer({"online", "--from", "/usr"}, 0, "online");
+        EXPECT_NE(folder.find(R"("answeredMs": null)"), std::string::npos) << folder;
+        EXPECT_NE(folder.find(R"("connectedMs": null)"), std::string::npos) << folder;
+        answer({"online", "--from", "ftp://x"}, 2, "error");
+
+        const DownloadSandbox sandbox;
+        FileServer server;
+        server.add(thermika_test::kLinksPath, thermika_test::linksDocument());
+        const std::string good = answer({"online"}, 0, "online");
+        EXPECT_NE(good.find(R"("usable": true)"), std::string::npos) << good;
+        EXPECT_EQ(good.find(R"("answeredMs": null)"), std::string::npos) << good;
     });
 }
 

@@ -87,16 +87,36 @@ TEST(Online, tellsNothingWhenItIsInterrupted) {
     });
 }
 
-TEST(Online, saysThatAnAddressCannotBeUsed) {
-    const RunResult result = runCompanion({"online", "--from", "ftp://x"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err.find("the address \"ftp://x\" cannot be used: "), 0U) << result;
+// What was typed is wrong, so that no server is to blame.
+TEST(Online, refusesAnAddressThatCannotBeAsked) {
+    for (const char* const address : {"ftp://x", "http://me@localhost/", "://"}) {
+        const RunResult result = runCompanion({"online", "--from", address});
+        EXPECT_EQ(result.status, 2) << result;
+        EXPECT_EQ(result.err.find("thermika: the address \"" + std::string(address) +
+                                  "\" cannot be used: "),
+                  0U)
+            << result;
+    }
 }
 
 TEST(Online, looksAtAFolder) {
     inSandbox([] {
         EXPECT_EQ(runCompanion({"online", "--from", "/usr"}).status, 0);
         EXPECT_EQ(runCompanion({"online", "--from", "/none"}).status, 1);
+        EXPECT_EQ(runCompanion({"online", "--from", "/etc/passwd"}).status, 1);
+    });
+}
+
+TEST(Online, cannotTellOfAFolderThatMayNotBeRead) {
+    inSandbox([] {
+        std::filesystem::create_directories("/usr/share/closed/inner");
+        std::filesystem::permissions("/usr/share/closed", std::filesystem::perms::none);
+        for (const char* const folder : {"/usr/share/closed", "/usr/share/closed/inner"}) {
+            const RunResult result = runCompanion({"online", "--from", folder});
+            EXPECT_EQ(result.status, 3) << result;
+            EXPECT_EQ(result.out, "");
+            EXPECT_NE(result.err.find("Permission denied"), std::string::npos) << result;
+        }
     });
 }
 
