@@ -1,9 +1,11 @@
 // `thermika fetch`: brings the calibration directory up to date. The description comes first, as it
 // says what else is needed.
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <CLI/App.hpp>
@@ -28,16 +30,24 @@ struct Options {
     unsigned jobs = fetch::Limits{}.jobs;
     std::int64_t timeoutSeconds = fetch::Limits{}.idle.count();
     unsigned retries = fetch::Limits{}.retries;
+    std::int64_t maxSeconds = fetch::Limits{}.total.count();
     std::uint64_t maxBytes = fetch::Limits{}.fileBytes;
+    std::uint64_t maxTotalBytes = fetch::Limits{}.totalBytes;
+    std::size_t maxFiles = fetch::Limits{}.files;
 };
+
+constexpr const char* kOtherSource = "another source: --from URL or FOLDER";
 
 /// What it amounts to.
 struct Result {
     std::string problem;      ///< why it ended early; "" when it did not
+    std::string nextStep;     ///< what to do about that
     bool isWholeSet = false;  ///< the description is known, so all that is needed is in the list
     std::vector<fetch::FileReport> files;
 
-    bool isComplete() const;
+    /// Or would be.
+    bool isEveryFileThere() const;
+    bool isComplete() const { return problem.empty() && isEveryFileThere(); }
     std::size_t count(fetch::Outcome outcome) const;
 };
 
@@ -46,9 +56,9 @@ bool isThere(const fetch::FileReport& file) {
            file.outcome == fetch::Outcome::kPlanned;
 }
 
-bool Result::isComplete() const {
-    return problem.empty() && std::all_of(files.begin(), files.end(), isThere);
-}
+bool isUntried(const fetch::FileReport& file) { return file.outcome == fetch::Outcome::kNotTried; }
+
+bool Result::isEveryFileThere() const { return std::all_of(files.begin(), files.end(), isThere); }
 
 std::size_t Result::count(fetch::Outcome outcome) const {
     return static_cast<std::size_t>(
@@ -76,6 +86,10 @@ const char* outcomeWord(fetch::Outcome outcome) {
     return "not-tried";
 }
 
+std::string countText(std::size_t count, const char* what) {
+    return std::to_string(count) + (count == 1 ? " file " : " files ") + what;
+}
+
 /// One fetch, or its plan.
 class Fetching {
 public:
@@ -90,15 +104,19 @@ public:
         }
         FetchProgress progress(m_session.output);
         request.progress = [&](const fetch::Progress& now) { progress.show(now); };
-        std::string problem;
+        bool isUsable = true;
         request.following = [&] {
             std::vector<std::string> names;
-            problem = openDescription(m_session, m_serial).problem;
-            if (problem.empty()) addNeeded(names);
+            isUsable = openDescription(m_session, m_serial).cali != nullptr;
+            if (isUsable) addNeeded(names);
             return names;
         };
         Result result = resultOf(fetch::fetch(request));
-        if (result.problem.empty()) result.problem = problem;
+        if (!isUsable) {
+            result.problem = "what came as " + descriptionName(m_serial) +
+                             " is no calibration description that lists optics";
+            result.nextStep = kOtherSource;
+        }
         return result;
     }
 
@@ -119,7 +137,10 @@ private:
         request.limits.jobs = m_options.jobs;
         request.limits.idle = std::chrono::seconds(m_options.timeoutSeconds);
         request.limits.retries = m_options.retries;
+        request.limits.total = std::chrono::seconds(m_options.maxSeconds);
         request.limits.fileBytes = m_options.maxBytes;
+        request.limits.totalBytes = m_options.maxTotalBytes;
+        request.limits.files = m_options.maxFiles;
         request.cancel = m_cancellation.flag();
         return request;
     }
@@ -132,7 +153,17 @@ private:
     }
 
     Result resultOf(fetch::Report report) const {
-        return {std::move(report.problem), m_isWholeSet, std::move(report.files)};
+        Result result{std::move(report.problem), "", m_isWholeSet, std::move(report.files)};
+        result.nextStep = std::string("another directory: --dir DIR; ") + kOtherSource;
+        const auto untried = std::find_if(result.files.begin(), result.files.end(), isUntried);
+        const bool isCutShort = result.problem.empty() && untried != result.files.end();
+        if (isCutShort)
+            result.problem =
+                countText(result.count(fetch::Outcome::kNotTried), "not tried: ") + untried->reason;
+        // Or the time was over before anybody asked what the description calls for.
+        if (isCutShort || (!m_isWholeSet && result.isEveryFileThere()))
+            result.nextStep = "run it again to go on; more time: --max-time SECONDS";
+        return result;
     }
 
     const Session& m_session;
@@ -178,8 +209,22 @@ std::string planText(const Result& result) {
     return text;
 }
 
-std::string countText(std::size_t count, const char* what) {
-    return std::to_string(count) + (count == 1 ? " file " : " files ") + what;
+/// What may help to get the files that are lacking.
+std::string nextSteps(const Options& options, const Result& result) {
+    const bool isServer = !std::holds_alternative<fetch::Folder>(sourceFrom(options.from));
+    constexpr long kGood = 200;
+    bool isUnanswered = false;
+    bool isUnusable = false;  // too large, or there is no room
+    for (const fetch::FileReport& file : result.files)
+        if (file.outcome == fetch::Outcome::kFailed)
+            (isServer && file.httpStatus != kGood ? isUnanswered : isUnusable) = true;
+    std::string steps;
+    if (isUnanswered)
+        steps += "does it answer? thermika online" +
+                 (options.from.empty() ? "" : " --from " + shown(options.from)) + "; ";
+    if (isUnusable) steps += "higher limits: --max-size, --max-total; more room: --dir DIR; ";
+    if (result.files.size() > options.maxFiles) steps += "more files: --max-files; ";
+    return steps + kOtherSource;
 }
 
 /// What is missing and why, and what to do.
@@ -189,19 +234,21 @@ void explain(const Session& session, const Options& options, const Result& resul
     for (const fetch::FileReport& file : result.files) {
         if (isThere(file)) continue;
         ++lacking;
-        if (file.outcome == fetch::Outcome::kNotTried) continue;  // the problem says why
+        if (isUntried(file)) continue;  // the problem says why
         Output::complain(shown(file.name) + ": " + shown(file.reason));
     }
     if (isCancelled)
-        return Output::complain("interrupted: " + countText(lacking, "missing") +
+        return Output::complain("interrupted: " +
+                                (lacking > 0
+                                     ? countText(lacking, "missing")
+                                     : "it is not known what else the description calls for") +
                                 " (run it again to go on)");
     if (!result.problem.empty())
-        Output::complain(shown(result.problem) +
-                         " (another directory: --dir DIR; another source: --from URL or FOLDER)");
-    if (lacking > 0)
+        Output::complain(shown(result.problem) + " (" + result.nextStep + ")");
+    else
         Output::complain(countText(lacking, "could not be had") + " from " +
-                         sourceText(options.from) + " for " + shown(session.directory) +
-                         " (is it reachable? thermika online; another source: --from)");
+                         sourceText(options.from) + " for " + shown(session.directory) + " (" +
+                         nextSteps(options, result) + ")");
 }
 
 Status run(Session& session, const Options& options) {
@@ -218,8 +265,19 @@ Status run(Session& session, const Options& options) {
                    std::to_string(result.count(fetch::Outcome::kPresent)) + " there already\n");
     if (options.isDryRun && result.isComplete() && !result.isWholeSet)
         output.note("what else is needed is known once the description is there");
+    if (result.isComplete() && (result.isWholeSet || options.isDryRun)) return Status::kYes;
     explain(session, options, result, fetching.isCancelled());
-    return result.isComplete() ? Status::kYes : Status::kFailed;
+    return Status::kFailed;
+}
+
+/// Ends the command when `option` was given a value that another option's bound keeps from its
+/// effect.
+void refuseAbove(const CLI::Option& option, std::uint64_t value, const std::string& bound,
+                 std::uint64_t most) {
+    if (option.count() == 0 || value <= most) return;
+    throw Problem(Status::kUsage, option.get_name() + ": " + std::to_string(value) +
+                                      " has no effect, as " + bound + " is " +
+                                      std::to_string(most) + " (raise that as well)");
 }
 
 }  // namespace
@@ -238,22 +296,41 @@ Run addFetch(CLI::App& command) {
         ->check(CLI::Range(1, 64).description(""))
         ->type_name("N")
         ->capture_default_str();
-    command
-        .add_option("--timeout", options->timeoutSeconds,
-                    "Give a transfer up after so many seconds without a byte")
-        ->check(CLI::Range(1, 86400).description(""))
+    const CLI::Option* const timeout =
+        command
+            .add_option("--timeout", options->timeoutSeconds,
+                        "Give a transfer up after so many seconds without a byte")
+            ->check(CLI::Range(1, 86400).description(""))
+            ->type_name("SECONDS")
+            ->capture_default_str();
+    command.add_option("--max-time", options->maxSeconds, "Time of the whole run")
+        ->check(CLI::Range(1, 365 * 86400).description(""))
         ->type_name("SECONDS")
         ->capture_default_str();
     command.add_option("--retries", options->retries, "More tries of a file, 0 to 100")
         ->check(CLI::Range(0, 100).description(""))
         ->type_name("N")
         ->capture_default_str();
-    command.add_option("--max-size", options->maxBytes, "Largest size of a file")
+    const CLI::Option* const maxSize =
+        command.add_option("--max-size", options->maxBytes, "Largest size of a file")
+            ->check(CLI::Range(std::int64_t{1}, INT64_MAX).description(""))
+            ->type_name("BYTES")
+            ->capture_default_str();
+    command.add_option("--max-total", options->maxTotalBytes, "Largest size of all files together")
         ->check(CLI::Range(std::int64_t{1}, INT64_MAX).description(""))
         ->type_name("BYTES")
         ->capture_default_str();
+    command.add_option("--max-files", options->maxFiles, "Largest number of files")
+        ->check(CLI::Range(1, INT32_MAX).description(""))
+        ->type_name("N")
+        ->capture_default_str();
     command.footer("Example: thermika fetch --from /media/camera");
-    return [options](Session& session) { return run(session, *options); };
+    return [options, timeout, maxSize](Session& session) {
+        refuseAbove(*timeout, static_cast<std::uint64_t>(options->timeoutSeconds), "--max-time",
+                    static_cast<std::uint64_t>(options->maxSeconds));
+        refuseAbove(*maxSize, options->maxBytes, "--max-total", options->maxTotalBytes);
+        return run(session, *options);
+    };
 }
 
 }  // namespace thermika::cli

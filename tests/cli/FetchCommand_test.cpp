@@ -122,9 +122,9 @@ TEST_F(FetchFromFolder, refusesADescriptionThatIsNone) {
     writeFile(m_medium / kDescriptionName, "<html>\n");
     const RunResult result = runCompanion(command({"-q"}));
     EXPECT_EQ(result.status, 3);
-    EXPECT_NE(result.err.find("lists no optics, so it is no calibration description"),
-              std::string::npos)
-        << result;
+    EXPECT_EQ(result.err, "thermika: what came as " + kDescriptionName +
+                              " is no calibration description that lists optics (another source: "
+                              "--from URL or FOLDER)\n");
 }
 
 TEST_F(FetchFromFolder, triesWithoutTouchingAnything) {
@@ -148,8 +148,10 @@ TEST_F(FetchFromFolder, triesWithoutTouchingAnything) {
 }
 
 TEST_F(FetchFromFolder, refusesNumbersOutsideTheirBounds) {
-    for (const char* const option : {"--jobs=0", "--jobs=65", "--jobs=x", "--timeout=0",
-                                     "--retries=-1", "--retries=101", "--max-size=0"})
+    for (const char* const option :
+         {"--jobs=0", "--jobs=65", "--jobs=x", "--timeout=0", "--retries=-1", "--retries=101",
+          "--max-size=0", "--max-time=0", "--max-time=31536001", "--max-total=0", "--max-files=0",
+          "--timeout=86401"})
         EXPECT_EQ(runCompanion(command({option})).status, 2) << option;
     EXPECT_EQ(runCompanion(command({"--max-size=0"})).err,
               "thermika: --max-size: Value 0 not in range 1 to 9223372036854775807 (see: thermika "
@@ -157,10 +159,72 @@ TEST_F(FetchFromFolder, refusesNumbersOutsideTheirBounds) {
     EXPECT_FALSE(fs::exists(m_home / "new"));
 }
 
+TEST_F(FetchFromFolder, refusesNumbersThatOthersKeepFromTheirEffect) {
+    EXPECT_EQ(runCompanion(command({"--timeout", "3601"})),
+              (RunResult{"",
+                         "thermika: --timeout: 3601 has no effect, as --max-time is 3600 (raise "
+                         "that as well)\n",
+                         2}));
+    EXPECT_EQ(runCompanion(command({"--max-size", "4294967297"})),
+              (RunResult{"",
+                         "thermika: --max-size: 4294967297 has no effect, as --max-total is "
+                         "4294967296 (raise that as well)\n",
+                         2}));
+    EXPECT_FALSE(fs::exists(m_home / "new"));
+    EXPECT_EQ(runCompanion(command({"-q", "--timeout", "3601", "--max-time", "3601", "--max-size",
+                                    "4294967297", "--max-total", "4294967297"}))
+                  .status,
+              0);
+    // What was not asked for may be lowered in silence.
+    EXPECT_EQ(runCompanion(command({"-q", "--max-time", "20", "--max-total", "1000"})).status, 0);
+}
+
 TEST_F(FetchFromFolder, leavesOutFilesThatAreTooLarge) {
     const RunResult result = runCompanion(command({"-q", "--max-size", "14"}));
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.err.find("thermika: " + kDescriptionName + ": "), 0U) << result;
+    EXPECT_NE(result.err.find("higher limits: --max-size, --max-total; "), std::string::npos)
+        << result;
+    EXPECT_EQ(result.err.find("thermika online"), std::string::npos) << result;
+}
+
+TEST_F(FetchFromFolder, takesNoMoreBytesAndFilesThanToldTo) {
+    const RunResult few = runCompanion(command({"-q", "--max-files", "3"}));
+    EXPECT_EQ(few.status, 3);
+    EXPECT_EQ(few.out, "3 files fetched, 0 there already\n");
+    EXPECT_NE(few.err.find(": more than 3 files are asked for\n"), std::string::npos) << few;
+    EXPECT_NE(few.err.find("more files: --max-files; "), std::string::npos) << few;
+    fs::remove_all(m_home / "new");
+    const RunResult little = runCompanion(command({"-q", "--max-total", "500"}));
+    EXPECT_EQ(little.status, 3);
+    EXPECT_EQ(little.out, "2 files fetched, 0 there already\n");
+    EXPECT_NE(little.err.find("--max-total"), std::string::npos) << little;
+}
+
+TEST_F(FetchFromFolder, refusesAnAddressThatCannotBeAsked) {
+    const RunResult result =
+        runCompanion({"fetch", "14080045", "--from", "ftp://x", "--dir", m_directory});
+    EXPECT_EQ(result,
+              (RunResult{"",
+                         "thermika: the address \"ftp://x\" cannot be used: it is neither http nor "
+                         "https (--from takes an http or https address, or a folder)\n",
+                         2}));
+    EXPECT_FALSE(fs::exists(m_home / "new"));
+}
+
+// An operator's link is read by every other command, as the library follows it; to write through it
+// would touch a file outside the directory.
+TEST_F(FetchFromFolder, replacesALinkThatTheOtherCommandsFollow) {
+    ASSERT_EQ(runCompanion(command({"-q"})).status, 0);
+    writeFile(m_home / "mine", "mine");
+    fs::remove(m_directory + "/" + kFirstData);
+    fs::create_symlink(m_home / "mine", m_directory + "/" + kFirstData);
+    EXPECT_EQ(runCompanion({"files", "14080045", "--missing", "--dir", m_directory}),
+              (RunResult{"", "", 0}));
+    EXPECT_EQ(runCompanion(command({"-q"})).out, "1 file fetched, 4 there already\n");
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(m_directory + "/" + kFirstData)));
+    EXPECT_EQ(thermika_test::readFile(m_home / "mine"), "mine");
+    EXPECT_EQ(contents(m_directory), cameraFiles());
 }
 
 TEST_F(FetchFromFolder, saysThatTheDirectoryCannotBeWrittenAndHowToChooseAnother) {

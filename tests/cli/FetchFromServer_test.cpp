@@ -1,5 +1,7 @@
 // `thermika fetch` with a server as its source: a real one, in a network of its own.
+#include <netinet/in.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -7,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -64,6 +67,77 @@ TEST(FetchFromServer, takesAMirrorOfTheSameLayout) {
         EXPECT_EQ(runCompanion({"fetch", "14080045", "-q", "--from", "http://localhost/"}),
                   (RunResult{"5 files fetched, 0 there already\n", "", 0}));
         EXPECT_EQ(contents(thermika_test::kCaliDir), cameraFiles());
+    });
+}
+
+/// A server that takes connections and never answers.
+class SilentServer {
+public:
+    SilentServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(8080);
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(m_socket, 64), 0);
+    }
+    ~SilentServer() { close(m_socket); }
+    SilentServer(const SilentServer&) = delete;
+    SilentServer& operator=(const SilentServer&) = delete;
+
+    RunResult fetchFrom(std::vector<std::string> more) const {
+        more.insert(more.begin(), {"fetch", "14080045", "-q", "--from", "http://127.0.0.1:8080/"});
+        return runCompanion(more);
+    }
+    /// Since this was asked last.
+    int connections() const {
+        int count = 0;
+        for (int each = 0; (each = accept(m_socket, nullptr, nullptr)) >= 0; ++count) close(each);
+        return count;
+    }
+
+private:
+    int m_socket;
+};
+
+TEST(FetchFromServer, triesAsOftenAsToldAndWaitsAsLongAsToldTo) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const SilentServer server;
+        const RunResult result = server.fetchFrom({"--json", "--timeout", "1", "--retries", "1"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_NE(result.out.find(R"("tries": 2)"), std::string::npos) << result;
+        EXPECT_EQ(server.connections(), 2);
+        EXPECT_NE(result.err.find("(does it answer? thermika online --from "
+                                  "http://127.0.0.1:8080/; another source: "),
+                  std::string::npos)
+            << result;
+    });
+}
+
+TEST(FetchFromServer, saysThatItsTimeIsOver) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const SilentServer server;
+        EXPECT_EQ(server.fetchFrom({"--max-time", "1"}),
+                  (RunResult{"0 files fetched, 0 there already\n",
+                             "thermika: 1 file not tried: the time limit of 1 s is over (run it "
+                             "again to go on; more time: --max-time SECONDS)\n",
+                             3}));
+    });
+}
+
+TEST(FetchFromServer, hasAsManyTransfersAtATimeAsToldTo) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        const SilentServer server;
+        fs::create_directories(thermika_test::kCaliDir);
+        thermika_test::installFiles({{kDescriptionName, thermika_test::cameraDescription()}});
+        for (const int jobs : {1, 3}) {
+            EXPECT_EQ(server.fetchFrom({"--max-time", "1", "--jobs", std::to_string(jobs)}).status,
+                      3);
+            EXPECT_EQ(server.connections(), jobs);
+        }
     });
 }
 
