@@ -52,6 +52,11 @@ TEST(CommandLine, endsWith2AndPointsAtTheHelp) {
                          "thermika: The following argument was not expected: --nonsense (see: "
                          "thermika optics --help)\n",
                          2}));
+    EXPECT_EQ(runCompanion({"\033[31m"}),
+              (RunResult{"",
+                         "thermika: The following argument was not expected: \\x1B[31m (see: "
+                         "thermika --help)\n",
+                         2}));
     EXPECT_EQ(runCompanion({"optics", "1408\033[31m"}),
               (RunResult{"",
                          "thermika: \"1408\\x1B[31m\" is no serial number: it has 8 digits and "

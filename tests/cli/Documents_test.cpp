@@ -199,6 +199,9 @@ TEST(Documents, ofTheDoctorAreAsTheSchemaSays) {
         answer({"doctor"}, 1, "doctor");
         attachEverything();
         const std::string text = answer({"doctor"}, 1, "doctor");
+        EXPECT_NE(text.find(R"("subject": "bus", "text": "/sys/bus/usb/devices can be read")"),
+                  std::string::npos)
+            << text;
         for (const char* const verdict : {"OK", "WARN", "FAIL"})
             EXPECT_NE(text.find(R"("verdict": ")" + std::string(verdict) + "\""), std::string::npos)
                 << text;

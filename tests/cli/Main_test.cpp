@@ -42,6 +42,16 @@ TEST(Main, doesNotTakeAFileForAClosedStandardStream) {
               (RunResult{"", "", 0}));
 }
 
+TEST(Main, findsEachClosedStandardStreamEmpty) {
+    for (const int descriptor : {STDIN_FILENO, STDERR_FILENO}) {
+        const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+        EXPECT_EQ(runCompanion({"validate", path}, [descriptor] { close(descriptor); }),
+                  (RunResult{path + ":1: there is no document; begin with the one that thermika "
+                                    "config prints\n",
+                             "", 1}));
+    }
+}
+
 TEST(Main, reportsAReaderThatHasGoneAway) {
     const RunResult result = runCompanion({"--version"}, [] {
         int ends[2];

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "support/CaliDescriptions.h"
 #include "support/CameraSet.h"
@@ -11,6 +12,7 @@
 
 namespace {
 
+using nlohmann::json;
 using thermika_test::opticsElement;
 using thermika_test::opticsList;
 using thermika_test::rangeElement;
@@ -51,6 +53,31 @@ TEST(Optics, showsAnOpticsWithoutRanges) {
                          " 33  -     -       -                -  -          -\n"
                          " 60  -     0..250  0..250           1  2 missing  any\n",
                          "", 0}));
+}
+
+TEST(Optics, answersProgramsInJson) {
+    const TempDir folder;
+    for (const auto& [name, bytes] : thermika_test::cameraFiles())
+        thermika_test::writeFile(folder / name, bytes);
+    writeDescription(
+        folder, 14080045,
+        opticsList(opticsElement(
+            33, "",
+            rangeElement("-20", "100",
+                         "<TempLoExt>-40.5</TempLoExt><Framerates>\n<Framerate><FR>27</FR>"
+                         "</Framerate>\n<Framerate><FR>80</FR></Framerate>\n</Framerates>") +
+                rangeElement("0", "250"))));
+    const json first = {{"min", -20},         {"max", 100},    {"extendedMin", -40.5},
+                        {"extendedMax", 100}, {"decimals", 1}, {"framerates", {27, 80}},
+                        {"missing", 0}};
+    const json second = {{"min", 0},           {"max", 250},    {"extendedMin", 0},
+                         {"extendedMax", 250}, {"decimals", 1}, {"framerates", nullptr},
+                         {"missing", 2}};
+    const json optics = {
+        {"fov", 33}, {"text", ""}, {"complete", false}, {"ranges", {first, second}}};
+    EXPECT_EQ(
+        json::parse(runCompanion({"optics", "14080045", "--json", "--dir", folder.path()}).out),
+        json({{"serial", 14080045}, {"optics", json::array({optics})}}));
 }
 
 TEST(Optics, colorsWhatHasItsFilesAndWhatLacksSome) {
