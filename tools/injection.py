@@ -67,6 +67,7 @@ ERRORS = {
     "getsockopt": "ENOPROTOOPT",
     "link": "EEXIST EIO ENOSPC",
     "madvise": "EAGAIN",
+    "mkdirat": "EIO EACCES ENOSPC EROFS ENOENT EMLINK",
     "poll": "EINTR ENOMEM",
     "pread64": "EIO",
     "readlink": "EINVAL EACCES",

@@ -1,6 +1,6 @@
 // A file on its way into the directory, when others have files of the same name or take it away.
-// This program's getrandom() and flock() stand in for the C library's and do the same, unless a test
-// wants certain names, or something to happen first.
+// The getrandom() and flock() of this program stand in for those of the C library and do the same,
+// unless a test wants certain names, or something to happen first.
 #include "fetch/PartFile.h"
 
 #include <fcntl.h>
