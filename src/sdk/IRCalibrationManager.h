@@ -84,13 +84,14 @@ public:
     /// The same for any directory and names; true when nothing is missing. An empty directory is
     /// "Imager" below the working directory; one of 260 characters or more holds no file. Ask first
     /// with `missing` null: `*size` becomes the bytes that the list needs (the largest int where
-    /// none holds them). Then pass a buffer of one byte more than that (the list of a missing
-    /// description alone, which `*size` bounds as a whole, needs it; the rest of the `*size` bytes
-    /// becomes zero) and `*size` as it is. In other lists `*size` bounds each name: a buffer
-    /// smaller than told, or files that vanish between the two calls, let the list run over its
-    /// end, which checkCalibration() is safe from. The formats are printf's: of an int in
-    /// `xmlFormat` (cut to 19 characters), of a string in the others (to 259). `separator` stands
-    /// after the description's name only; other names have ";". No other pointer may be null.
+    /// none holds them). Then pass `*size` as it is and a buffer of that many bytes plus the length
+    /// of `separator`, which is not counted; it stands after the name of a missing description
+    /// only, which is then the whole list, and the rest of the `*size` bytes becomes zero. Other
+    /// names have ";". `*size` bounds each name and separator alone: a buffer smaller than told, or
+    /// files that vanish between the two calls, let the list run over its end, which
+    /// checkCalibration() is safe from. The formats are printf's: of an int in `xmlFormat` (cut to
+    /// 19 characters), of a string in the others (to 259). No other pointer may be null, but for
+    /// `separator` where the description is loaded.
     /// Process: creates the directory, one level, mode 0777 less the umask, when it is missing.
     /// Loads the description unless it is loaded, with ConfigCali::load(): a path of more than 259
     /// characters ends the process with abort(); LC_NUMERIC is "C" afterwards, or bears the name of

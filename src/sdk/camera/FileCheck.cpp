@@ -85,8 +85,8 @@ char* append(char* end, std::string_view piece, std::size_t bound) {
 }
 
 /// Where the list ends now.
-// Deliberate: each name is bounded by the whole size, not by the room that is left, so only a
-// buffer that holds all names may be handed in.
+// Deliberate: each name is bounded by the whole size, not by the room that is left, as a separator
+// is below, so only a buffer that holds the whole list may be handed in.
 char* appendName(char* end, std::string_view name, std::size_t bound) {
     end = append(append(end, name, bound), kNameEnd, bound);
     *end = '\0';
@@ -181,12 +181,12 @@ int listBytes(const MissingFiles& missing) {
     return bytes;
 }
 
-void writeList(const MissingFiles& missing, std::string_view separator, char* list, int size) {
+void writeList(const MissingFiles& missing, const char* separator, char* list, int size) {
     const std::size_t bound = boundOf(size);
     if (missing.isDescription) {
-        std::memset(list, '\0', std::max<std::size_t>(bound, 1));
+        std::memset(list, '\0', bound);
         char* const end = append(list, missing.names.front(), bound);
-        *append(end, separator, bound - static_cast<std::size_t>(end - list)) = '\0';
+        *append(end, separator, bound) = '\0';
         return;
     }
     *list = '\0';

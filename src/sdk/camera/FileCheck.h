@@ -65,7 +65,7 @@ std::optional<std::string> listMissingFiles(const std::string& directory, unsign
 int listBytes(const MissingFiles& missing);
 
 /// Writes the list to `list` as IRCalibrationManager::checkCaliFiles() says.
-void writeList(const MissingFiles& missing, std::string_view separator, char* list, int size);
+void writeList(const MissingFiles& missing, const char* separator, char* list, int size);
 
 /// Does what dax::_checkCaliFilesHelper() says.
 void recordFileIfMissing(const char* directory, const char* stem, const char* format, char* list,

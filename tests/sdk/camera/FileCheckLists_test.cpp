@@ -43,6 +43,8 @@ TEST(FileCheckLists, needEveryNameItsEndAndOneTerminator) {
 
 TEST(FileCheckLists, boundEachNameByTheWholeSizeAndNotByTheRoomLeft) {
     EXPECT_EQ(written(kTwo, ";", 6, 14), std::string("first;the se;\0", 14));
+    EXPECT_EQ(written(kDescription, ";", 10, 12), std::string("Cali-12345;\0", 12));
+    EXPECT_EQ(written(kDescription, " and ", 4, 9), std::string("Cali and\0", 9));
 }
 
 TEST(FileCheckLists, takeNothingOfANameWhenTheSizeIsNotPositive) {
@@ -52,10 +54,11 @@ TEST(FileCheckLists, takeNothingOfANameWhenTheSizeIsNotPositive) {
     }
 }
 
-TEST(FileCheckLists, needOneByteMoreThanToldForADescription) {
+TEST(FileCheckLists, needTheSeparatorsLengthMoreThanToldForADescription) {
     EXPECT_EQ(dax::listBytes(kDescription), 18);
     EXPECT_EQ(written(kDescription, ";", 18, 19), std::string("Cali-12345678.xml;\0", 19));
-    EXPECT_EQ(written(kDescription, "; ", 18, 19), std::string("Cali-12345678.xml;\0", 19));
+    EXPECT_EQ(written(kDescription, "; ", 18, 20), std::string("Cali-12345678.xml; \0", 20));
+    EXPECT_EQ(written(kDescription, "", 18, 18), std::string("Cali-12345678.xml\0", 18));
     EXPECT_EQ(dax::listBytes({{""}, true}), 0);
 }
 

@@ -39,7 +39,7 @@ protected:
     std::string list(int serial, const Names& names = {}) const {
         int size = -1;
         check(nullptr, size, serial, names);
-        const auto bytes = static_cast<std::size_t>(size) + 1;
+        const auto bytes = static_cast<std::size_t>(size) + std::strlen(names.separator);
         const std::unique_ptr<char[]> buffer(new char[bytes]);
         std::memset(buffer.get(), '?', bytes);
         check(buffer.get(), size, serial, names);
@@ -133,14 +133,15 @@ TEST_F(FileCheck, boundsEachNameByTheWholeSizeAndNotByTheRoomLeft) {
     }
 }
 
-TEST_F(FileCheck, cutsTheListOfAMissingDescriptionAtTheSize) {
-    const std::string full = list(kOtherSerial);
-    for (int size = 0; size <= static_cast<int>(full.size()) + 2; ++size) {
-        const auto bytes = static_cast<std::size_t>(size) + 1;
-        const std::unique_ptr<char[]> buffer(new char[bytes]);
+// Deliberate: each bounded by the whole size, as other names are.
+TEST_F(FileCheck, cutsTheNameOfAMissingDescriptionAtTheSizeAndThenItsSeparator) {
+    const std::string name = "Cali-12345679.xml";
+    for (int size = 0; size <= static_cast<int>(name.size()) + 2; ++size) {
+        const auto chars = static_cast<std::size_t>(size);
+        const std::unique_ptr<char[]> buffer(new char[chars + 2]);
         int told = size;
         check(buffer.get(), told, kOtherSerial);
-        EXPECT_EQ(buffer.get(), full.substr(0, bytes - 1));
+        EXPECT_EQ(buffer.get(), name.substr(0, chars) + (size == 0 ? "" : ";"));
     }
 }
 
@@ -168,11 +169,16 @@ TEST_F(FileCheck, emptiesTheBufferBeforeItListsAnything) {
 TEST_F(FileCheck, usesTheSeparatorAfterTheDescriptionOnly) {
     Names names;
     names.separator = " | ";
-    EXPECT_EQ(list(kSerial, names), "Cali-12345678.xml ");  // one byte of it was counted
+    EXPECT_EQ(list(kSerial, names), "Cali-12345678.xml | ");
     describe(kSerial, opticsElement(33, "", rangeElement("0", "250")));
     EXPECT_EQ(list(kSerial, names), "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;");
     names.separator = "";
     EXPECT_EQ(list(kOtherSerial, names), "Cali-12345679.xml");
+    names.separator = nullptr;
+    int size = 64;
+    char buffer[64];
+    EXPECT_FALSE(check(buffer, size, kSerial, names));
+    EXPECT_STREQ(buffer, "Cali-12345678-33-0-250.dat;Kennlinie-12345678-33-0-250.prn;");
 }
 
 TEST_F(FileCheck, composesNamesInTheFormatsGiven) {
