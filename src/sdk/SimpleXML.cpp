@@ -26,7 +26,6 @@ namespace dax {
 namespace {
 
 constexpr std::size_t kPathChars = kPathBytes - 1;
-constexpr std::uint16_t kDeepestParent = 253;  // one level below is the deepest that is reached
 constexpr std::int32_t kNotFound = -1;
 
 void log(unsigned int severity, int line, const std::string& message) {

@@ -104,7 +104,8 @@ public:
     bool getString(const char* name, char** out) { return read(nameOf(name), out); }
 
 private:
-    static constexpr std::size_t kCursorLevels = 256;
+    static constexpr std::uint16_t kCursorLevels = 256;
+    static constexpr std::uint16_t kDeepestParent = kCursorLevels - 3;  ///< has children in reach
     std::int32_t size = 0;
     std::array<std::int32_t, kCursorLevels> start{};
     std::array<std::int32_t, kCursorLevels> end{};
