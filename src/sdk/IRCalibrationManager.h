@@ -2,8 +2,8 @@
 // the camera on the USB bus, composes its configuration document, and checks, fetches or copies its
 // calibration files. Nothing here is locked.
 //
-// Every operation that logs, or reads a document, creates the kelvra::Logger when there is none;
-// one that nobody has configured says so once on standard error.
+// Every operation that logs, or fails to read a document, creates the kelvra::Logger when there is
+// none; one that nobody has configured says so once on standard error.
 #pragma once
 
 #include <cstddef>
@@ -130,7 +130,8 @@ public:
     /// a file with more than one link or somebody else's. False without a line when no file is
     /// named. What reaches the shell unquoted: `targetDir` and the names; between double quotes:
     /// the document's base address, `serial`. A library built with THERMIKA_REFUSE_SHELL_TEXT
-    /// refuses, with a line in the log, any base and name that means something to a shell.
+    /// refuses, with a line in the log, any base, name and directory that means something to a
+    /// shell, and a directory that begins with "-".
     /// Process: writes and removes /tmp/downloadlinks.xml (it stays when it cannot be read);
     /// LC_NUMERIC is "C" afterwards; flushes standard output before each command; descriptors 0, 1
     /// and 2 are /dev/null while a command runs where they are closed.
@@ -143,8 +144,8 @@ public:
     /// started, without a look at what is there. Both directories reach the shell unquoted: one
     /// with blanks becomes several arguments; so do the name patterns, which the shell may expand
     /// in the working directory.
-    /// A library built with THERMIKA_REFUSE_SHELL_TEXT answers false, without a command, when one
-    /// of the two means something to a shell.
+    /// A library built with THERMIKA_REFUSE_SHELL_TEXT answers false, without a command or a line,
+    /// when one of the two means something to a shell or begins with "-".
     /// Process: prints the command on standard output and flushes it; descriptors 0 to 2 as in
     /// downloadTarget(); as checkCaliFiles(), which may end the process.
     bool copyCalibrationFromLocalRepo(unsigned long serial, std::string sourceDir);

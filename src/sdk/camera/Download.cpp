@@ -99,7 +99,8 @@ bool fetchFiles(std::string_view targets, const std::string& serial, const std::
         const std::string_view name = targets.substr(0, targets.find(';'));
         targets.remove_prefix(std::min(name.size() + 1, targets.size()));
         const bool isRefused = links->base && (!mayReachShellAsBase(*links->base) ||
-                                               !mayReachShellAsName(name, serial));
+                                               !mayReachShellAsName(name, serial) ||
+                                               !mayReachShellAsDirectory(targetDir));
         std::string address;
         if (links->base && !isRefused) {
             address = quotedFileAddress(*links->base, serial, name);

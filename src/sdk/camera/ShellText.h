@@ -15,8 +15,8 @@ bool mayReachShellAsBase(std::string_view base);
 /// digits alone, letters, digits and "._+-", and ".xml", ".dat" or ".prn".
 bool mayReachShellAsName(std::string_view name, std::string_view serial);
 
-/// A directory of the copy. Plain: letters, digits and "._/+@%:-", with no "-" at the beginning,
-/// which find would take for one of its own words.
+/// A directory of the download or the copy. Plain: letters, digits and "._/+@%:-", with no "-" at
+/// the beginning, which find would take for one of its own words.
 bool mayReachShellAsDirectory(std::string_view dir);
 
 }  // namespace dax

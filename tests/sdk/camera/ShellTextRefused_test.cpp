@@ -69,15 +69,16 @@ TEST(ShellTextRefused, directoriesHaveNoBlanksAndNothingForAShell) {
 }
 
 /// Fetches behind a links document with this base; nothing but the document is asked for.
-void expectNothingFetched(const std::string& base, std::string list) {
-    inSandbox([&base, &list] {
+void expectNothingFetched(const std::string& base, std::string list,
+                          const std::string& directory = kCaliDir) {
+    inSandbox([&base, &list, &directory] {
         const DownloadSandbox world;
         FileServer server;
         server.add(kLinksPath, linksDocument("<string>" + base + "</string>\n"));
         recordShell();
-        EXPECT_EQ(outcomeOf([&list] {
+        EXPECT_EQ(outcomeOf([&list, &directory] {
                       return dax::IRCalibrationManager::downloadTarget(list.data(), kCameraText,
-                                                                       kCaliDir);
+                                                                       directory);
                   }),
                   (Outcome{false, managerLine("ERROR", "Error downloading ")}));
         EXPECT_EQ(shellTexts().size(), 1U);
@@ -86,9 +87,10 @@ void expectNothingFetched(const std::string& base, std::string list) {
     });
 }
 
-TEST(ShellTextRefused, basesAndNamesRunNoCommand) {
+TEST(ShellTextRefused, basesNamesAndDirectoriesRunNoCommand) {
     expectNothingFetched("$(touch /tmp/ran)", kFirstData + ";");
     expectNothingFetched("http://server", "$(touch /tmp/ran);");
+    expectNothingFetched("http://server", kFirstData + ";", "/tmp;touch /tmp/ran");
 }
 
 TEST(ShellTextRefused, namesAreLoggedThoughOtherFilesCame) {
