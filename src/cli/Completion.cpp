@@ -45,19 +45,15 @@ std::vector<std::string> rangesOf(ConfigCali& cali, const std::string& optics) {
 
 std::vector<std::string> words(const Session& session, const Arguments& arguments) {
     ConfigCali& cali = loadDescription(session, chosenCamera(arguments.serialText, "optics"));
-    std::vector<std::string> words =
-        arguments.what == "optics" ? opticsChoices(cali) : rangesOf(cali, arguments.optics);
-    // What cannot be shown as it stands cannot be typed either.
-    words.erase(std::remove_if(words.begin(), words.end(),
-                               [](const std::string& word) { return escaped(word, true) != word; }),
-                words.end());
-    return words;
+    return arguments.what == "optics" ? opticsChoices(cali) : rangesOf(cali, arguments.optics);
 }
 
 Status printWords(Session& session, const Arguments& arguments) {
     Json list = Json::array();
     for (const std::string& word : words(session, arguments)) {
-        list.push_back(word);
+        // What cannot be shown as it stands cannot be typed either.
+        if (!session.output.isJson && shown(word) != word) continue;
+        list.push_back(jsonText(word));
         if (!session.output.isJson) session.output.add(word + "\n");
     }
     Json whole;

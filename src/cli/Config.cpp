@@ -1,5 +1,7 @@
 // `thermika config`: a camera's configuration document, as `thermika-genconfig` prints it or with a
 // choice made.
+#include <unistd.h>
+
 #include <algorithm>
 #include <memory>
 #include <regex>
@@ -31,12 +33,17 @@ struct Options {
     bool isChoice() const { return !optics.empty() || !range.empty(); }
 };
 
+std::string without(std::string_view bytes, std::string text) {
+    const auto isUnwanted = [bytes](char byte) { return bytes.find(byte) != bytes.npos; };
+    text.erase(std::remove_if(text.begin(), text.end(), isUnwanted), text.end());
+    return text;
+}
+
 /// Whether `text` is well-formed where an XML document has character data. References stand in a
 /// description as they stand in the document.
 bool isCharacterData(const std::string& text) {
     // What escaping would change is no text of a document of UTF-8; "\" is.
-    std::string plain = text;
-    plain.erase(std::remove(plain.begin(), plain.end(), '\\'), plain.end());
+    const std::string plain = without("\\", text);
     if (escaped(plain, true) != plain) return false;
     static const std::regex kReferences("&([A-Za-z]+|#[0-9]+|#x[0-9A-Fa-f]+);");
     return std::regex_replace(text, kReferences, "").find_first_of("<>&") == std::string::npos;
@@ -44,8 +51,17 @@ bool isCharacterData(const std::string& text) {
 
 [[noreturn]] void refuseText(const std::string& what, const std::string& text,
                              const char* nextStep) {
-    throw Problem(Status::kFailed, what + " \"" + shown(text) +
-                                       "\" cannot stand in an XML document (" + nextStep + ")");
+    throw Problem(Status::kFailed,
+                  what + " \"" + text + "\" cannot stand in an XML document (" + nextStep + ")");
+}
+
+/// A terminal could act on what it does not show; a file or a pipe gets every byte.
+void refuseUnshown(const std::string& document) {
+    const std::string plain = without("\\\n", document);
+    if (isatty(STDOUT_FILENO) == 1 && shown(plain) != plain)
+        throw Problem(Status::kFailed,
+                      "the document has characters that this terminal does not show (write it to a "
+                      "file: -o FILE)");
 }
 
 std::string chosenDocument(const Session& session, unsigned long serial, const Options& options) {
@@ -94,6 +110,7 @@ Status run(Session& session, const Options& options) {
         whole["document"] = jsonText(document);
         output.addDocument(whole);
     } else if (options.file.empty()) {
+        refuseUnshown(document);
         output.add(document);
     }
     return Status::kYes;

@@ -227,6 +227,26 @@ TEST(Completion, listsTheWordsThatScriptsAskFor) {
     EXPECT_EQ(json::parse(words({"--json", "fish"}).out).at("script"), words({"fish"}).out);
 }
 
+// A terminal without UTF-8 may take a byte of a character for a control.
+TEST(Completion, leavesOutWhatTheLocaleCannotShowButNotFromDocuments) {
+    const TempDir folder;
+    thermika_test::writeDescription(
+        folder, 25080046,
+        thermika_test::opticsList(thermika_test::opticsElement(10, "\xC3\x9B", "") +
+                                  thermika_test::opticsElement(20, "\x9B", "") +
+                                  thermika_test::opticsElement(30, "", "")));
+    const auto in = [&](const char* locale, std::vector<std::string> more = {}) {
+        more.insert(more.begin(), {"--dir", folder.path(), "completion", "optics", "25080046"});
+        return runCompanion(more, [locale] { setenv("LC_ALL", locale, 1); });
+    };
+    EXPECT_EQ(in("C"), (RunResult{"30\n", "", 0}));
+    EXPECT_EQ(in("C.UTF-8"), (RunResult{"10,\xC3\x9B\n30\n", "", 0}));
+    const RunResult document = in("C", {"--json"});
+    EXPECT_EQ(json::parse(document.out).at("words"),
+              json({"10,\xC3\x9B", "20,\xF4\x8F\xBA\x9B", "30"}));
+    EXPECT_EQ(in("C.UTF-8", {"--json"}), document);
+}
+
 TEST(CompletionModel, refusesAValueThatNobodyThoughtOf) {
     EXPECT_THROW(thermika::cli::completionOf("COLOUR"), std::logic_error);
 }

@@ -8,6 +8,7 @@ Ends with 1 and says what was wrong first; prints how many checks were made.
 import http.server
 import os
 import re
+import subprocess
 import sys
 import tempfile
 import threading
@@ -137,3 +138,22 @@ colors()
 width()
 progress()
 print(f"{checks} checks")
+def documents():
+    """A terminal without UTF-8 could take a byte of a character for a control."""
+    with tempfile.TemporaryDirectory() as folder:
+        with open(f"{EXAMPLES}/Cali-{SERIAL}.xml", encoding="utf-8") as file:
+            description = file.read()
+        check("<Text>O53</Text>" in description, "the example has another text")
+        with open(f"{folder}/Cali-{SERIAL}.xml", "w", encoding="utf-8") as file:
+            file.write(description.replace("<Text>O53</Text>", "<Text>\u00db</Text>"))
+        config = ["config", SERIAL, "--dir", folder, "--optics", "53"]
+        text, status = on_terminal(config)
+        check(status == 0 and "<optics_text>\u00db</optics_text>" in text, "UTF-8: " + repr(text))
+        text, status = on_terminal(config, LC_ALL="C")
+        check(status == 3 and "(write it to a file: -o FILE)" in text, "C: " + repr(text))
+        check("<imager>" not in text and "\u00db" not in text, "C shows it: " + repr(text))
+        piped = subprocess.run([TOOL, *config], env={"LC_ALL": "C"}, capture_output=True)
+        check(piped.returncode == 0 and b"\xc3\x9b" in piped.stdout, "a pipe: " + repr(piped))
+
+
+documents()
