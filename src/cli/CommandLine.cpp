@@ -102,7 +102,10 @@ std::string absoluteDirectory(const std::string& given) {
         throw Problem(Status::kUsage,
                       "--dir: the calibration directory has an empty name (name one, or leave "
                       "the option out)");
-    std::string absolute = fs::absolute(given).lexically_normal();
+    const fs::path path = fs::absolute(given);
+    // Behind a link, ".." is not where the text says; the kernel finds it.
+    const bool isPlain = std::find(path.begin(), path.end(), "..") == path.end();
+    std::string absolute = isPlain ? path.lexically_normal() : path;
     while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
     if (absolute.size() > kLongestDirectory)
         throw Problem(Status::kUsage, "--dir: the directory's path has more than " +

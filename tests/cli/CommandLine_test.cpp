@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -112,6 +113,21 @@ TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
               "one)\n");
     EXPECT_EQ(runCompanion({"--dir", "/" + std::string(240, 'd'), "files", "14080045"}).status, 1);
     EXPECT_EQ(runCompanion({"--dir", "/" + std::string(241, 'd'), "files", "14080045"}).status, 2);
+}
+
+// What the text says without the link is another directory.
+TEST_F(CommandLineDirectory, behindALinkIsWhereTheLinkLeads) {
+    const TempDir other;
+    std::filesystem::create_directory(m_folder / "below");
+    std::filesystem::create_symlink(m_folder / "below", other / "link");
+    const RunResult expected = runCompanion({"--dir", m_folder.path(), "optics", "14080045"});
+    EXPECT_EQ(runCompanion({"--dir", other / "link/..", "optics", "14080045"}), expected);
+    EXPECT_EQ(runCompanion({"--dir", other / "link/../", "optics", "14080045"}), expected);
+    EXPECT_EQ(runCompanion({"--dir", ".//.", "optics", "14080045"},
+                           [&] {
+                               if (chdir(m_folder.path().c_str()) != 0) _exit(9);
+                           }),
+              expected);
 }
 
 using CommandLineLocale = WithDescription;
