@@ -21,6 +21,12 @@ constexpr int kNoCamera = 0;
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 bool isPresent(const CameraFile& each) { return each.status.state == dax::FileState::kPresent; }
+/// A name with a "/" would lead out of the directory. No file in it has such a name.
+dax::FileStatus statusOf(const Session& session, const std::string& name) {
+    if (name.find('/') != std::string::npos) return {};
+    return dax::fileStatus(pathOf(session, name));
+}
+
 
 /// `file` tells that the description is not there as it should be.
 std::string absenceText(const dax::FileStatus& file) {
@@ -102,8 +108,7 @@ CameraFiles lookAtFiles(const Session& session, unsigned long serial) {
     result.files.reserve(expected.size());
     for (dax::ExpectedFile& each : expected) {
         if (!names.insert(each.name).second) continue;
-        const dax::FileStatus status = dax::fileStatus(pathOf(session, each.name));
-        result.files.push_back({each, status});
+        result.files.push_back({each, statusOf(session, each.name)});
     }
     return result;
 }

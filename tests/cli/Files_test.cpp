@@ -110,6 +110,17 @@ TEST_F(Files, listsAFileOfTwoOpticsOnce) {
         << optics;
 }
 
+// Such a name would lead out of the directory, to whatever file a stranger wants to know of.
+TEST_F(Files, looksForNoNameThatIsAPath) {
+    const std::string inside = m_folder / "Cali-14080045-33-a";
+    fs::create_directory(inside);
+    writeFile(inside + "/b-M20-100-27.dat", "there");
+    writeFile(m_folder / thermika_test::kDescriptionName, cameraDescription("a/b"));
+    EXPECT_EQ(runCompanion(command({"--missing", "-q"})).out,
+              "Cali-14080045-33-a/b-M20-100-27.dat\nKennlinie-14080045-33-a/b-M20-100-27.prn\n"
+              "Cali-14080045-33-a/b-M20-100-80.dat\nKennlinie-14080045-33-a/b-M20-100-80.prn\n");
+}
+
 TEST_F(Files, colorsStates) {
     fs::remove(m_folder / thermika_test::kFirstData);
     const RunResult result = runCompanion(command({"--color=always", "-q"}));
