@@ -45,8 +45,7 @@ private:
     std::string m_results;
 };
 
-/// The columns of the terminal at standard output (or the environment's COLUMNS); 0 when it is
-/// none.
+/// The columns of the terminal at standard output; 0 when it is none.
 std::size_t terminalColumns();
 
 /// `bytes` as a JSON string: see losslessUtf8().

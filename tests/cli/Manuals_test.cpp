@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -147,6 +148,38 @@ TEST(Manuals, nameTheStatuses) {
     EXPECT_EQ(statusesIn(manual("thermika-genconfig.1")), (Words{"0", "255"}));
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d1"}).status, 255);
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d14080045"}).status, 0);
+}
+
+/// The variables that our code asks for, and those that it has others ask for.
+Words variablesIn(const fs::path& folder) {
+    const std::regex asking("(?:getenv|envname)\\(\"([^\"]+)\"\\)");
+    Words names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string source = entry.is_regular_file() ? readFile(entry.path()) : "";
+        for (std::sregex_iterator each(source.begin(), source.end(), asking), end; each != end;
+             ++each)
+            names.insert((*each)[1]);
+        if (source.find("newlocale(LC_CTYPE_MASK, \"\"") != std::string::npos)
+            names.insert({"LC_ALL", "LC_CTYPE", "LANG"});
+        if (source.find("curl_easy_setopt") != std::string::npos)
+            names.insert({"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY",
+                          "no_proxy", "NO_PROXY"});
+    }
+    return names;
+}
+
+TEST(Manuals, nameTheEnvironmentThatTheCompanionReads) {
+    Words named;
+    for (const std::string& line : partOf(manual("thermika.1"), ".Sh ENVIRONMENT", {".Sh "}))
+        if (line.compare(0, 7, ".It Ev ") == 0)
+            for (const std::string& word : wordsOf(line.substr(7)))
+                if (word != ",") named.insert(word);
+    Words read;
+    for (const char* const folder : {"/src/cli", "/src/fetch", "/src/sdk", "/src/imgproc"})
+        read.merge(variablesIn(kSources + folder));
+    EXPECT_EQ(read.count("LANG"), 1U);
+    EXPECT_EQ(read.count("no_proxy"), 1U);
+    EXPECT_EQ(named, read);
 }
 
 TEST(Manuals, nameTheToolsOptionsAsItsUsageTextAndItsCompletionDo) {
