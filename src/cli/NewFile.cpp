@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -30,6 +31,33 @@ bool isNoFile(const std::string& path) {
     std::error_code ignored;
     const auto status = std::filesystem::status(path, ignored);
     return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+/// The file has its name already, and some file systems cannot do it: failing is no reason to fail.
+void syncDirectoryOf(const std::string& path) {
+    const std::string directory = path.substr(0, path.rfind('/') + 1);
+    const int descriptor =
+        open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
+}
+
+/// While it lives, what ends the process from a terminal waits, so that no temporary file stays.
+class WithoutInterruption {
+public:
+    WithoutInterruption() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int each : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, each);
+        pthread_sigmask(SIG_BLOCK, &signals, &m_before);
+    }
+    ~WithoutInterruption() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    WithoutInterruption(const WithoutInterruption&) = delete;
+    WithoutInterruption& operator=(const WithoutInterruption&) = delete;
+
+private:
+    sigset_t m_before{};
+};
+
 }
 
 /// A file that nobody else has, removed unless it got another name.
@@ -79,13 +107,14 @@ private:
 
 }  // namespace
 
+    const WithoutInterruption untilItIsGone;
 void writeNewFile(const std::string& path, std::string_view bytes, bool mayReplace) {
     if (isNoFile(path)) fail(path, "it is no regular file", "choose another name");
     const TemporaryFile file(path);
     if (!file.isOpen())
         fail(path, std::strerror(errno), "is there such a directory, and may you write to it?");
     if (!file.write(bytes)) fail(path, std::strerror(errno), "is the disk full?");
-    if (file.moveTo(path, mayReplace)) return;
+    if (file.moveTo(path, mayReplace)) return syncDirectoryOf(path);
     const int reason = errno;
     fail(path, std::strerror(reason),
          reason == EEXIST ? "--force replaces it" : "choose another name");

@@ -6,8 +6,11 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <filesystem>
 #include <stdexcept>
@@ -28,6 +31,9 @@ using thermika::cli::writeNewFile;
 using thermika_test::readFile;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
+
+/// Whatever was synced, in order.
+std::vector<ino_t> g_synced;
 
 /// "" when it was written.
 std::string problemOf(const std::string& path, bool mayReplace) {
@@ -122,6 +128,48 @@ TEST(NewFile, needsOnlyOneOfTwoWaysNotToReplace) {
     }
 }
 
+// Without it, the new name may be gone after the power was.
+TEST(NewFile, isSyncedWithItsDirectory) {
+    const TempDir folder;
+    struct stat directory {};
+    ASSERT_EQ(stat(folder.path().c_str(), &directory), 0);
+    g_synced.clear();
+    EXPECT_EQ(problemOf(folder / "file", false), "");
+    struct stat file {};
+    ASSERT_EQ(stat((folder / "file").c_str(), &file), 0);
+    EXPECT_EQ(g_synced, (std::vector<ino_t>{file.st_ino, directory.st_ino}));
+    // A name without a directory is in the working directory.
+    g_synced.clear();
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path());
+    EXPECT_EQ(problemOf("file", true), "");
+    fs::current_path(before);
+    ASSERT_EQ(g_synced.size(), 2U);
+    EXPECT_EQ(g_synced.back(), directory.st_ino);
+}
+
+// What Ctrl-C left beside the file was removed by nobody.
+TEST(NewFile, leavesNothingBesideItselfWhenInterrupted) {
+    const TempDir folder;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        for (int round = 0; round < 10; ++round) {
+            const pid_t child = fork();
+            if (child == 0) {
+                alarm(60);
+                while (true) writeNewFile(folder / "file", std::string(1U << 20U, 'n'), true);
+            }
+            ASSERT_GT(child, 0);
+            while (!fs::exists(folder / "file")) usleep(1000);
+            usleep(static_cast<useconds_t>(500 * round));
+            ASSERT_EQ(kill(child, signal), 0);
+            int status = 0;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+            EXPECT_EQ(entries(folder), 1U);
+            EXPECT_EQ(fs::file_size(folder / "file"), 1U << 20U);
+        }
+}
+
 TEST(NewFile, takesNoPlaceOfADirectoryOrADevice) {
     const TempDir folder;
     fs::create_directory(folder / "dir");
@@ -137,3 +185,10 @@ TEST(NewFile, takesNoPlaceOfADirectoryOrADevice) {
 }
 
 }  // namespace
+
+// In place of the C library's; does the same and notes it.
+extern "C" int fsync(int descriptor) {
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0) g_synced.push_back(status.st_ino);
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
