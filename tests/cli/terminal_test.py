@@ -29,12 +29,17 @@ def check(holds, what):
         sys.exit(1)
 
 
-def on_terminal(arguments, columns=80, **environment):
+def on_terminal(arguments, columns=80, program=(TOOL,), **environment):
     """Everything that the tool writes to a terminal of so many columns, and its status."""
     variables = {"PATH": os.environ["PATH"], "TERM": "xterm", "LC_ALL": "C.UTF-8"}
     variables.update(environment)
     child = pexpect.spawn(
-        TOOL, arguments, env=variables, dimensions=(24, columns), timeout=60, encoding="utf-8"
+        program[0],
+        [*program[1:], *arguments],
+        env=variables,
+        dimensions=(24, columns),
+        timeout=60,
+        encoding="utf-8",
     )
     child.expect(pexpect.EOF)
     child.close()
@@ -74,13 +79,18 @@ def colors():
 
 
 def width():
+    doctor = ["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"]
+
+    def shown(columns):
+        """In a network namespace of its own: nobody outside is asked."""
+        return on_terminal(doctor, columns, ("unshare", "--map-root-user", "--net", TOOL))[0]
+
     for columns in (60, 72, 100):
-        text, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], columns)
+        text = shown(columns)
+        check("camera 14080045" in text, "no doctor: " + text)
         widest = max(len(line) for line in text.splitlines())
         check(widest <= columns, f"{columns} columns, a line of {widest}: {text}")
-    narrow, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], 60)
-    wide, _ = on_terminal(["doctor", SERIAL, "--dir", EXAMPLES, "--color=never"], 300)
-    check(narrow.count("\n") > wide.count("\n"), "a narrow terminal has as few lines as a wide one")
+    check(shown(60).count("\n") > shown(300).count("\n"), "a narrow terminal has as few lines as a wide one")
 
 
 def progress():
@@ -127,17 +137,17 @@ def interrupted(fetch):
         child.expect(pexpect.EOF)
         child.close()
         check(child.exitstatus == 3, f"status {child.exitstatus} after Ctrl-C")
-        check("interrupted: " in child.before, "nothing about Ctrl-C: " + repr(child.before))
+        # The line is cleared, then messages have lines of their own.
+        ended = re.search(r"\r\033\[K(thermika: |\d+ files? fetched)[^\r]*(\r\n[^\r]+)*\r\n$",
+                          child.before)
+        check(ended is not None, "a half line is left: " + repr(child.before))
+        check("thermika: interrupted: " in child.before, "nothing about Ctrl-C: " + child.before)
         for name in os.listdir(folder):
             size = os.path.getsize(os.path.join(folder, name))
             whole = size == 600 or name.endswith(".xml")
             check(whole and not name.startswith("."), f"{name} has {size} bytes")
 
 
-colors()
-width()
-progress()
-print(f"{checks} checks")
 def documents():
     """A terminal without UTF-8 could take a byte of a character for a control."""
     with tempfile.TemporaryDirectory() as folder:
@@ -156,4 +166,8 @@ def documents():
         check(piped.returncode == 0 and b"\xc3\x9b" in piped.stdout, "a pipe: " + repr(piped))
 
 
+colors()
+width()
 documents()
+progress()
+print(f"{checks} checks")
