@@ -4,15 +4,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "cli/Escape.h"
-
 namespace thermika::cli {
 
 namespace {
 
-std::string place(const dax::AttachedDevice& device) { return "at " + shown(device.entry); }
+std::string place(const dax::AttachedDevice& device) { return "at " + device.entry; }
 
-std::string quoted(const std::string& bytes) { return "\"" + shown(bytes) + "\""; }
+std::string quoted(const std::string& bytes) { return "\"" + bytes + "\""; }
 
 /// How a camera is named beside others.
 std::string nameOf(const dax::AttachedDevice& device) {
@@ -42,15 +40,15 @@ std::string sentenceAbout(const dax::AttachedDevice& device) {
         case dax::DeviceState::kSerialUnreadable:
             return "the camera " + place(device) +
                    " cannot be read: its serial number: " + std::strerror(device.reason) +
-                   " (unplug it and plug it in again; may you read " +
-                   shown(std::string(dax::kUsbDevicesDir) + "/" + device.entry + "/serial") + "?)";
+                   " (unplug it and plug it in again; may you read " + dax::kUsbDevicesDir + "/" +
+                   device.entry + "/serial?)";
         case dax::DeviceState::kSerialUnusable:
             return "the camera " + place(device) +
                    " has no usable serial number: " + quoted(device.serialText) +
                    " is none of 8 digits (look at the camera's label and name that number)";
         case dax::DeviceState::kNoCamera:
             return "the device " + place(device) + ", " + quoted(device.productText) + " (" +
-                   shown(device.vendor) + ":" + shown(device.product) +
+                   device.vendor + ":" + device.product +
                    "), is of the camera's maker but no such camera (nothing to do)";
         case dax::DeviceState::kCamera:
             break;

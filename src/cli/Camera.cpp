@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "cli/Attached.h"
-#include "cli/Escape.h"
 
 namespace thermika::cli {
 
@@ -21,12 +20,12 @@ constexpr int kNoCamera = 0;
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 bool isPresent(const CameraFile& each) { return each.status.state == dax::FileState::kPresent; }
+
 /// A name with a "/" would lead out of the directory. No file in it has such a name.
 dax::FileStatus statusOf(const Session& session, const std::string& name) {
     if (name.find('/') != std::string::npos) return {};
     return dax::fileStatus(pathOf(session, name));
 }
-
 
 /// `file` tells that the description is not there as it should be.
 std::string absenceText(const dax::FileStatus& file) {
@@ -46,7 +45,7 @@ unsigned long chosenCamera(const std::string& serialText, const std::string& com
     const bool isNumber = serialText.size() == kSerialDigits && serialText.front() != '0' &&
                           std::all_of(serialText.begin(), serialText.end(), isDigit);
     if (!isNumber)
-        throw Problem(Status::kUsage, "\"" + shown(serialText) +
+        throw Problem(Status::kUsage, "\"" + serialText +
                                           "\" is no serial number: it has 8 digits and does not "
                                           "begin with 0 (see: thermika cameras)");
     return std::stoul(serialText);
@@ -66,7 +65,7 @@ Description openDescription(const Session& session, unsigned long serial) {
     Description result;
     result.file = dax::fileStatus(path);
     if (result.file.state != dax::FileState::kPresent) {
-        result.problem = "the calibration description " + shown(path) + absenceText(result.file);
+        result.problem = "the calibration description " + path + absenceText(result.file);
         if (result.file.state != dax::FileState::kUnreadable) result.problem += fetching;
         return result;
     }
@@ -76,7 +75,7 @@ Description openDescription(const Session& session, unsigned long serial) {
         result.cali = cali;
         return result;
     }
-    result.problem = shown(path) +
+    result.problem = path +
                      (status == 0 ? " lists no optics, so it is no calibration description"
                                   : " is no calibration description that can be read") +
                      fetching;

@@ -9,7 +9,6 @@
 #include <system_error>
 
 #include "cli/Command.h"
-#include "cli/Escape.h"
 #include "cli/Output.h"
 #include "sdk/base/Truncation.h"
 
@@ -65,7 +64,7 @@ std::string typedForm(const Range& range) {
 std::string listed(const std::vector<std::string>& choices) {
     std::string text;
     for (const std::string& each : choices)
-        text.append(text.empty() ? "" : ", ").append("\"" + shown(each) + "\"");
+        text.append(text.empty() ? "" : ", ").append("\"" + each + "\"");
     return text;
 }
 
@@ -77,8 +76,7 @@ Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
     const std::vector<Optics> all = allOptics(cali);
     if (typed.empty()) return all.front();
     const std::optional<OpticsChoice> wanted = parseOptics(typed);
-    if (!wanted)
-        refuse("--optics: \"" + shown(typed) + "\" is not FOV or FOV,TEXT", opticsChoices(cali));
+    if (!wanted) refuse("--optics: \"" + typed + "\" is not FOV or FOV,TEXT", opticsChoices(cali));
     std::vector<Optics> found;
     for (const Optics& each : all) {
         if (each.fovDeg != wanted->fovDeg) continue;
@@ -89,7 +87,7 @@ Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
         if (!isKnown) found.push_back(each);
     }
     if (found.empty())
-        refuse("--optics: the camera was not calibrated for \"" + shown(typed) + "\"",
+        refuse("--optics: the camera was not calibrated for \"" + typed + "\"",
                opticsChoices(cali));
     if (found.size() == 1) return found.front();
     // Without a text, the optics that has none is meant.
@@ -99,19 +97,19 @@ Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
     std::vector<std::string> forms;
     forms.reserve(found.size());
     for (const Optics& each : found) forms.push_back(typedForm(each));
-    refuse("--optics: \"" + shown(typed) + "\" is more than one optics", forms);
+    refuse("--optics: \"" + typed + "\" is more than one optics", forms);
 }
 
 Range chooseRange(ConfigCali& cali, const Optics& optics, const std::string& typed) {
     const std::vector<Range> all = allRanges(cali, optics);
     const auto choices = rangeChoices(cali, optics.fovDeg, optics.text);
-    const std::string ofOptics = "the optics \"" + shown(typedForm(optics)) + "\"";
+    const std::string ofOptics = "the optics \"" + typedForm(optics) + "\"";
     if (all.empty())
         throw Problem(Status::kFailed,
                       ofOptics + " has no temperature range (choose another: thermika optics)");
     if (typed.empty()) return all.front();
     const std::optional<Range> wanted = parseRange(typed);
-    if (!wanted) refuse("--range: \"" + shown(typed) + "\" is not MIN..MAX", choices);
+    if (!wanted) refuse("--range: \"" + typed + "\" is not MIN..MAX", choices);
     const auto find = [&](auto isSame) {
         return std::find_if(all.begin(), all.end(), [&](const Range& each) {
             return isSame(each.min, wanted->min) && isSame(each.max, wanted->max);
@@ -121,8 +119,7 @@ Range chooseRange(ConfigCali& cali, const Optics& optics, const std::string& typ
     if (found == all.end())
         found = find([](float has, float wants) { return std::trunc(has) == wants; });
     if (found == all.end())
-        refuse("--range: " + ofOptics + " was not calibrated for \"" + shown(typed) + "\"",
-               choices);
+        refuse("--range: " + ofOptics + " was not calibrated for \"" + typed + "\"", choices);
     return *found;
 }
 

@@ -19,8 +19,8 @@ enum class Status : int {
     kFailed = 3,  ///< it could not be found out or done; the reason is on standard error
 };
 
-/// Ends a command. The message names the thing, the reason and the next step; outside bytes in it
-/// are escaped already.
+/// Ends a command. The message names the thing, the reason and the next step, with outside bytes as
+/// they are.
 class Problem : public std::runtime_error {
 public:
     Problem(Status status, const std::string& message)

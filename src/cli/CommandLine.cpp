@@ -1,9 +1,12 @@
 // Help and version are answered while the command line is read; all else by the command's Run.
 #include "cli/CommandLine.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <iterator>
+#include <new>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -13,7 +16,6 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/Commands.h"
-#include "cli/Escape.h"
 #include "cli/LogStream.h"
 #include "cli/Version.h"
 #include "sdk/base/BuildConfig.h"
@@ -82,6 +84,12 @@ std::string helpCommand(const CLI::App& app) {
     return used.empty() ? "thermika --help" : "thermika " + used.front()->get_name() + " --help";
 }
 
+/// Whether the option --json stands anywhere in the command line.
+bool isJsonWanted(int argc, char** argv) {
+    char** const end = std::find(argv, argv + argc, std::string_view("--"));
+    return std::find(argv, end, std::string_view("--json")) != end;
+}
+
 /// The status of a command line that is answered without a command.
 Status answer(CommandLine& line, const CLI::ParseError& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
@@ -91,7 +99,8 @@ Status answer(CommandLine& line, const CLI::ParseError& error) {
         line.session.output.deliver();
         return Status::kYes;
     }
-    throw Problem(Status::kUsage, shown(error.what()) + " (see: " + helpCommand(line.app) + ")");
+    throw Problem(Status::kUsage,
+                  std::string(error.what()) + " (see: " + helpCommand(line.app) + ")");
 }
 
 constexpr std::size_t kLongestDirectory = dax::kPathBytes - std::size("/Cali-12345678.xml");
@@ -163,17 +172,27 @@ std::unique_ptr<CommandLine> makeCommandLine() {
 
 Status runCommandLine(int argc, char** argv) {
     const auto line = makeCommandLine();
+    Output& output = line->session.output;
+    const auto end = [&output](const Problem& problem) {
+        Output::complain(problem.what());
+        if (output.isJson) deliverError(output, problem);
+        return problem.status();
+    };
     try {
         try {
             line->app.parse(argc, argv);
         } catch (const CLI::ParseError& error) {
+            // What stands behind the mistake was not read.
+            output.isJson = output.isJson || isJsonWanted(argc, argv);
             return answer(*line, error);
         }
         return runChosen(*line);
     } catch (const Problem& problem) {
-        Output::complain(problem.what());
-        if (line->session.output.isJson) deliverError(line->session.output, problem);
-        return problem.status();
+        return end(problem);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& unexpected) {
+        return end(Problem(Status::kFailed, unexpected.what()));
     }
 }
 

@@ -101,7 +101,7 @@ Status run(Session& session, const Options& options) {
     Output& output = session.output;
     if (!options.file.empty()) {
         writeNewFile(options.file, document, options.mayReplace);
-        output.note("wrote " + shown(options.file));
+        output.note("wrote " + options.file);
     }
     if (output.isJson) {
         Json whole;

@@ -39,7 +39,7 @@ constexpr std::uint64_t kScarceBytes = std::uint64_t{64} << 20;  // less does no
 
 enum class Verdict { kOk, kWarn, kFail };
 
-/// One line of the screen; outside bytes in it are escaped.
+/// One line of the screen, with outside bytes as they are.
 struct Check {
     Verdict verdict;
     std::string subject;
@@ -75,7 +75,7 @@ Check versionCheck() {
     std::string text = std::string(kVersion) + ", " + kBuildText;
     if (uname(&system) == 0)
         text += std::string(", on ") + system.sysname + " " + system.release + " " + system.machine;
-    return {Verdict::kOk, "version", shown(text)};
+    return {Verdict::kOk, "version", text};
 }
 
 std::string ownerText(const struct stat& status) {
@@ -98,16 +98,13 @@ Check directoryCheck(const std::string& subject, const std::string& directory,
     if (stat(directory.c_str(), &status) != 0) {
         const int reason = errno;
         if (reason == ENOENT)
-            return {Verdict::kWarn, subject,
-                    shown(directory) + " does not exist (" + whenAbsent + ")"};
+            return {Verdict::kWarn, subject, directory + " does not exist (" + whenAbsent + ")"};
         return {Verdict::kFail, subject,
-                shown(directory) + ": " + std::strerror(reason) + " (choose another: --dir)"};
+                directory + ": " + std::strerror(reason) + " (choose another: --dir)"};
     }
     if (!S_ISDIR(status.st_mode))
-        return {Verdict::kFail, subject,
-                shown(directory) + " is no directory (choose another: --dir)"};
-    std::string text =
-        shown(directory) + ", owner " + shown(ownerText(status)) + ", mode " + modeText(status);
+        return {Verdict::kFail, subject, directory + " is no directory (choose another: --dir)"};
+    std::string text = directory + ", owner " + ownerText(status) + ", mode " + modeText(status);
     struct statvfs space {};
     std::uint64_t freeBytes = UINT64_MAX;
     if (statvfs(directory.c_str(), &space) == 0) {
@@ -153,7 +150,7 @@ void addFileChecks(const Session& session, unsigned long serial, std::vector<Che
         return;
     }
     checks.push_back({Verdict::kOk, "description",
-                      shown(pathOf(session, descriptionName(serial))) + ", " +
+                      pathOf(session, descriptionName(serial)) + ", " +
                           bytesText(files.description.file.bytes) + ", " +
                           std::to_string(files.description.cali->getOpticsCount()) + " optics"});
     std::string text = "of camera " + number + ": " + filesText(files);
@@ -223,7 +220,7 @@ Status run(Session& session, const std::string& serialText) {
         for (const Check& check : checks)
             table.add({{verdictWord(check.verdict), styleOf(check.verdict)},
                        {check.subject},
-                       {check.text}});
+                       {shown(check.text)}});
         output.add(table.text(output, terminalColumns()));
     }
     return isHealthy ? Status::kYes : Status::kNo;

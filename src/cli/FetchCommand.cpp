@@ -221,7 +221,7 @@ std::string nextSteps(const Options& options, const Result& result) {
     std::string steps;
     if (isUnanswered)
         steps += "does it answer? thermika online" +
-                 (options.from.empty() ? "" : " --from " + shown(options.from)) + "; ";
+                 (options.from.empty() ? "" : " --from " + options.from) + "; ";
     if (isUnusable) steps += "higher limits: --max-size, --max-total; more room: --dir DIR; ";
     if (result.files.size() > options.maxFiles) steps += "more files: --max-files; ";
     return steps + kOtherSource;
@@ -235,7 +235,7 @@ void explain(const Session& session, const Options& options, const Result& resul
         if (isThere(file)) continue;
         ++lacking;
         if (isUntried(file)) continue;  // the problem says why
-        Output::complain(shown(file.name) + ": " + shown(file.reason));
+        Output::complain(file.name + ": " + file.reason);
     }
     if (isCancelled)
         return Output::complain("interrupted: " +
@@ -244,10 +244,10 @@ void explain(const Session& session, const Options& options, const Result& resul
                                      : "it is not known what else the description calls for") +
                                 " (run it again to go on)");
     if (!result.problem.empty())
-        Output::complain(shown(result.problem) + " (" + result.nextStep + ")");
+        Output::complain(result.problem + " (" + result.nextStep + ")");
     else
         Output::complain(countText(lacking, "could not be had") + " from " +
-                         sourceText(options.from) + " for " + shown(session.directory) + " (" +
+                         sourceText(options.from) + " for " + session.directory + " (" +
                          nextSteps(options, result) + ")");
 }
 

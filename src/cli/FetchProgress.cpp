@@ -9,8 +9,6 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "cli/Escape.h"
-
 namespace thermika::cli {
 
 namespace {
@@ -44,13 +42,13 @@ std::string durationText(std::chrono::seconds duration) {
 std::string fileLine(const fetch::FileReport& file) {
     switch (file.outcome) {
         case fetch::Outcome::kFetched:
-            return "fetched " + shown(file.name) + " (" + bytesText(file.bytes) + ")";
+            return "fetched " + file.name + " (" + bytesText(file.bytes) + ")";
         case fetch::Outcome::kPresent:
         case fetch::Outcome::kPlanned:
         case fetch::Outcome::kNotTried:
             return "";
         default:  // the end names it again, with what to do
-            return "no " + shown(file.name) + ": " + shown(file.reason);
+            return "no " + file.name + ": " + file.reason;
     }
 }
 

@@ -105,7 +105,7 @@ Status run(Session& session, const Options& options) {
     else if (files.description.cali == nullptr)
         output.note(files.description.problem);
     else if (!files.isComplete())
-        output.note(filesText(files) + " in " + shown(session.directory) +
+        output.note(filesText(files) + " in " + session.directory +
                     " (fetch them: thermika fetch " + std::to_string(serial) + ")");
     return status;
 }

@@ -8,7 +8,6 @@
 #include <new>
 
 #include "cli/CommandLine.h"
-#include "cli/Escape.h"
 #include "cli/Output.h"
 
 namespace {
@@ -31,9 +30,9 @@ int main(int argc, char** argv) {
     try {
         return static_cast<int>(thermika::cli::runCommandLine(argc, argv));
     } catch (const std::bad_alloc&) {
-        thermika::cli::Output::complain("out of memory");
+        thermika::cli::Output::complainOfMemory();
     } catch (const std::exception& unexpected) {
-        thermika::cli::Output::complain(thermika::cli::shown(unexpected.what()));
+        thermika::cli::Output::complain(unexpected.what());
     }
     return static_cast<int>(thermika::cli::Status::kFailed);
 }

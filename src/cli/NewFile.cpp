@@ -12,7 +12,6 @@
 #include <system_error>
 
 #include "cli/Command.h"
-#include "cli/Escape.h"
 
 namespace thermika::cli {
 
@@ -22,8 +21,7 @@ constexpr int kNameAttempts = 100;
 constexpr mode_t kMode = 0666;  // less the umask
 
 [[noreturn]] void fail(const std::string& path, const char* reason, const char* nextStep) {
-    throw Problem(Status::kFailed,
-                  "cannot write " + shown(path) + ": " + reason + " (" + nextStep + ")");
+    throw Problem(Status::kFailed, "cannot write " + path + ": " + reason + " (" + nextStep + ")");
 }
 
 /// A directory, a device, a pipe: a superuser could replace even those.
@@ -31,6 +29,8 @@ bool isNoFile(const std::string& path) {
     std::error_code ignored;
     const auto status = std::filesystem::status(path, ignored);
     return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
 /// The file has its name already, and some file systems cannot do it: failing is no reason to fail.
 void syncDirectoryOf(const std::string& path) {
     const std::string directory = path.substr(0, path.rfind('/') + 1);
@@ -57,8 +57,6 @@ public:
 private:
     sigset_t m_before{};
 };
-
-}
 
 /// A file that nobody else has, removed unless it got another name.
 class TemporaryFile {
@@ -107,9 +105,9 @@ private:
 
 }  // namespace
 
-    const WithoutInterruption untilItIsGone;
 void writeNewFile(const std::string& path, std::string_view bytes, bool mayReplace) {
     if (isNoFile(path)) fail(path, "it is no regular file", "choose another name");
+    const WithoutInterruption untilItIsGone;
     const TemporaryFile file(path);
     if (!file.isOpen())
         fail(path, std::strerror(errno), "is there such a directory, and may you write to it?");

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/Commands.h"
+#include "cli/Escape.h"
 #include "cli/Server.h"
 
 namespace thermika::cli {
@@ -21,7 +22,7 @@ Status run(Session& session, const std::string& from) {
     if (output.isJson)
         output.addDocument(answerDocument(answer));
     else if (answer.isGood())
-        output.add(answerText(answer) + "\n");
+        output.add(shown(answerText(answer)) + "\n");
     if (answer.isGood()) return Status::kYes;
     output.note(answerText(answer) + kNextStep);
     return Status::kNo;

@@ -71,13 +71,15 @@ void Output::deliver() {
 
 void Output::note(std::string_view line) const {
     if (isQuiet) return;
-    // Not through `stderr`, which escapes the library's log: this is escaped already.
-    dprintf(STDERR_FILENO, "%.*s\n", static_cast<int>(line.size()), line.data());
+    // Not through `stderr`, which escapes again.
+    dprintf(STDERR_FILENO, "%s\n", shown(line).c_str());
 }
 
 void Output::complain(std::string_view message) {
-    dprintf(STDERR_FILENO, "thermika: %.*s\n", static_cast<int>(message.size()), message.data());
+    dprintf(STDERR_FILENO, "thermika: %s\n", shown(message).c_str());
 }
+
+void Output::complainOfMemory() { dprintf(STDERR_FILENO, "thermika: out of memory\n"); }
 
 std::string Output::styled(Style style, std::string_view text) const {
     if (style == Style::kPlain || isJson || !takesColors(color)) return std::string(text);

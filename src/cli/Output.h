@@ -33,10 +33,13 @@ public:
     /// Writes the results to standard output. What keeps it from that ends the run: see Problem.
     void deliver();
 
-    /// A line on standard error, unless the user wants quiet.
+    /// A line on standard error, unless the user wants quiet. Takes outside bytes as they are, and
+    /// escapes them: see shown().
     void note(std::string_view line) const;
-    /// A line on standard error: "thermika: " and the message.
+    /// A line on standard error: "thermika: " and the message, escaped in the same way.
     static void complain(std::string_view message);
+    /// "thermika: out of memory", without needing any.
+    static void complainOfMemory();
 
     /// `text` in the style's colour, where standard output takes colours.
     std::string styled(Style style, std::string_view text) const;

@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/Command.h"
-#include "cli/Escape.h"
 #include "cli/Source.h"
 
 namespace thermika::cli {
@@ -57,16 +56,16 @@ ServerAnswer askServer(const std::string& from, unsigned seconds) {
 
 std::string answerText(const ServerAnswer& answer) {
     const fetch::ProbeReport& report = answer.report;
-    const std::string address = shown(report.address);
-    if (address.empty()) return shown(report.reason);  // nobody could be asked
-    if (!report.answers) return address + " does not answer: " + shown(report.reason);
+    const std::string& address = report.address;
+    if (address.empty()) return report.reason;  // nobody could be asked
+    if (!report.answers) return address + " does not answer: " + report.reason;
     std::string text = address + " answers";
     if (report.httpStatus != 0)
         text += " after " + durationText(report.answered) + " (connected after " +
                 durationText(report.connected) + ", HTTP status " +
                 std::to_string(report.httpStatus) + ")";
-    if (!report.base.empty()) text += "; the files are below " + shown(report.base);
-    if (!report.reason.empty()) text += ", but not as it should: " + shown(report.reason);
+    if (!report.base.empty()) text += "; the files are below " + report.base;
+    if (!report.reason.empty()) text += ", but not as it should: " + report.reason;
     return text;
 }
 

@@ -20,7 +20,7 @@ struct ServerAnswer {
 /// interrupts it.
 ServerAnswer askServer(const std::string& from, unsigned seconds);
 
-/// What came of it, in a sentence; outside bytes are escaped.
+/// What came of it, in a sentence, with outside bytes as they are.
 std::string answerText(const ServerAnswer& answer);
 
 /// The same for programs.

@@ -4,7 +4,6 @@
 #include <csignal>
 
 #include "cli/Command.h"
-#include "cli/Escape.h"
 #include "fetch/Address.h"
 
 namespace thermika::cli {
@@ -26,12 +25,12 @@ fetch::Source sourceFrom(const std::string& from) {
     std::string problem;
     if (fetch::checkedAddress(from, problem).empty())
         throw Problem(Status::kUsage,
-                      shown(problem) + " (--from takes an http or https address, or a folder)");
+                      problem + " (--from takes an http or https address, or a folder)");
     return fetch::Mirror{from};
 }
 
 std::string sourceText(const std::string& from) {
-    return from.empty() ? shown(fetch::vendorLinksAddress()) : shown(from);
+    return from.empty() ? fetch::vendorLinksAddress() : from;
 }
 
 Cancellation::Cancellation() {

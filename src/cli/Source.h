@@ -14,7 +14,7 @@ namespace thermika::cli {
 /// Problem when it is no address that can be asked.
 fetch::Source sourceFrom(const std::string& from);
 
-/// The same for people; outside bytes are escaped.
+/// The same for people, with outside bytes as they are.
 std::string sourceText(const std::string& from);
 
 /// While it lives, the first SIGINT, SIGTERM or SIGHUP sets a flag; a second one ends the process.

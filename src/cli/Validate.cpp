@@ -33,7 +33,7 @@ struct Arguments {
 /// Ends the process when it is null.
 void* ensured(void* memory) {
     if (memory != nullptr) return memory;
-    Output::complain("out of memory");
+    Output::complainOfMemory();
     _exit(static_cast<int>(Status::kFailed));
 }
 
@@ -57,7 +57,7 @@ std::string readDocument(const std::string& path) {
     if (file) bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
     const int reason = errno;
     if (!file || std::ferror(file.get()) != 0)
-        throw Problem(Status::kFailed, "cannot read " + shown(path) + ": " + std::strerror(reason) +
+        throw Problem(Status::kFailed, "cannot read " + path + ": " + std::strerror(reason) +
                                            " (name the document that you edited)");
     return bytes;
 }
@@ -100,13 +100,14 @@ Status run(Session& session, const Arguments& arguments) {
     if (result.findings.empty())
         result.findings = checkAgainstCamera(session, result.settings, arguments);
     Output& output = session.output;
-    const std::string file = shown(arguments.file);
+    const std::string& file = arguments.file;
     if (output.isJson)
-        output.addDocument(document(arguments.file, result));
+        output.addDocument(document(file, result));
     else
         for (const Finding& finding : result.findings)
-            output.add(file + ":" + std::to_string(finding.line) + ": " + shown(finding.wrong) +
-                       "; " + shown(finding.right) + "\n");
+            output.add(shown(file + ":" + std::to_string(finding.line) + ": " + finding.wrong +
+                             "; " + finding.right) +
+                       "\n");
     if (!result.findings.empty()) return Status::kNo;
     output.note(file + ": nothing is wrong with it");
     return Status::kYes;

@@ -69,12 +69,12 @@ TEST(Choice, namesWhatThereIsWhenTheChoiceIsWrong) {
     LoadedCali cali(
         opticsList(opticsElement(33, "a\033", twoRanges()) + opticsElement(33, "b", twoRanges())));
     EXPECT_EQ(chosen(cali, "34", ""),
-              "--optics: the camera was not calibrated for \"34\" (there is: \"33,a\\x1B\", "
+              "--optics: the camera was not calibrated for \"34\" (there is: \"33,a\x1B\", "
               "\"33,b\")");
     EXPECT_EQ(chosen(cali, "33", ""),
-              "--optics: \"33\" is more than one optics (there is: \"33,a\\x1B\", \"33,b\")");
+              "--optics: \"33\" is more than one optics (there is: \"33,a\x1B\", \"33,b\")");
     EXPECT_EQ(chosen(cali, "wide", ""),
-              "--optics: \"wide\" is not FOV or FOV,TEXT (there is: \"33,a\\x1B\", \"33,b\")");
+              "--optics: \"wide\" is not FOV or FOV,TEXT (there is: \"33,a\x1B\", \"33,b\")");
     EXPECT_EQ(chosen(cali, "33,b", "0..100"),
               "--range: the optics \"33,b\" was not calibrated for \"0..100\" (there is: "
               "\"-20..100\", \"0.5..250.75\")");

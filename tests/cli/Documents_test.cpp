@@ -1,8 +1,10 @@
 // Every answer with --json: one document that its published schema describes, whatever bytes a
 // camera, a description or a directory has.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -216,6 +218,82 @@ TEST(Documents, ofAValidationAreAsTheSchemaSays) {
     answer({"validate", file, "--dir", folder.path()}, 0, "validate");
     writeFile(file, "<imager>\n<nonsense/>\n</imager>\n");
     answer({"validate", file, "--dir", folder.path()}, 1, "validate");
+}
+
+// A reader has every byte back, whatever the locale; a person gets each escaped once.
+TEST(Documents, holdMessagesWithTheirBytes) {
+    const TempDir folder;
+    const std::string directory = folder / "a\\b\xC3\xA9\xE9";
+    fs::create_directory(directory);
+    writeFile(directory + "/" + thermika_test::kDescriptionName, "<html>");
+    const std::string inDocument = R"(a\\b\u00e9\udbff\udee9/)";
+    const std::vector<std::vector<std::string>> commands = {
+        {"optics", "14080045"}, {"files", "14080045"}, {"doctor", "14080045"}};
+    inSandbox([&] {
+        for (std::vector<std::string> command : commands) {
+            command.insert(command.begin(), {"--json", "--dir", directory});
+            const auto in = [&command](const char* locale) {
+                return runCompanion(command, [locale] { setenv("LC_ALL", locale, 1); });
+            };
+            const RunResult plain = in("C");
+            const RunResult utf8 = in("C.UTF-8");
+            EXPECT_EQ(plain.out, utf8.out);
+            EXPECT_NE(utf8.out.find(inDocument), std::string::npos) << utf8;
+            EXPECT_EQ(utf8.out.find("\\xE9"), std::string::npos) << utf8;
+            if (command.at(3) == "doctor") continue;  // says all of it in its document
+            EXPECT_NE(plain.err.find(R"(a\\b\xC3\xA9\xE9/)"), std::string::npos) << plain;
+            EXPECT_NE(utf8.err.find("a\\\\b\xC3\xA9\\xE9/"), std::string::npos) << utf8;
+        }
+    });
+}
+
+TEST(Documents, ofAHealthyCameraAreAsTheSchemaSays) {
+    inSandbox([] {
+        const thermika_test::DownloadSandbox sandbox;
+        UsbTree bus;
+        bus.addCamera("1-1", "14080045");
+        thermika_test::FileServer server;
+        thermika_test::serveFiles(server, thermika_test::cameraFiles());
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        EXPECT_NE(answer({"doctor"}, 0, "doctor").find(R"("healthy": true)"), std::string::npos);
+        EXPECT_NE(answer({"online"}, 0, "online").find(R"("usable": true)"), std::string::npos);
+        answer({"cameras"}, 0, "cameras");
+    });
+}
+
+// The mistake may stand before or behind the option.
+TEST(Documents, tellWhatIsWrongWithTheCommandLine) {
+    const std::vector<std::vector<std::string>> lines = {
+        {},         {"fetch", "--jobs"},        {"fetch", "--jobs", "x"}, {"optics", "--nonsense"},
+        {"nosuch"}, {"--color", "x", "optics"}, {"completion", "csh"},    {"validate"}};
+    for (const std::vector<std::string>& line : lines) {
+        std::vector<std::string> before = line;
+        before.insert(before.begin(), "--json");
+        std::vector<std::string> behind = line;
+        behind.emplace_back("--json");
+        const RunResult result = runCompanion(before);
+        EXPECT_EQ(result.status, 2) << result;
+        EXPECT_EQ(result.out.find("{\n  \"error\": \""), 0U) << result;
+        EXPECT_NE(result.out.find("\",\n  \"status\": 2\n}\n"), std::string::npos) << result;
+        const bool isTakenForAValue = !line.empty() && line.back() == "--jobs";
+        if (isTakenForAValue) continue;
+        EXPECT_EQ(runCompanion(behind), result);
+    }
+    answer({"fetch", "--jobs"}, 2, "error");
+    EXPECT_EQ(runCompanion({"optics", "--nonsense", "--", "--json"}).out, "");
+}
+
+// The standard library's own words, for want of ours.
+TEST(Documents, tellWhatNobodyThoughtOf) {
+    const RunResult result = runCompanion({"--json", "--dir", "x", "files", "14080045"}, [] {
+        const std::string folder = "/tmp/thermika-gone-" + std::to_string(getpid());
+        if (mkdir(folder.c_str(), 0700) != 0 || chdir(folder.c_str()) != 0 ||
+            rmdir(folder.c_str()) != 0)
+            _exit(9);
+    });
+    EXPECT_EQ(result.status, 3) << result;
+    EXPECT_NE(result.err, "");
+    checked("error", result.out);
 }
 
 TEST(Documents, tellWhyThereIsNoOther) {

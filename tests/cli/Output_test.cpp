@@ -52,6 +52,20 @@ TEST(Output, writesWhatWasAddedOnceAndNothingThatWasDiscarded) {
                                  "a note\nthermika: a reason\n", 0}));
 }
 
+// Whoever escaped for the terminal before would have every backslash twice.
+TEST(Output, escapesNotesAndReasonsOnce) {
+    const RunResult result = thermika_test::runInProcess([] {
+        Output().note("a\\b\033\n");
+        Output::complain("a\\b\033\n");
+        Output::complainOfMemory();
+        return 0;
+    });
+    EXPECT_EQ(result, (RunResult{"",
+                                 "a\\\\b\\x1B\\x0A\nthermika: a\\\\b\\x1B\\x0A\n"
+                                 "thermika: out of memory\n",
+                                 0}));
+}
+
 TEST(Output, givesNumbersInTheirShortestForm) {
     EXPECT_EQ(numberText(0.1F), "0.1");
     EXPECT_EQ(numberText(-20.0F), "-20");
