@@ -210,6 +210,20 @@ TEST(Documents, ofTheDoctorAreAsTheSchemaSays) {
     });
 }
 
+TEST(Documents, ofAHealthyDoctorAreAsTheSchemaSays) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        UsbTree bus;
+        bus.addCamera("1-1", "14080045");
+        FileServer server;
+        thermika_test::serveFiles(server, thermika_test::cameraFiles());
+        thermika_test::installFiles(thermika_test::cameraFiles());
+        const std::string text = answer({"doctor"}, 0, "doctor");
+        EXPECT_EQ(text.find(R"("verdict": "FAIL")"), std::string::npos) << text;
+        EXPECT_EQ(text.find(R"("verdict": "WARN")"), std::string::npos) << text;
+    });
+}
+
 TEST(Documents, ofAValidationAreAsTheSchemaSays) {
     const TempDir folder;
     const std::string file = folder / "camera.xml";

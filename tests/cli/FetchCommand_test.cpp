@@ -284,4 +284,16 @@ TEST(FetchCommand, takesALargeSetAtOnce) {
     });
 }
 
+TEST(FetchCommand, takesALargeSetFromAServerAtOnce) {
+    thermika_test::inSandbox([] {
+        const thermika_test::DownloadSandbox sandbox;
+        const thermika_test::Files files = largeSet();
+        thermika_test::FileServer server;
+        thermika_test::serveFiles(server, files);
+        EXPECT_EQ(runCompanion({"fetch", "14080045", "-q"}),
+                  (RunResult{"5201 files fetched, 0 there already\n", "", 0}));
+        EXPECT_TRUE(contents(thermika_test::kCaliDir) == files);
+    });
+}
+
 }  // namespace
