@@ -33,9 +33,9 @@ bool isNoFile(const std::string& path) {
 
 /// The file has its name already, and some file systems cannot do it: failing is no reason to fail.
 void syncDirectoryOf(const std::string& path) {
-    const std::string directory = path.substr(0, path.rfind('/') + 1);
-    const int descriptor =
-        open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::size_t slash = path.rfind('/');
+    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return;
     fsync(descriptor);
     close(descriptor);
