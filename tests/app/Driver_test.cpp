@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
@@ -166,7 +167,7 @@ TEST(Driver, takesTheNumberOfTheCameraAsItIs) {
         bus.addCamera("1-1", "7");
         EXPECT_EQ(runTool({}), delivered(documentFor("7")));
         UsbTree::setAttribute("1-1", "serial", "-14080045\n");
-        EXPECT_EQ(runTool({}), delivered(documentFor("18446744073695471571")));
+        EXPECT_EQ(runTool({}), delivered(documentFor(std::to_string(ULONG_MAX - 14080044))));
     });
 }
 

@@ -25,7 +25,8 @@ TEST(WallClock, givesMillisecondsSinceTheEpoch) {
 
 TEST(WallClock, isComputedInDoublePrecision) {
     const ScopedClock clock(1'700'000'000'000'731);
-    EXPECT_EQ(wallClockMs(), 1700000000 * 1000.0 + 731 / 1000.0);
+    constexpr double kRounded = 1700000000 * 1000.0 + 731 / 1000.0;
+    EXPECT_EQ(wallClockMs(), kRounded);
     EXPECT_NE(wallClockMs(), 1700000000 * 1000.0L + 731 / 1000.0L);
 }
 

@@ -55,7 +55,7 @@ TEST(ConfigurationDocument, carriesTheLowestAndTheHighestValues) {
     document.minTempC = INT_MIN;
     document.maxTempC = INT_MAX;
     ExpectedDocument expected;
-    expected.serial = "18446744073709551615";
+    expected.serial = std::to_string(ULONG_MAX);
     expected.fovDeg = INT_MIN;
     expected.minTempC = INT_MIN;
     expected.maxTempC = INT_MAX;
