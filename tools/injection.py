@@ -223,7 +223,7 @@ class Tally:
 
 def serve(host):
     files = WORLD / f"served/{SERIAL[:2]}/{SERIAL[:4]}/Califiles SN{SERIAL}"
-    files.mkdir(parents=True)
+    files.mkdir(parents=True, exist_ok=True)
     for name, text in FILES.items():
         (files / name).write_text(text)
     (WORLD / "served/downloadlinks.xml").write_text(
@@ -241,7 +241,7 @@ def serve(host):
     for name in ("WGETRC", "http_proxy"):
         os.environ.pop(name, None)
     subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
-    subprocess.run(["ip", "route", "add", "default", "dev", "lo"], check=True)
+    subprocess.run(["ip", "route", "replace", "default", "dev", "lo"], check=True)
     for name in ("faults", "requests"):
         (WORLD / name).touch()
     server = subprocess.Popen(

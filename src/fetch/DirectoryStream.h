@@ -18,9 +18,9 @@ using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
 /// it was when nothing is open.
 inline DirectoryStream openStream(Descriptor directory) {
     if (!directory.isOpen()) return nullptr;
-    DirectoryStream entries(fdopendir(directory.get()));
+    DIR* const entries = fdopendir(directory.get());
     if (entries != nullptr) directory.release();
-    return entries;
+    return DirectoryStream(entries);
 }
 
 }  // namespace thermika::fetch

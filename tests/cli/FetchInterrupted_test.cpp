@@ -74,7 +74,7 @@ void interruptAtMoments(int signal, int status, unsigned round) {
         std::mt19937 random(1408 + round);
         std::uniform_int_distribution<long> moment(0, whole.count());
         int interrupted = 0;
-        for (int i = 0; interrupted < kMomentsOfARound && i < 10 * kMomentsOfARound; ++i) {
+        for (int i = 0; interrupted < kMomentsOfARound && i < 50 * kMomentsOfARound; ++i) {
             installFiles(oldFiles());
             const RunResult result = fetchAndSend(signal, microseconds(moment(random)));
             expectWholeFiles(signal == SIGKILL);
