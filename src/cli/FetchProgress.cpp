@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "cli/WriteAll.h"
+
 namespace thermika::cli {
 
 namespace {
@@ -88,7 +90,7 @@ std::string progressLine(const fetch::Progress& progress, milliseconds elapsed,
 FetchProgress::FetchProgress(const Output& output) : m_output(output), m_isTerminal(isTerminal()) {}
 
 FetchProgress::~FetchProgress() {
-    if (m_isLineShown) dprintf(STDERR_FILENO, "%s", kClear);
+    if (m_isLineShown) writeAll(STDERR_FILENO, kClear);
 }
 
 void FetchProgress::show(const fetch::Progress& progress) {
@@ -104,8 +106,7 @@ void FetchProgress::show(const fetch::Progress& progress) {
     m_isLineShown = true;
     const auto elapsed = std::chrono::duration_cast<milliseconds>(now - m_begin);
     // The last column stays free: a terminal would go on in the next line.
-    const std::string line = progressLine(progress, elapsed, columns() - 1);
-    dprintf(STDERR_FILENO, "\r%s\033[K", line.c_str());
+    writeAll(STDERR_FILENO, "\r" + progressLine(progress, elapsed, columns() - 1) + "\033[K");
 }
 
 }  // namespace thermika::cli

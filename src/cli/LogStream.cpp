@@ -4,27 +4,18 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <string>
 #include <string_view>
 
 #include "cli/Escape.h"
+#include "cli/WriteAll.h"
 #include "sdk/IRLogger.h"
 
 namespace thermika::cli {
 
 namespace {
-
-bool writeAll(std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return false;
-        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
 
 /// Line feeds stay.
 ssize_t writeEscaped(void* /*unused*/, const char* bytes, std::size_t size) {
@@ -37,7 +28,7 @@ ssize_t writeEscaped(void* /*unused*/, const char* bytes, std::size_t size) {
         text += '\n';
         rest.remove_prefix(1);
     }
-    return writeAll(text) ? static_cast<ssize_t>(size) : -1;
+    return writeAll(STDERR_FILENO, text) ? static_cast<ssize_t>(size) : -1;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "cli/Command.h"
+#include "cli/WriteAll.h"
 
 namespace thermika::cli {
 
@@ -81,12 +82,7 @@ public:
 
     /// False, with `errno` set, when not all of it is on the disk.
     bool write(std::string_view bytes) const {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
-            if (written < 0 && errno != EINTR) return false;
-            if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
-        return fsync(m_descriptor) == 0;
+        return writeAll(m_descriptor, bytes) && fsync(m_descriptor) == 0;
     }
 
     /// False, with `errno` set. A temporary name that is still there is removed later.

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,6 +15,7 @@
 
 #include "cli/Command.h"
 #include "cli/Escape.h"
+#include "cli/WriteAll.h"
 
 namespace thermika::cli {
 
@@ -57,29 +57,22 @@ void Output::addDocument(const Json& document) {
 }
 
 void Output::deliver() {
-    for (std::string_view rest = m_results; !rest.empty();) {
-        const ssize_t written = write(STDOUT_FILENO, rest.data(), rest.size());
-        const int reason = errno;
-        if (written >= 0)
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        else if (reason != EINTR)
-            throw Problem(Status::kFailed, std::string("cannot write to standard output: ") +
-                                               std::strerror(reason) + " (is it full or closed?)");
-    }
+    if (!writeAll(STDOUT_FILENO, m_results))
+        throw Problem(Status::kFailed, std::string("cannot write to standard output: ") +
+                                           std::strerror(errno) + " (is it full or closed?)");
     m_results.clear();
 }
 
 void Output::note(std::string_view line) const {
-    if (isQuiet) return;
     // Not through `stderr`, which escapes again.
-    dprintf(STDERR_FILENO, "%s\n", shown(line).c_str());
+    if (!isQuiet) writeAll(STDERR_FILENO, shown(line) + "\n");
 }
 
 void Output::complain(std::string_view message) {
-    dprintf(STDERR_FILENO, "thermika: %s\n", shown(message).c_str());
+    writeAll(STDERR_FILENO, "thermika: " + shown(message) + "\n");
 }
 
-void Output::complainOfMemory() { dprintf(STDERR_FILENO, "thermika: out of memory\n"); }
+void Output::complainOfMemory() { writeAll(STDERR_FILENO, "thermika: out of memory\n"); }
 
 std::string Output::styled(Style style, std::string_view text) const {
     if (style == Style::kPlain || isJson || !takesColors(color)) return std::string(text);

@@ -1,9 +1,6 @@
 // A result in a file: whole or not at all.
 #include "cli/NewFile.h"
 
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -91,20 +88,6 @@ TEST(NewFile, leavesNothingWhereItCannotBeWritten) {
     EXPECT_EQ(entries(folder), 0U);
 }
 
-/// Makes one system call fail like this from here on.
-void failSystemCall(unsigned int number, unsigned int reason) {
-    sock_filter rules[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<unsigned int>(offsetof(seccomp_data, nr))),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | reason),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    sock_fprog filter{static_cast<unsigned short>(std::size(rules)), rules};
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
-        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
-        throw std::runtime_error("cannot filter system calls");
-}
-
 // As a FAT file system has no links, and a network file system may not have the other way.
 TEST(NewFile, needsOnlyOneOfTwoWaysNotToReplace) {
     struct Lack {
@@ -118,7 +101,7 @@ TEST(NewFile, needsOnlyOneOfTwoWaysNotToReplace) {
     for (const Lack& lack : lacks) {
         const TempDir folder;
         const auto result = thermika_test::runInProcess([&] {
-            failSystemCall(lack.number, lack.reason);
+            thermika_test::failSystemCall(lack.number, lack.reason);
             const bool isWritten = problemOf(folder / "file", false).empty();
             return isWritten && !problemOf(folder / "file", false).empty() ? 0 : 1;
         });

@@ -1,6 +1,9 @@
 // Results for people and programs: colours, numbers, and standard output in one piece.
 #include "cli/Output.h"
 
+#include <sys/syscall.h>
+
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -50,6 +53,21 @@ TEST(Output, writesWhatWasAddedOnceAndNothingThatWasDiscarded) {
     });
     EXPECT_EQ(result, (RunResult{"one\n{\n  \"text\": \"\\u00e4\\u001b\"\n}\n",
                                  "a note\nthermika: a reason\n", 0}));
+}
+
+// On a standard error whose position cannot be asked for, as that of some devices.
+TEST(Output, complainsWhereThePositionIsNotKnown) {
+    const RunResult result = thermika_test::runInProcess([] {
+#ifdef SYS__llseek
+        thermika_test::failSystemCall(SYS__llseek, EINVAL);
+#endif
+        thermika_test::failSystemCall(SYS_lseek, EINVAL);
+        Output().note("a note");
+        Output::complain("a reason");
+        Output::complainOfMemory();
+        return 0;
+    });
+    EXPECT_EQ(result, (RunResult{"", "a note\nthermika: a reason\nthermika: out of memory\n", 0}));
 }
 
 // Whoever escaped for the terminal before would have every backslash twice.

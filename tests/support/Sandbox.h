@@ -22,6 +22,10 @@ void inSandbox(const std::function<void()>& body);
 /// Hides what is below `dir` behind an empty, writable folder. For use in a sandbox.
 void mountEmptyFolder(const std::string& dir);
 
+/// Makes the system call of this number answer that error from here on, in this process and in
+/// those that it starts.
+void failSystemCall(unsigned int number, unsigned int error);
+
 struct RunResult {
     std::string out;  ///< standard output
     std::string err;  ///< standard error
