@@ -82,6 +82,7 @@ ERRORS = {
     "setsockopt": "ENOPROTOOPT",
     "socket": "EMFILE ENFILE ENOBUFS EACCES",
     "socketpair": "EMFILE",
+    "statx": "EIO ENOMEM EACCES ENOENT",
     "sysinfo": "EFAULT",
     "unlinkat": "EIO EACCES EROFS ENOENT",
 }

@@ -7,13 +7,13 @@
 
 #include "support/CameraSet.h"
 #include "support/Companion.h"
+#include "support/HealthyMachine.h"
 #include "support/UsbTree.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using thermika_test::DownloadSandbox;
-using thermika_test::FileServer;
+using thermika_test::HealthyMachine;
 using thermika_test::inSandbox;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
@@ -36,12 +36,7 @@ std::string lineAbout(const std::string& subject, const std::string& text) {
 
 TEST(Doctor, findsNothingWrongWhereEverythingIsThere) {
     inSandbox([] {
-        const DownloadSandbox sandbox;
-        UsbTree bus;
-        bus.addCamera("1-1", "14080045");
-        FileServer server;
-        thermika_test::serveFiles(server, thermika_test::cameraFiles());
-        thermika_test::installFiles(thermika_test::cameraFiles());
+        const HealthyMachine machine;
         const RunResult result = runCompanion({"doctor"});
         EXPECT_EQ(result.status, 0) << result;
         EXPECT_EQ(result.err, "");

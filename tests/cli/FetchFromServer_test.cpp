@@ -1,10 +1,9 @@
 // `thermika fetch` with a server as its source: a real one, in a network of its own.
-#include <netinet/in.h>
 #include <signal.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -17,6 +16,7 @@
 #include "support/Companion.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
+#include "support/SilentServer.h"
 
 namespace {
 
@@ -30,6 +30,7 @@ using thermika_test::kDescriptionName;
 using thermika_test::kFirstData;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
+using thermika_test::SilentServer;
 
 TEST(FetchFromServer, bringsTheWholeSet) {
     inSandbox([] {
@@ -70,41 +71,19 @@ TEST(FetchFromServer, takesAMirrorOfTheSameLayout) {
     });
 }
 
-/// A server that takes connections and never answers.
-class SilentServer {
-public:
-    SilentServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(8080);
-        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(m_socket, 64), 0);
-    }
-    ~SilentServer() { close(m_socket); }
-    SilentServer(const SilentServer&) = delete;
-    SilentServer& operator=(const SilentServer&) = delete;
+constexpr std::uint16_t kPort = 8080;
 
-    RunResult fetchFrom(std::vector<std::string> more) const {
-        more.insert(more.begin(), {"fetch", "14080045", "-q", "--from", "http://127.0.0.1:8080/"});
-        return runCompanion(more);
-    }
-    /// Since this was asked last.
-    int connections() const {
-        int count = 0;
-        for (int each = 0; (each = accept(m_socket, nullptr, nullptr)) >= 0; ++count) close(each);
-        return count;
-    }
-
-private:
-    int m_socket;
-};
+RunResult fetchFromPort(std::vector<std::string> more) {
+    more.insert(more.begin(), {"fetch", "14080045", "-q", "--from", "http://127.0.0.1:8080/"});
+    return runCompanion(more);
+}
 
 TEST(FetchFromServer, triesAsOftenAsToldAndWaitsAsLongAsToldTo) {
     inSandbox([] {
         const DownloadSandbox sandbox;
-        const SilentServer server;
-        const RunResult result = server.fetchFrom({"--json", "--timeout", "1", "--retries", "1"});
+        const SilentServer server(kPort);
+        const RunResult result =
+            fetchFromPort({"--json", "--jobs", "1", "--timeout", "1", "--retries", "1"});
         EXPECT_EQ(result.status, 3);
         EXPECT_NE(result.out.find(R"("tries": 2)"), std::string::npos) << result;
         EXPECT_EQ(server.connections(), 2);
@@ -118,8 +97,8 @@ TEST(FetchFromServer, triesAsOftenAsToldAndWaitsAsLongAsToldTo) {
 TEST(FetchFromServer, saysThatItsTimeIsOver) {
     inSandbox([] {
         const DownloadSandbox sandbox;
-        const SilentServer server;
-        EXPECT_EQ(server.fetchFrom({"--max-time", "1"}),
+        const SilentServer server(kPort);
+        EXPECT_EQ(fetchFromPort({"--max-time", "1"}),
                   (RunResult{"0 files fetched, 0 there already\n",
                              "thermika: 1 file not tried: the time limit of 1 s is over (run it "
                              "again to go on; more time: --max-time SECONDS)\n",
@@ -130,12 +109,11 @@ TEST(FetchFromServer, saysThatItsTimeIsOver) {
 TEST(FetchFromServer, hasAsManyTransfersAtATimeAsToldTo) {
     inSandbox([] {
         const DownloadSandbox sandbox;
-        const SilentServer server;
+        const SilentServer server(kPort);
         fs::create_directories(thermika_test::kCaliDir);
         thermika_test::installFiles({{kDescriptionName, thermika_test::cameraDescription()}});
         for (const int jobs : {1, 3}) {
-            EXPECT_EQ(server.fetchFrom({"--max-time", "1", "--jobs", std::to_string(jobs)}).status,
-                      3);
+            EXPECT_EQ(fetchFromPort({"--max-time", "1", "--jobs", std::to_string(jobs)}).status, 3);
             EXPECT_EQ(server.connections(), jobs);
         }
     });

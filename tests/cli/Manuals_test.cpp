@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -15,6 +14,7 @@
 #include "cli/ValidateSchema.h"
 #include "support/BuildPaths.h"
 #include "support/Companion.h"
+#include "support/Matches.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
 
@@ -152,13 +152,12 @@ TEST(Manuals, nameTheStatuses) {
 
 /// The variables that our code asks for, and those that it has others ask for.
 Words variablesIn(const fs::path& folder) {
-    const std::regex asking("(?:getenv|envname)\\(\"([^\"]+)\"\\)");
     Words names;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
         const std::string source = entry.is_regular_file() ? readFile(entry.path()) : "";
-        for (std::sregex_iterator each(source.begin(), source.end(), asking), end; each != end;
-             ++each)
-            names.insert((*each)[1]);
+        for (const auto& asked :
+             thermika_test::matchesIn(source, R"re((?:getenv|envname)\("([^"]+)"\))re"))
+            names.insert(asked[1]);
         if (source.find("newlocale(LC_CTYPE_MASK, \"\"") != std::string::npos)
             names.insert({"LC_ALL", "LC_CTYPE", "LANG"});
         if (source.find("curl_easy_setopt") != std::string::npos)

@@ -1,11 +1,8 @@
 // `thermika online`: whether the server really answers.
-#include <netinet/in.h>
 #include <signal.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <regex>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -13,6 +10,8 @@
 #include "support/Companion.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
+#include "support/Matches.h"
+#include "support/SilentServer.h"
 
 namespace {
 
@@ -21,6 +20,7 @@ using thermika_test::FileServer;
 using thermika_test::inSandbox;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
+using thermika_test::SilentServer;
 
 TEST(Online, tellsHowFastTheServerAnswers) {
     inSandbox([] {
@@ -30,9 +30,12 @@ TEST(Online, tellsHowFastTheServerAnswers) {
         const RunResult result = runCompanion({"online"});
         EXPECT_EQ(result.status, 0) << result;
         EXPECT_EQ(result.err, "");
-        EXPECT_TRUE(std::regex_match(
-            result.out, std::regex("http://.* answers after [0-9.]+ ms \\(connected after [0-9.]+ "
-                                   "ms, HTTP status 200\\); the files are below http://.*\n")))
+        EXPECT_EQ(thermika_test::matchesIn(
+                      result.out,
+                      "^http://.* answers after [0-9.]+ ms \\(connected after [0-9.]+ ms,"
+                      " HTTP status 200\\); the files are below http://.*\n$")
+                      .size(),
+                  1U)
             << result;
     });
 }
@@ -64,19 +67,13 @@ TEST(Online, saysWhyNobodyAnswers) {
 TEST(Online, tellsNothingWhenItIsInterrupted) {
     inSandbox([] {
         const DownloadSandbox sandbox;
-        const int silent = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(8080);
-        ASSERT_EQ(bind(silent, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        ASSERT_EQ(listen(silent, 1), 0);
-        const auto interruptWhenConnected = [silent] {
+        const SilentServer silent(8080);
+        const auto interruptWhenConnected = [&silent] {
             const pid_t companion = getpid();
             if (fork() != 0) return;
-            const int connection = accept(silent, nullptr, nullptr);
+            silent.awaitConnection();
             kill(companion, SIGINT);
-            _exit(connection < 0 ? 1 : 0);
+            _exit(0);
         };
         EXPECT_EQ(
             runCompanion({"online", "--from", "http://127.0.0.1:8080/"}, interruptWhenConnected),

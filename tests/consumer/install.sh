@@ -1,15 +1,7 @@
-# Read by the tests here: a folder of their own with the build installed in it, and how they fail.
-# Sets `work`, and `prefix` for the installed tree. It is not where the build was told to install:
-# what is installed must not mind.
-set -eu
-export LC_ALL=C
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# Read by the tests here: the same with the build installed in the folder. Sets also `prefix`, for
+# the installed tree. It is not where the build was told to install: what is installed must not mind.
+. "${0%/*}/folder.sh"
 
-fail() {
-    echo "FAILED: $1" >&2
-    exit 1
-}
 # Runs a command whose output matters only when it fails.
 quietly() {
     "$@" >"$work/log" 2>&1 || {

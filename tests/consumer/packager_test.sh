@@ -2,15 +2,7 @@
 # What whoever packages Thermika decides stays decided: a FORTIFY level of its own, shared libraries,
 # the cameras' directory whatever the prefix is; and the usual command finds the tests.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
-set -eu
-export LC_ALL=C
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
-fail() {
-    echo "FAILED: $1" >&2
-    exit 1
-}
+. "${0%/*}/folder.sh"
 configure() { # configure FOLDER ARGUMENT...
     folder=$work/$1
     shift

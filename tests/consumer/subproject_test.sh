@@ -2,15 +2,7 @@
 # As a part of another project Thermika gives its library, and changes nothing: no tests, nothing to
 # install, no build type, no variable in the host's cache but its own, no warning an error.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
-set -eu
-export LC_ALL=C
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
-fail() {
-    echo "FAILED: $1" >&2
-    exit 1
-}
+. "${0%/*}/folder.sh"
 cat >"$work/CMakeLists.txt" <<TEXT
 cmake_minimum_required(VERSION 3.25)
 project(host VERSION 9.8.7 LANGUAGES CXX)

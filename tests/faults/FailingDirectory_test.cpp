@@ -19,25 +19,23 @@ bool g_isReadable = true;
 }  // namespace
 
 // The linker's names for the functions that everybody calls here and for the C library's.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
-extern "C" int __real_closedir(DIR* directory);
-extern "C" int __wrap_closedir(DIR* directory);
-extern "C" dirent* __real_readdir(DIR* directory);
-extern "C" dirent* __wrap_readdir(DIR* directory);
+extern "C" int realClosedir(DIR* directory) __asm__("__real_closedir");
+extern "C" int wrapClosedir(DIR* directory) __asm__("__wrap_closedir");
+extern "C" dirent* realReaddir(DIR* directory) __asm__("__real_" THERMIKA_READDIR);
+extern "C" dirent* wrapReaddir(DIR* directory) __asm__("__wrap_" THERMIKA_READDIR);
 
-extern "C" int __wrap_closedir(DIR* directory) {
+extern "C" int wrapClosedir(DIR* directory) {
     ++g_calls;
-    __real_closedir(directory);
+    realClosedir(directory);
     errno = EIO;
     return -1;
 }
 
-extern "C" dirent* __wrap_readdir(DIR* directory) {
-    if (g_isReadable) return __real_readdir(directory);
+extern "C" dirent* wrapReaddir(DIR* directory) {
+    if (g_isReadable) return realReaddir(directory);
     errno = EIO;
     return nullptr;
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 namespace {
 

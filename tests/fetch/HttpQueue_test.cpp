@@ -2,7 +2,6 @@
 // of the process.
 #include "fetch/HttpQueue.h"
 
-#include <arpa/inet.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -23,6 +22,7 @@
 #include <gtest/gtest.h>
 
 #include "fetch/support/FetchSandbox.h"
+#include "support/SilentServer.h"
 
 namespace {
 
@@ -64,31 +64,24 @@ TEST(HttpQueue, hostWithoutAnAddressIsNamed) {
     });
 }
 
-/// A server whose queue of connections is full: whoever connects now waits in vain.
+/// Its queue of connections is full: whoever connects now waits in vain.
 class FullServer {
 public:
-    FullServer() : m_listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(80);
-        auto* const any = reinterpret_cast<sockaddr*>(&address);
-        EXPECT_EQ(bind(m_listener, any, sizeof address), 0);
-        EXPECT_EQ(listen(m_listener, 0), 0);
+    FullServer() {
         for (int& client : m_clients) {
             client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-            EXPECT_TRUE(connect(client, any, sizeof address) == 0 || errno == EINPROGRESS);
+            EXPECT_TRUE(connect(client, m_server.address(), sizeof(sockaddr_in)) == 0 ||
+                        errno == EINPROGRESS);
         }
     }
     ~FullServer() {
         for (const int client : m_clients) close(client);
-        close(m_listener);
     }
     FullServer(const FullServer&) = delete;
     FullServer& operator=(const FullServer&) = delete;
 
 private:
-    int m_listener;
+    SilentServer m_server{80, 0};
     int m_clients[4] = {};
 };
 

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -16,6 +15,7 @@
 #include "support/BuildPaths.h"
 #include "support/LoadedDocument.h"
 #include "support/LogText.h"
+#include "support/Matches.h"
 #include "support/TestFiles.h"
 
 namespace {
@@ -58,10 +58,9 @@ protected:
 
 /// The number in each "[SimpleXML:number] @ " of a log.
 std::vector<int> sourceLines(const std::string& log) {
-    static const std::regex form(R"(\[SimpleXML:(-?[0-9]+)\] @ )");
     std::vector<int> numbers;
-    for (std::sregex_iterator at(log.begin(), log.end(), form); at != std::sregex_iterator(); ++at)
-        numbers.push_back(std::stoi((*at)[1]));
+    for (const auto& line : thermika_test::matchesIn(log, R"(\[SimpleXML:(-?[0-9]+)\] @ )"))
+        numbers.push_back(std::stoi(line[1]));
     return numbers;
 }
 

@@ -39,15 +39,16 @@ int failure(int reason) {
 }  // namespace
 
 // The linker's names for the functions that everybody calls here and for the C library's.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
-extern "C" int __real_openat(int directory, const char* path, int flags, mode_t mode);
-extern "C" int __real_fstat(int descriptor, struct stat* status);
-extern "C" ssize_t __real_read(int descriptor, void* buffer, std::size_t bytes);
-extern "C" int __wrap_openat(int directory, const char* path, int flags, mode_t mode);
-extern "C" int __wrap_fstat(int descriptor, struct stat* status);
-extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes);
+extern "C" int realOpenat(int directory, const char* path, int flags,
+                          mode_t mode) __asm__("__real_" THERMIKA_OPENAT);
+extern "C" int realFstat(int descriptor, struct stat* status) __asm__("__real_" THERMIKA_FSTAT);
+extern "C" ssize_t realRead(int descriptor, void* buffer, std::size_t bytes) __asm__("__real_read");
+extern "C" int wrapOpenat(int directory, const char* path, int flags,
+                          mode_t mode) __asm__("__wrap_" THERMIKA_OPENAT);
+extern "C" int wrapFstat(int descriptor, struct stat* status) __asm__("__wrap_" THERMIKA_FSTAT);
+extern "C" ssize_t wrapRead(int descriptor, void* buffer, std::size_t bytes) __asm__("__wrap_read");
 
-extern "C" int __wrap_openat(int directory, const char* path, int flags, mode_t mode) {
+extern "C" int wrapOpenat(int directory, const char* path, int flags, mode_t mode) {
     g_flags = flags;
     if (g_faults.interruptedOpens-- > 0) return failure(EINTR);
     // As for a lease; nobody may be made to wait by what only looks like one.
@@ -55,21 +56,20 @@ extern "C" int __wrap_openat(int directory, const char* path, int flags, mode_t 
         EXPECT_NE(flags & O_NONBLOCK, 0);
         return failure(EWOULDBLOCK);
     }
-    return __real_openat(directory, path, flags, mode);
+    return realOpenat(directory, path, flags, mode);
 }
 
-extern "C" int __wrap_fstat(int descriptor, struct stat* status) {
-    return g_faults.isStatFailing ? failure(EIO) : __real_fstat(descriptor, status);
+extern "C" int wrapFstat(int descriptor, struct stat* status) {
+    return g_faults.isStatFailing ? failure(EIO) : realFstat(descriptor, status);
 }
 
-extern "C" ssize_t __wrap_read(int descriptor, void* buffer, std::size_t bytes) {
+extern "C" ssize_t wrapRead(int descriptor, void* buffer, std::size_t bytes) {
     if (g_faults.interruptedReads-- > 0) return failure(EINTR);
     if (g_faults.readable == 0) return g_faults.end < 0 ? failure(EIO) : 0;
-    const ssize_t got = __real_read(descriptor, buffer, std::min(bytes, g_faults.readable));
+    const ssize_t got = realRead(descriptor, buffer, std::min(bytes, g_faults.readable));
     if (got > 0) g_faults.readable -= static_cast<std::size_t>(got);
     return got;
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 namespace {
 

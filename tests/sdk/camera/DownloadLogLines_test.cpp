@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <regex>
 #include <set>
 #include <string>
 #include <utility>
@@ -16,6 +15,7 @@
 #include "support/CameraSet.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
+#include "support/Matches.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
 
@@ -34,14 +34,13 @@ using thermika_test::linksDocument;
 using NumberedLines = std::vector<std::pair<int, std::string>>;
 
 NumberedLines linesOf(const std::function<void()>& operation) {
-    static const std::regex form(R"( \[IRCalibrationManager:([0-9]+)\] @ [0-9.e+-]+s :(.*))");
     dax::IRLogger::setVerbosity(dax::IRLOG_INFO, dax::IRLOG_OFF, nullptr);
     thermika_test::StderrCapture captured;
     operation();
-    const std::string text = captured.text();
     NumberedLines lines;
-    for (std::sregex_iterator at(text.begin(), text.end(), form), end; at != end; ++at)
-        lines.emplace_back(std::stoi(at->str(1)), at->str(2));
+    for (const auto& line : thermika_test::matchesIn(
+             captured.text(), R"( \[IRCalibrationManager:([0-9]+)\] @ [0-9.e+-]+s :(.*))"))
+        lines.emplace_back(std::stoi(line[1]), line[2]);
     return lines;
 }
 
