@@ -4,7 +4,9 @@
 # call, and the linker keeps one of the many copies of a header's function. What stands behind a call
 # that only ever threw stays, since no other branch tells that it was never come to.
 # usage: as gcov
-gcov "$@" || exit
+# What a test includes of the system's headers is a hundred times as much as our own sources.
+root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
+gcov --relative-only --source-prefix "$root" "$@" || exit
 for report in *.gcov; do
     [ -e "$report" ] || continue
     awk '
