@@ -75,8 +75,7 @@ bool Call::prepare() {
 }
 
 bool Call::follow() {
-    if (m_isPlan || !m_request.following || m_hasFollowed) return false;
-    if (!m_report.isComplete()) return false;
+    if (!mayFollow() || !m_report.isComplete()) return false;
     if (m_stop.isDue()) {  // no file is left that could carry the reason
         setProblem(m_stop.reason());
         return false;

@@ -30,6 +30,9 @@ public:
     /// is there of those. False when there is nothing more to fetch, or problem() says why not.
     bool follow();
 
+    /// Whether follow() has yet to ask.
+    bool mayFollow() const { return !m_isPlan && !m_hasFollowed && m_request.following; }
+
     /// The files that have no outcome yet; valid until follow().
     std::vector<FileReport*> wanted();
 

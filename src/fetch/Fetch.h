@@ -90,7 +90,8 @@ struct Request {
     Source source;                   ///< where from
     std::string directory;           ///< destination
     bool replacePresent = false;     ///< fetch also what is there already
-    /// Asked once all `names` are there: more names, fetched in the same call and connections.
+    /// Asked once all `names` are there: more names, fetched in the same call. The connections to a
+    /// server for them are opened meanwhile.
     std::function<std::vector<std::string>()> following;
     bool replaceFollowing = false;  ///< the same for the names that follow
     Limits limits;                  ///< of time, size and number

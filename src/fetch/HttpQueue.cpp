@@ -37,13 +37,14 @@ HttpQueue::HttpQueue(const Limits& limits, const std::string& caFile, const Stop
 
 HttpQueue::~HttpQueue() { abandon(); }
 
-void HttpQueue::run(HttpClient& client) {
+void HttpQueue::run(HttpClient& client, const std::string& addressAhead) {
     const SigpipeHold hold;
     m_begun = 0;
     m_isExhausted = false;
     m_hasBeenReached = false;  // these items may be another server's
     m_unreachable.reset();
     startWhatCan(client);
+    if (!addressAhead.empty()) connectAhead(addressAhead);  // afterwards: items use what is open
     while (isBusy() && !m_stop.isDue()) {
         int running = 0;
         if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) throw std::bad_alloc();
@@ -62,7 +63,7 @@ bool HttpQueue::isBusy() const {
 
 void HttpQueue::startWhatCan(HttpClient& client) {
     for (Slot& slot : m_slots) {
-        if (slot.job) continue;
+        if (!slot.isFree()) continue;
         std::optional<Job> job = nextJob(client);
         if (!job) return;
         start(slot, std::move(*job));
@@ -94,6 +95,19 @@ void HttpQueue::start(Slot& slot, Job job) {
     slot.job = std::move(job);
     ++slot.job->tries;
     slot.transfer.prepare(slot.job->item.address, slot.job->item.maxBytes, *slot.job->item.body);
+    add(slot);
+}
+
+void HttpQueue::connectAhead(const std::string& address) {
+    for (Slot& slot : m_slots) {
+        if (!slot.isFree()) continue;
+        slot.transfer.prepareConnection(address);
+        add(slot);
+        slot.isConnecting = true;
+    }
+}
+
+void HttpQueue::add(Slot& slot) {
     if (curl_multi_add_handle(m_multi.get(), slot.transfer.handle()) != CURLM_OK)
         throw std::bad_alloc();
 }
@@ -107,6 +121,7 @@ void HttpQueue::collect(HttpClient& client) {
             return each.transfer.handle() == handle;
         });
         curl_multi_remove_handle(m_multi.get(), handle);
+        if (std::exchange(slot->isConnecting, false)) continue;
         Job job = std::move(*slot->job);
         slot->job.reset();
         settle(client, std::move(job), slot->transfer.finish(result));
@@ -133,9 +148,10 @@ void HttpQueue::settle(HttpClient& client, Job job, const Answer& answer) {
 
 void HttpQueue::abandon() {
     for (Slot& slot : m_slots) {
-        if (!slot.job) continue;
+        if (slot.isFree()) continue;
         curl_multi_remove_handle(m_multi.get(), slot.transfer.handle());
         slot.job.reset();
+        slot.isConnecting = false;
     }
     m_waiting.clear();
 }

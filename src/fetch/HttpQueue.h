@@ -51,7 +51,9 @@ public:
     HttpQueue& operator=(const HttpQueue&) = delete;
 
     /// Serves the client until there is no next item, or `stop` is due: items then have no end.
-    void run(HttpClient& client);
+    /// Meanwhile the connections that its items leave unused are opened to the server of
+    /// `addressAhead`, unless that is "": the next run finds them.
+    void run(HttpClient& client, const std::string& addressAhead = "");
 
 private:
     struct Job {
@@ -63,13 +65,18 @@ private:
     struct Slot {
         Slot(const Limits& limits, const std::string& caFile) : transfer(limits, caFile) {}
 
+        bool isFree() const { return !job && !isConnecting; }
+
         HttpTransfer transfer;
         std::optional<Job> job;
+        bool isConnecting = false;  ///< ahead, without a job
     };
 
     void startWhatCan(HttpClient& client);
     std::optional<Job> nextJob(HttpClient& client);
     void start(Slot& slot, Job job);
+    void connectAhead(const std::string& address);
+    void add(Slot& slot);
     void collect(HttpClient& client);
     void settle(HttpClient& client, Job job, const Answer& answer);
     void abandon();

@@ -99,6 +99,8 @@ HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile)
     option(CURLOPT_BUFFERSIZE, kReadBytes);
     option(CURLOPT_ERRORBUFFER, m_errorText);
     option(CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::openSocket);
+    option(CURLOPT_PREREQFUNCTION, &HttpTransfer::beforeRequest);
+    option(CURLOPT_PREREQDATA, this);
     option(CURLOPT_HEADERFUNCTION, &HttpTransfer::takeHeader);
     option(CURLOPT_HEADERDATA, this);
     option(CURLOPT_WRITEFUNCTION, &HttpTransfer::takeBody);
@@ -116,6 +118,19 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
     m_hasBegun = false;
     m_refusal.clear();
     m_thrown = nullptr;
+}
+
+void HttpTransfer::prepareConnection(const std::string& address) {
+    set(handle(), CURLOPT_URL, address.c_str());
+    m_body = nullptr;
+}
+
+// NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.
+int HttpTransfer::beforeRequest(void* self, char* /*primaryIp*/, char* /*localIp*/,
+                                int /*primaryPort*/, int /*localPort*/) {
+    // libcurl keeps the connection of a transfer that ends here.
+    const bool isRequest = static_cast<const HttpTransfer*>(self)->m_body != nullptr;
+    return isRequest ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.

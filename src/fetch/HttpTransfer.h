@@ -63,6 +63,9 @@ public:
 
     /// The handle is ready to be run afterwards; `body` is used until finish().
     void prepare(const std::string& address, std::uint64_t maxBytes, Body& body);
+    /// The same for a connection alone, which the next transfer to that server uses: it asks for
+    /// nothing, and is not to be finished.
+    void prepareConnection(const std::string& address);
     /// What came of it; throws what the body threw.
     Answer finish(CURLcode result);
 
@@ -72,6 +75,8 @@ private:
     static std::size_t takeHeader(char* bytes, std::size_t one, std::size_t count, void* self);
     static std::size_t takeBody(char* bytes, std::size_t one, std::size_t count, void* self);
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
+    static int beforeRequest(void* self, char* primaryIp, char* localIp, int primaryPort,
+                             int localPort);
 
     bool take(std::string_view bytes);
     bool beginBody();
@@ -81,7 +86,7 @@ private:
 
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_handle;
     char m_errorText[CURL_ERROR_SIZE] = {};
-    Body* m_body = nullptr;
+    Body* m_body = nullptr;  ///< null: no request is sent
     std::uint64_t m_maxBytes = 0;
     std::size_t m_headerBytes = 0;
     std::size_t m_ignoredBytes = 0;

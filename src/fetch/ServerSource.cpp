@@ -89,7 +89,8 @@ void fetchBelow(const std::string& base, Call& call, HttpQueue& queue) {
     if (call.isPlan()) return planFiles(call, base);
     do {
         FileClient client(call, base);
-        queue.run(client);
+        // What follows is many files more often than few.
+        queue.run(client, call.mayFollow() ? base : "");
         client.finish();
     } while (call.follow());
 }

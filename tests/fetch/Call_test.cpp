@@ -56,6 +56,41 @@ TEST(Call, fetchesWhatFollowsOverTheSameConnection) {
     });
 }
 
+TEST(Call, opensTheOtherConnectionsForWhatFollowsMeanwhile) {
+    inSandbox([] {
+        const FetchSandbox world;
+        std::vector<std::string> more;
+        for (int i = 0; i < 20; ++i) {
+            more.push_back(std::to_string(i) + ".dat");
+            FetchSandbox::add(more.back(), "bytes");
+        }
+        FetchSandbox::add("first.dat", "first");
+        FetchSandbox::setFileFault("first.dat", "await_connections", "4");
+        Request request = followed({"first.dat"}, more);
+        request.limits.jobs = 4;
+        EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());
+        EXPECT_EQ(contents(kFetched).size(), 21U);
+        // Nothing is asked for over them before, and they serve afterwards.
+        EXPECT_EQ(FetchSandbox::requests().size(), 22U);
+        EXPECT_EQ(FetchSandbox::connections(), 4U);
+    });
+}
+
+TEST(Call, opensNoConnectionAheadWhenNothingFollows) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("first.dat", "first");
+        FetchSandbox::add("second.dat", "second");
+        FetchSandbox::add("third.dat", "third");
+        EXPECT_TRUE(thermika::fetch::fetch(serverRequest({"first.dat"})).isComplete());
+        Request request = followed({"first.dat"}, {"second.dat"});
+        request.limits.jobs = 4;
+        EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());  // the first is there
+        EXPECT_TRUE(thermika::fetch::fetch(serverRequest({"third.dat"})).isComplete());
+        EXPECT_EQ(FetchSandbox::lastConnection(), 3U);
+    });
+}
+
 TEST(Call, seesTheFirstFilesWhenItAsksForWhatFollows) {
     inSandbox([] {
         const FetchSandbox world;

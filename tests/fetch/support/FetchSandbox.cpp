@@ -134,6 +134,13 @@ std::size_t FetchSandbox::connections() {
     return numbers.size();
 }
 
+std::size_t FetchSandbox::lastConnection() {
+    std::ifstream file(kRequests);
+    std::string last;
+    for (std::string line; std::getline(file, line);) last = line;
+    return std::stoul(last);
+}
+
 std::string FetchSandbox::caFile() { return kTls + std::string("/ca.pem"); }
 
 thermika::fetch::Request serverRequest(const std::vector<std::string>& names) {

@@ -44,6 +44,8 @@ public:
     static std::vector<std::string> requests();
     /// How many connections they came on.
     static std::size_t connections();
+    /// The number of the one that the last came on; those without a request are numbered too.
+    static std::size_t lastConnection();
 
     /// The certificate authority of the server.
     static std::string caFile();

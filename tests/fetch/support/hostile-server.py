@@ -93,6 +93,14 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.head(200, ("Content-Length", len(body)))
         self.wfile.write(body)
 
+    def await_connections(self, path, argument):  # the file, once so many have ever been opened
+        end = time.monotonic() + 10
+        while connections < int(argument) and time.monotonic() < end:
+            time.sleep(0.01)
+        if connections < int(argument):
+            return self.status(path, "404")
+        self.good(path)
+
     def status(self, path, argument):  # that status, with a page
         self.head(int(argument), ("Content-Length", 5))
         self.wfile.write(b"sorry")
