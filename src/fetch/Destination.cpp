@@ -43,7 +43,7 @@ bool openToEveryUser(int directory) {
 Descriptor createDirectory(int parent, const char* name, bool isLast) {
     constexpr int kFlags = O_DIRECTORY | O_CLOEXEC;
     const bool isNew = mkdirat(parent, name, kDirectoryMode) == 0;
-    if (!isNew && errno != EEXIST) return Descriptor();
+    if (!isNew && errno != EEXIST) return {};
     const int access = isNew ? O_RDONLY | O_NOFOLLOW : isLast ? O_RDONLY : O_PATH;
     Descriptor directory(retrying([&] { return openat(parent, name, kFlags | access); }));
     if (isNew && directory.isOpen() && !openToEveryUser(directory.get())) directory.reset();
