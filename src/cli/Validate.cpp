@@ -37,6 +37,7 @@ void* ensured(void* memory) {
     _exit(static_cast<int>(Status::kFailed));
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): libxml2 calls these in place of the C library's.
 void* allocate(std::size_t size) { return ensured(std::malloc(size)); }
 
 void* reallocate(void* memory, std::size_t size) {
@@ -44,6 +45,7 @@ void* reallocate(void* memory, std::size_t size) {
 }
 
 char* duplicate(const char* text) { return static_cast<char*>(ensured(strdup(text))); }
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }

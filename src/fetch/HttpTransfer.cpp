@@ -125,7 +125,6 @@ void HttpTransfer::prepareConnection(const std::string& address) {
     m_body = nullptr;
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.
 int HttpTransfer::beforeRequest(void* self, char* /*primaryIp*/, char* /*localIp*/,
                                 int /*primaryPort*/, int /*localPort*/) {
     // libcurl keeps the connection of a transfer that ends here.
