@@ -222,6 +222,22 @@ class Tally:
         return not self.failures
 
 
+def cover_in_etc(name, text):
+    (WORLD / name).write_text(text)
+    if pathlib.Path("/etc", name).exists():
+        subprocess.run(["mount", "--bind", WORLD / name, f"/etc/{name}"], check=True)
+        return
+    # A bare system has no such file to mount over: cover /etc with links to all it holds.
+    covered, links = WORLD / f"covered-etc-{name}", WORLD / f"etc-{name}"
+    covered.mkdir()
+    links.mkdir()
+    subprocess.run(["mount", "--rbind", "/etc", covered], check=True)
+    for entry in covered.iterdir():
+        (links / entry.name).symlink_to(entry)
+    (links / name).symlink_to(WORLD / name)
+    subprocess.run(["mount", "--bind", links, "/etc"], check=True)
+
+
 def serve(host):
     files = WORLD / f"served/{SERIAL[:2]}/{SERIAL[:4]}/Califiles SN{SERIAL}"
     files.mkdir(parents=True, exist_ok=True)
@@ -230,12 +246,8 @@ def serve(host):
     (WORLD / "served/downloadlinks.xml").write_text(
         "<DownloadLinks>\n<Imager>\n<CaliData>\n<Links>\n"
         f"<string>http://{host}</string>\n</Links>\n</CaliData>\n</Imager>\n</DownloadLinks>\n")
-    names = {"hosts": f"127.0.0.1 localhost {host}\n", "nsswitch.conf": "hosts: files\n"}
-    for name, text in names.items():
-        if not pathlib.Path("/etc", name).exists():
-            continue
-        (WORLD / name).write_text(text)
-        subprocess.run(["mount", "--bind", WORLD / name, f"/etc/{name}"], check=True)
+    cover_in_etc("hosts", f"127.0.0.1 localhost {host}\n")
+    cover_in_etc("nsswitch.conf", "hosts: files\n")
     # wget keeps quiet and does not see this machine's settings.
     (WORLD / "wgetrc").write_text("quiet = on\ntries = 2\nwaitretry = 0\n")
     os.environ.update(SYSTEM_WGETRC=str(WORLD / "wgetrc"), HOME=str(WORLD), LC_ALL="C")

@@ -81,7 +81,9 @@ TEST(ValidateDocument, agreesWithXmllintOnEveryBrokenEdit) {
     for (const fs::path& file : files) {
         const RunResult result = xmllint(file);
         EXPECT_TRUE(result.status == 1 || result.status == 3) << file << ": " << result;
-        EXPECT_NE(result.err.find(file.string() + ":"), std::string::npos) << result;
+        // It writes the folder as a part of an address.
+        EXPECT_NE(result.err.find("/" + file.filename().string() + ":"), std::string::npos)
+            << result;
         EXPECT_FALSE(checkDocument(readFile(file)).findings.empty()) << file;
     }
 }
