@@ -96,9 +96,9 @@ TEST(Validate, says3WhenTheChoiceCannotBeComparedForWantOfADescription) {
 }
 
 TEST(Validate, readsFromAPipe) {
-    EXPECT_EQ(thermika_test::run("sh", {"sh", "-c", R"("$0" validate /dev/stdin <"$1")",
-                                        THERMIKA_COMPANION,
-                                        std::string(kDocuments) + "broken/focus-above-hundred.xml"}),
+    EXPECT_EQ(thermika_test::run(
+                  "sh", {"sh", "-c", R"("$0" validate /dev/stdin <"$1")", THERMIKA_COMPANION,
+                         std::string(kDocuments) + "broken/focus-above-hundred.xml"}),
               (RunResult{"/dev/stdin:28: <focus> holds \"100.5\"; give a number from 0 to 100: the "
                          "focus motor's position in percent of its way\n",
                          "", 1}));
