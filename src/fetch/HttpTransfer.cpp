@@ -20,6 +20,9 @@ constexpr std::size_t kMaxIgnoredBytes = 65536;  // read so that the connection 
 
 constexpr long kGoodStatus = 200;
 
+// CURLE_TOO_LARGE, which libcurl 8.6 brought.
+constexpr auto kTooLarge = static_cast<CURLcode>(100);
+
 template <typename Value>
 void set(CURL* handle, CURLoption option, Value value) {
     const CURLcode result = curl_easy_setopt(handle, option, value);
@@ -225,9 +228,9 @@ Answer HttpTransfer::judge(CURLcode result) const {
         answer.reason = "it is larger than " + std::to_string(m_maxBytes) + " bytes";
     } else if (result == CURLE_TOO_MANY_REDIRECTS) {
         answer.reason = "it is redirected more than " + std::to_string(kMaxRedirects) + " times";
-    } else if (result == CURLE_OUT_OF_MEMORY) {
-        // What libcurl answers to a line of the head that is too long as well: a server must not be
-        // able to end the call.
+    } else if (result == CURLE_OUT_OF_MEMORY || result == kTooLarge) {
+        // What libcurl before 8.6 answers to a line of the head that is too long as well: a server
+        // must not be able to end the call.
         answer.reason = "the head of the answer is too long, or there is no memory left";
     } else if (result == CURLE_UNSUPPORTED_PROTOCOL && isRedirect(answer.status)) {
         answer.reason = "it is redirected to an address that is neither http nor https";

@@ -153,9 +153,9 @@ TEST_F(FetchFromFolder, refusesNumbersOutsideTheirBounds) {
           "--max-size=0", "--max-time=0", "--max-time=31536001", "--max-total=0", "--max-files=0",
           "--timeout=86401"})
         EXPECT_EQ(runCompanion(command({option})).status, 2) << option;
-    EXPECT_EQ(runCompanion(command({"--max-size=0"})).err,
-              "thermika: --max-size: Value 0 not in range 1 to 9223372036854775807 (see: thermika "
-              "fetch --help)\n");
+    EXPECT_EQ(runCompanion(command({"--max-size=0"}))
+                  .err.find("thermika: --max-size: Value 0 not in range "),
+              0U);
     EXPECT_FALSE(fs::exists(m_home / "new"));
 }
 

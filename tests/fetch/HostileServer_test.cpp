@@ -1,5 +1,6 @@
 // Every way in which a server can break a rule: what is said of it, and that the directory holds
 // whole files only, beside an old file that must stay.
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -41,8 +42,17 @@ struct World {
 
     /// Whatever it says of bad.dat: the other is fetched, and nothing else has changed.
     static void expect(const std::string& reason, const std::string& outcome = "failed",
-                       Request request = World::request()) {
+                       const Request& request = World::request()) {
+        expectOneOf({reason}, outcome, request);
+    }
+
+    /// The same for reasons in libcurl's own words, which differ from version to version.
+    static void expectOneOf(const Texts& reasons, const std::string& outcome = "failed",
+                            const Request& request = World::request()) {
         const Report report = thermika::fetch::fetch(request);
+        const bool isKnown =
+            std::count(reasons.begin(), reasons.end(), report.files.at(0).reason) != 0;
+        const std::string& reason = isKnown ? report.files[0].reason : reasons.at(0);
         EXPECT_EQ(linesOf(report), "bad.dat: " + outcome + ", " + reason + "\ngood.dat: fetched\n");
         EXPECT_EQ(contents(kFetched), (Files{{"bad.dat", "old"}, {"good.dat", "good"}}));
         EXPECT_EQ(contents("/tmp"), Files());
@@ -144,7 +154,9 @@ TEST(HostileServer, thatClosesAnOldConnectionIsAskedOnANewOne) {
 TEST(HostileServer, thatAlwaysClosesInMidBodyLeavesTheOldFile) {
     inSandbox([] {
         const World world("cut");
-        World::expect("the transfer failed: transfer closed with 50000 bytes remaining to read");
+        World::expectOneOf(
+            {"the transfer failed: transfer closed with 50000 bytes remaining to read",
+             "the transfer failed: end of response with 50000 bytes missing"});
         EXPECT_EQ(requestsFor("bad.dat"), 2U);
     });
 }
@@ -271,7 +283,8 @@ TEST(HostileServer, gzipBombIsNotTaken) {
     for (const char* const header : {"Content-Encoding", "Transfer-Encoding"})
         inSandbox([header] {
             const World world("gzip_bomb", header);
-            World::expect("it is sent encoded (gzip), which was not asked for");
+            World::expectOneOf({"it is sent encoded (gzip), which was not asked for",
+                                "the transfer failed: Unsolicited Transfer-Encoding (gzip) found"});
         });
 }
 
@@ -292,7 +305,8 @@ TEST(HostileServer, endlessHeaderLineIsNotReadToItsEnd) {
 TEST(HostileServer, otherProtocolIsNoAnswer) {
     inSandbox([] {
         const World world("other_protocol");
-        World::expect("the transfer failed: Received HTTP/0.9 when not allowed");
+        World::expectOneOf({"the transfer failed: Received HTTP/0.9 when not allowed",
+                            "the transfer failed: Invalid status line"});
     });
 }
 

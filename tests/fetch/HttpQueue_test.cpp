@@ -47,7 +47,7 @@ TEST(HttpQueue, serverThatCannotBeReachedFailsAllFilesAtOnce) {
         unsigned tries = 0;
         for (const auto& file : report.files) {
             EXPECT_EQ(wordFor(file.outcome), "failed");
-            EXPECT_NE(file.reason.find("Couldn't connect to server"), std::string::npos);
+            EXPECT_NE(file.reason.find("connect to server"), std::string::npos);
             tries += file.tries;
         }
         EXPECT_LE(tries, 16U);
@@ -96,7 +96,9 @@ TEST(HttpQueue, serverThatNeverConnectsFailsAllFilesAfterOneTimeLimit) {
         unsigned tries = 0;
         for (const auto& file : report.files) {
             EXPECT_EQ(wordFor(file.outcome), "failed");
-            EXPECT_NE(file.reason.find("imeout"), std::string::npos) << file.reason;
+            EXPECT_TRUE(file.reason.find("Timeout") != std::string::npos ||
+                        file.reason.find("timed out") != std::string::npos)
+                << file.reason;
             tries += file.tries;
         }
         EXPECT_LE(tries, 16U);
