@@ -3,6 +3,7 @@
 # packages on a machine where it may not install them, and places where it cannot build or test.
 # usage: door_test.sh PROJECT
 set -eu
+umask 022 # another user reads what lies here
 project=$1
 dev=$project/dev
 [ -d "${TMPDIR-/tmp}" ] || unset TMPDIR

@@ -1,4 +1,6 @@
 // `thermika doctor`: one line for each thing that can be wrong, with the next step.
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -36,6 +38,7 @@ std::string lineAbout(const std::string& subject, const std::string& text) {
 
 TEST(Doctor, findsNothingWrongWhereEverythingIsThere) {
     inSandbox([] {
+        umask(022);  // the directory's mode depends on it
         const HealthyMachine machine;
         const RunResult result = runCompanion({"doctor"});
         EXPECT_EQ(result.status, 0) << result;
