@@ -69,6 +69,15 @@ class Mutate(unittest.TestCase):
         for target in ("thermika-tests", "all"):
             self.assertEqual(Scripted([], {target}).verdict(), "unbuildable")
 
+    def test_asks_the_tests_of_the_folder_first(self):
+        for folder, program in mutate.TESTS_OF.items():
+            self.assertTrue((PROJECT / folder).is_dir())
+            worker = Scripted([], {pathlib.Path(program).name})
+            (worker.tree / folder).mkdir(parents=True)
+            (worker.tree / folder / "Unit.cpp").write_text("one\n")
+            mutant = {"file": f"{folder}/Unit.cpp", "line": 1, "text": "two"}
+            self.assertEqual(worker.judge(mutant, quick=False), "unbuildable")
+
     def test_finds_listed_mutants_that_no_source_gives(self):
         mutate.EQUIVALENT = pathlib.Path(FOLDER.name) / "list"
         known = next(mutate.mutants())["change"]
