@@ -72,7 +72,7 @@ void interruptAtMoments(int signal, int status, unsigned round) {
         const auto whole =
             std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin);
         std::mt19937 random(1408 + round);
-        std::uniform_int_distribution<long> moment(0, whole.count());
+        std::uniform_int_distribution<microseconds::rep> moment(0, whole.count());
         int interrupted = 0;
         for (int i = 0; interrupted < kMomentsOfARound && i < 50 * kMomentsOfARound; ++i) {
             installFiles(oldFiles());

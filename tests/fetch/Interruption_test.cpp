@@ -99,7 +99,7 @@ void interruptAtMoments(std::chrono::steady_clock::duration whole, unsigned roun
                         const std::function<bool(std::chrono::microseconds)>& interruptAfter) {
     const auto longest = std::chrono::duration_cast<std::chrono::microseconds>(whole).count();
     std::mt19937 random(1408 + round);
-    std::uniform_int_distribution<long> moment(0, longest);
+    std::uniform_int_distribution<std::chrono::microseconds::rep> moment(0, longest);
     int interrupted = 0;
     for (int i = 0; interrupted < kMomentsOfARound && i < 10 * kMomentsOfARound; ++i)
         interrupted += interruptAfter(std::chrono::microseconds(moment(random))) ? 1 : 0;
