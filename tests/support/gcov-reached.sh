@@ -4,6 +4,7 @@
 # call, and the linker keeps one of the many copies of a header's function. What stands behind a call
 # that only ever threw stays, since no other branch tells that it was never come to.
 # usage: as gcov
+
 # What a test includes of the system's headers is a hundred times as much as our own sources.
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
 gcov --relative-only --source-prefix "$root" "$@" || exit
