@@ -258,6 +258,17 @@ TEST(HostileServer, thatSendsMoreThanAnnouncedIsBelievedInWhatItAnnounced) {
     });
 }
 
+// The next answer on that connection seems to begin with it.
+TEST(HostileServer, whatComesLateBeyondTheAnnouncedSpoilsNoOtherFile) {
+    inSandbox([] {
+        const World world("announces_less_late");
+        Request request = World::request();
+        request.limits.jobs = 1;
+        World::expectFetched(kBytes.substr(3), 1, request);
+        EXPECT_EQ(requestsFor("good.dat"), 2U);
+    });
+}
+
 TEST(HostileServer, emptyFileIsNone) {
     inSandbox([] {
         const World world("empty");

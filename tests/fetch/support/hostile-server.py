@@ -163,6 +163,14 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.head(200, ("Content-Length", len(body) - 3))
         self.wfile.write(body)
 
+    def announces_less_late(self, path, argument):  # the same, what is too much a little later
+        body = self.body(path)
+        self.head(200, ("Content-Length", len(body) - 3))
+        self.wfile.write(body[:-3])
+        self.wfile.flush()
+        time.sleep(0.1)
+        self.wfile.write(body[-3:])
+
     def announces_too_much(self, path, argument):  # a length beyond every limit
         self.head(200, ("Content-Length", 1 << 50))
         self.wfile.write(BLOCK)
