@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,15 +16,12 @@
 #include "support/Companion.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
+#include "support/Moments.h"
 
 namespace {
 
 using namespace thermika_test;
 using std::chrono::microseconds;
-
-// Fifty moments for each signal, in rounds that end in time on a busy machine too.
-constexpr unsigned kRounds = 5;
-constexpr int kMomentsOfARound = 10;
 
 const std::vector<std::string> kFetchAll = {"fetch", "14080045", "-q", "--all"};
 
@@ -60,7 +56,7 @@ void expectWholeFiles(bool mayHaveParts) {
     EXPECT_GE(found.size(), former.size());
 }
 
-void interruptAtMoments(int signal, int status, unsigned round) {
+void interruptFetching(int signal, int status, unsigned round) {
     inSandbox([=] {
         const DownloadSandbox sandbox;
         FileServer server;
@@ -69,22 +65,19 @@ void interruptAtMoments(int signal, int status, unsigned round) {
         installFiles(oldFiles());
         const auto begin = std::chrono::steady_clock::now();
         ASSERT_EQ(runCompanion(kFetchAll).status, 0);
-        const auto whole =
-            std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin);
-        std::mt19937 random(1408 + round);
-        std::uniform_int_distribution<microseconds::rep> moment(0, whole.count());
-        int interrupted = 0;
-        for (int i = 0; interrupted < kMomentsOfARound && i < 50 * kMomentsOfARound; ++i) {
+        const auto whole = std::chrono::steady_clock::now() - begin;
+        interruptAtMoments(whole, round, [=](microseconds moment) {
             installFiles(oldFiles());
-            const RunResult result = fetchAndSend(signal, microseconds(moment(random)));
+            const RunResult result = fetchAndSend(signal, moment);
             expectWholeFiles(signal == SIGKILL);
-            if (result.status == 0)
+            if (result.status == 0) {
                 EXPECT_EQ(contents(kCaliDir), cameraFiles());
-            else  // before its handler was set, the signal ends it
-                EXPECT_TRUE(result.status == status || result.status == 128 + signal) << result;
-            interrupted += result.status == status ? 1 : 0;
-        }
-        EXPECT_EQ(interrupted, kMomentsOfARound);
+                return Came::kTooLate;
+            }
+            if (result.status == status) return Came::kInTime;
+            EXPECT_EQ(result.status, 128 + signal) << result;  // its handler was not set yet
+            return Came::kTooEarly;
+        });
         EXPECT_EQ(runCompanion(kFetchAll).status, 0);
         EXPECT_EQ(contents(kCaliDir), cameraFiles());
     });
@@ -93,10 +86,10 @@ void interruptAtMoments(int signal, int status, unsigned round) {
 class FetchInterrupted : public testing::TestWithParam<unsigned> {};
 INSTANTIATE_TEST_SUITE_P(AtAnyMoment, FetchInterrupted, testing::Range(0U, kRounds));
 
-TEST_P(FetchInterrupted, byCtrlCLeavesWholeFilesOnly) { interruptAtMoments(SIGINT, 3, GetParam()); }
+TEST_P(FetchInterrupted, byCtrlCLeavesWholeFilesOnly) { interruptFetching(SIGINT, 3, GetParam()); }
 
 TEST_P(FetchInterrupted, byKillLeavesWholeFilesAndTheNextRunCleansUp) {
-    interruptAtMoments(SIGKILL, 128 + SIGKILL, GetParam());
+    interruptFetching(SIGKILL, 128 + SIGKILL, GetParam());
 }
 
 }  // namespace

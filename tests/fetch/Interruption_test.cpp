@@ -10,7 +10,6 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,6 +18,7 @@
 
 #include "fetch/FileName.h"
 #include "fetch/support/FetchSandbox.h"
+#include "support/Moments.h"
 
 namespace {
 
@@ -27,10 +27,6 @@ using namespace thermika_test;
 using thermika::fetch::Folder;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
-
-// Fifty moments for each kind of interruption, in rounds that end in time on a busy machine too.
-constexpr unsigned kRounds = 5;
-constexpr int kMomentsOfARound = 10;
 
 /// Ten files of different length, old ones in the destination and new ones on the server.
 struct World {
@@ -93,20 +89,6 @@ std::chrono::steady_clock::duration timeOf(const std::function<void()>& body) {
     return std::chrono::steady_clock::now() - begin;
 }
 
-/// Calls `interruptAfter` with moments from the beginning of a whole call to its end, others in
-/// each round, until it has said often enough that it was in time.
-void interruptAtMoments(std::chrono::steady_clock::duration whole, unsigned round,
-                        const std::function<bool(std::chrono::microseconds)>& interruptAfter) {
-    const auto longest = std::chrono::duration_cast<std::chrono::microseconds>(whole).count();
-    std::mt19937 random(1408 + round);
-    std::uniform_int_distribution<std::chrono::microseconds::rep> moment(0, longest);
-    int interrupted = 0;
-    for (int i = 0; interrupted < kMomentsOfARound && i < 10 * kMomentsOfARound; ++i)
-        interrupted += interruptAfter(std::chrono::microseconds(moment(random))) ? 1 : 0;
-    // Otherwise it would have shown less than it says.
-    EXPECT_EQ(interrupted, kMomentsOfARound);
-}
-
 class AtAnyMoment : public testing::TestWithParam<unsigned> {};
 INSTANTIATE_TEST_SUITE_P(Interruption, AtAnyMoment, testing::Range(0U, kRounds));
 
@@ -122,7 +104,7 @@ TEST_P(AtAnyMoment, killLeavesWholeFilesAndTheNextCallCleansUp) {
             std::this_thread::sleep_for(moment);
             kill(child, SIGKILL);
             waitpid(child, nullptr, 0);
-            return world.countNew(true) < world.names.size();
+            return world.countNew(true) < world.names.size() ? Came::kInTime : Came::kTooLate;
         });
         EXPECT_TRUE(thermika::fetch::fetch(world.request()).isComplete());
         EXPECT_EQ(contents(kFetched), world.newFiles);
@@ -152,8 +134,10 @@ TEST_P(AtAnyMoment, cancelBySignalLeavesWholeFilesOnly) {
             kill(child, SIGTERM);
             int status = 0;
             waitpid(child, &status, 0);
-            EXPECT_TRUE(status == 0 || status == SIGTERM) << status;  // before its handler was set
-            return world.countNew(false) < world.names.size();
+            if (world.countNew(false) == world.names.size()) return Came::kTooLate;
+            if (status == 0) return Came::kInTime;
+            EXPECT_EQ(status, SIGTERM);  // its handler was not set yet
+            return Came::kTooEarly;
         });
     });
 }
