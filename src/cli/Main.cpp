@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -20,10 +21,20 @@ void fillStandardDescriptors() {
     if (descriptor > 2) close(descriptor);
 }
 
+/// Whoever sets these would decide which servers are trusted, or read along. libcurl, OpenSSL and
+/// the C library's name look-up ask for them, and none can be told not to.
+void disregardSettingsOfLibraries() {
+    for (const char* const name :
+         {"SSLKEYLOGFILE", "SSL_CERT_DIR", "SSL_CERT_FILE", "OPENSSL_CONF", "OPENSSL_CONF_INCLUDE",
+          "OPENSSL_ENGINES", "OPENSSL_MODULES", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS"})
+        unsetenv(name);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     fillStandardDescriptors();
+    disregardSettingsOfLibraries();
     // A reader that goes away and a file that may not grow are failed writes with a message.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -2,11 +2,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "fetch/support/FetchSandbox.h"
 #include "support/BuildPaths.h"
 #include "support/CameraSet.h"
 #include "support/Companion.h"
@@ -15,9 +18,12 @@
 namespace {
 
 using thermika_test::cameraFiles;
+using thermika_test::FetchSandbox;
+using thermika_test::inSandbox;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
 using thermika_test::TempDir;
+using thermika_test::Tls;
 using thermika_test::writeFile;
 
 // A file that is opened under one of the three numbers would get what is written to it.
@@ -62,6 +68,27 @@ TEST(Main, reportsAReaderThatHasGoneAway) {
                                  "thermika: cannot write to standard output: Broken pipe (is it "
                                  "full or closed?)\n",
                                  3}));
+}
+
+// Before the certificate is looked at, the handshake has shown which settings are in force.
+TEST(Main, disregardsWhatTheEnvironmentTellsItsLibraries) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        const std::string settings = "/usr/share/world/openssl.cnf";
+        const std::string keys = "/usr/share/world/keys";
+        // As OpenSSL reads it, it may do nothing that TLS needs.
+        writeFile(settings,
+                  "openssl_conf = a\n[a]\nproviders = b\n[b]\nbase = c\n[c]\nactivate = 1\n");
+        const std::string address = std::string("https://") + THERMIKA_DOWNLOAD_HOST;
+        const RunResult result = runCompanion({"online", "--from", address}, [&] {
+            setenv("OPENSSL_CONF", settings.c_str(), 1);
+            setenv("SSLKEYLOGFILE", keys.c_str(), 1);
+        });
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("unable to get local issuer certificate"), std::string::npos)
+            << result;
+        EXPECT_FALSE(std::filesystem::exists(keys));
+    });
 }
 
 }  // namespace
