@@ -69,6 +69,13 @@ Answer::Verdict verdictOf(CURLcode result) {
     }
 }
 
+/// The server that was asked did answer; one that it named has failed.
+Answer::Verdict forThisAlone(Answer::Verdict verdict) {
+    if (verdict == Answer::Verdict::kUnreachable) return Answer::Verdict::kMayPass;
+    if (verdict == Answer::Verdict::kUntrusted) return Answer::Verdict::kBad;
+    return verdict;
+}
+
 }  // namespace
 
 bool HttpTransfer::isPossible() {
@@ -217,6 +224,12 @@ std::chrono::microseconds HttpTransfer::time(CURLINFO which) const {
     return std::chrono::microseconds(microseconds);
 }
 
+bool HttpTransfer::isRedirected() const {
+    long redirects = 0;
+    curl_easy_getinfo(handle(), CURLINFO_REDIRECT_COUNT, &redirects);
+    return redirects > 0;
+}
+
 Answer HttpTransfer::judge(CURLcode result) const {
     using Verdict = Answer::Verdict;
     Answer answer;
@@ -250,6 +263,7 @@ Answer HttpTransfer::judge(CURLcode result) const {
         answer.verdict = verdictOf(result);
         if (result == CURLE_OPERATION_TIMEDOUT && answer.connected.count() == 0)
             answer.verdict = Verdict::kUnreachable;
+        if (isRedirected()) answer.verdict = forThisAlone(answer.verdict);
         answer.reason = "the transfer failed: " + error;
     }
     return answer;

@@ -81,6 +81,7 @@ private:
     bool take(std::string_view bytes);
     bool beginBody();
     std::string header(const char* name) const;
+    bool isRedirected() const;
     Answer judge(CURLcode result) const;
     std::chrono::microseconds time(CURLINFO which) const;
 

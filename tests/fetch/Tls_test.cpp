@@ -87,6 +87,25 @@ TEST(Tls, distrustOfOneFileIsThatOfAll) {
     });
 }
 
+// All other files were given up with it.
+TEST(Tls, distrustBehindARedirectConcernsThatFileAlone) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kOtherHost);
+        FetchSandbox::add("good.dat", "good");
+        FetchSandbox::setFileFault("bad.dat", "redirect", secureAddress() + "/x");
+        Request request = serverRequest({"bad.dat", "good.dat"});
+        request.caFile = FetchSandbox::caFile();
+        request.limits.jobs = 1;
+        const Report report = thermika::fetch::fetch(request);
+        EXPECT_NE(report.files.at(0).reason.find("alternative certificate subject name"),
+                  std::string::npos)
+            << linesOf(report);
+        EXPECT_EQ(report.files[0].tries, 1U);
+        EXPECT_EQ(wordFor(report.files.at(1).outcome), "fetched");
+        EXPECT_EQ(contents(kFetched), (Files{{"good.dat", "good"}}));
+    });
+}
+
 TEST(Tls, plainServerBehindASecureAddressIsNone) {
     inSandbox([] {
         const FetchSandbox world;
