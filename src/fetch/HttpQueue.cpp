@@ -56,10 +56,12 @@ void HttpQueue::run(HttpClient& client, const std::string& addressAhead) {
     abandon();
 }
 
-bool HttpQueue::isBusy() const {
-    return !m_waiting.empty() || std::any_of(m_slots.begin(), m_slots.end(),
-                                             [](const auto& slot) { return slot.job.has_value(); });
+bool HttpQueue::isTransferring() const {
+    return std::any_of(m_slots.begin(), m_slots.end(),
+                       [](const auto& slot) { return slot.job.has_value(); });
 }
+
+bool HttpQueue::isBusy() const { return !m_waiting.empty() || isTransferring(); }
 
 void HttpQueue::startWhatCan(HttpClient& client) {
     for (Slot& slot : m_slots) {
@@ -71,6 +73,7 @@ void HttpQueue::startWhatCan(HttpClient& client) {
 }
 
 std::optional<HttpQueue::Job> HttpQueue::nextJob(HttpClient& client) {
+    if (m_unreachable && isTransferring()) return std::nullopt;
     while (!m_stop.isDue()) {
         std::optional<Job> job;
         const bool isDue = !m_waiting.empty() && m_waiting.front().due <= Stop::Clock::now();
@@ -130,7 +133,10 @@ void HttpQueue::collect(HttpClient& client) {
 
 void HttpQueue::settle(HttpClient& client, Job job, const Answer& answer) {
     using Verdict = Answer::Verdict;
-    m_hasBeenReached = m_hasBeenReached || !concernsEveryItem(answer.verdict);
+    if (!concernsEveryItem(answer.verdict)) {
+        m_hasBeenReached = true;
+        m_unreachable.reset();
+    }
     const bool mayPass =
         answer.verdict == Verdict::kMayPass || answer.verdict == Verdict::kUnreachable;
     if (mayPass && job.tries <= m_limits.retries) {

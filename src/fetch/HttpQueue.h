@@ -80,6 +80,7 @@ private:
     void collect(HttpClient& client);
     void settle(HttpClient& client, Job job, const Answer& answer);
     void abandon();
+    bool isTransferring() const;
     bool isBusy() const;
     /// Whether the server may be one that cannot be reached: nothing more is begun until it is
     /// known.
@@ -94,7 +95,8 @@ private:
     std::size_t m_begun = 0;
     bool m_isExhausted = false;  ///< the client has no next item
     bool m_hasBeenReached = false;
-    std::optional<Answer> m_unreachable;  ///< what every item is answered from now on
+    /// What every item is answered from now on, unless one that is under way gets a better answer.
+    std::optional<Answer> m_unreachable;
 };
 
 }  // namespace thermika::fetch

@@ -1,5 +1,6 @@
 // Servers that cannot be reached, pauses between tries, proxies, cancelling, and what a call keeps
-// of the process.
+// of the process. This program's connect() stands in for the C library's and does the same, so that
+// a test can have single connections refused.
 #include "fetch/HttpQueue.h"
 
 #include <dirent.h>
@@ -7,6 +8,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -23,6 +25,21 @@
 
 #include "fetch/support/FetchSandbox.h"
 #include "support/SilentServer.h"
+
+namespace {
+
+std::atomic<int> refusalsLeft{0};  // of connections that are tried next
+
+}  // namespace
+
+extern "C" int connect(int fd, const sockaddr* address, socklen_t bytes) {
+    if (address->sa_family == AF_INET && refusalsLeft > 0) {
+        --refusalsLeft;
+        errno = ECONNREFUSED;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_connect, fd, address, bytes));
+}
 
 namespace {
 
@@ -52,6 +69,27 @@ TEST(HttpQueue, serverThatCannotBeReachedFailsAllFilesAtOnce) {
         }
         EXPECT_LE(tries, 16U);
         EXPECT_EQ(contents(kFetched), Files());
+    });
+}
+
+// All files that were not begun yet were given up with it.
+TEST(HttpQueue, refusalOfOneConnectionConcernsNoOtherFileWhereAnotherIsAnswered) {
+    inSandbox([] {
+        const FetchSandbox world;
+        Files expected;
+        for (const std::string& name : names(20)) {
+            expected[name] = "bytes";
+            FetchSandbox::add(name, "bytes");
+        }
+        refusalsLeft = 1;
+        Request request = requestFor(names(20), Mirror{serverAddress("")}, kFetched);
+        request.limits.retries = 0;
+        request.limits.jobs = 2;
+        const Report report = thermika::fetch::fetch(request);
+        EXPECT_EQ(refusalsLeft, 0);
+        EXPECT_EQ(wordFor(report.files.at(0).outcome), "failed");
+        expected.erase("0.dat");
+        EXPECT_EQ(contents(kFetched), expected);
     });
 }
 
