@@ -114,6 +114,9 @@ HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile)
     option(CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::openSocket);
     option(CURLOPT_PREREQFUNCTION, &HttpTransfer::beforeRequest);
     option(CURLOPT_PREREQDATA, this);
+    option(CURLOPT_NOPROGRESS, 0L);
+    option(CURLOPT_XFERINFOFUNCTION, &HttpTransfer::watch);
+    option(CURLOPT_XFERINFODATA, this);
     option(CURLOPT_HEADERFUNCTION, &HttpTransfer::takeHeader);
     option(CURLOPT_HEADERDATA, this);
     option(CURLOPT_WRITEFUNCTION, &HttpTransfer::takeBody);
@@ -151,6 +154,13 @@ curl_socket_t HttpTransfer::openSocket(void* /*self*/, curlsocktype /*purpose*/,
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
+int HttpTransfer::watch(void* self, curl_off_t /*toReceive*/, curl_off_t received,
+                        curl_off_t /*toSend*/, curl_off_t /*sent*/) {
+    // The page of a redirect comes to nobody: libcurl reads it to its end.
+    const long status = static_cast<const HttpTransfer*>(self)->status();
+    return isRedirect(status) && received > static_cast<curl_off_t>(kMaxIgnoredBytes) ? 1 : 0;
+}
+
 std::size_t HttpTransfer::takeHeader(char* /*bytes*/, std::size_t /*one*/, std::size_t count,
                                      void* self) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
@@ -171,10 +181,14 @@ std::size_t HttpTransfer::takeBody(char* bytes, std::size_t /*one*/, std::size_t
     }
 }
 
-bool HttpTransfer::take(std::string_view bytes) {
+long HttpTransfer::status() const {
     long status = 0;
     curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
-    if (status != kGoodStatus) {
+    return status;
+}
+
+bool HttpTransfer::take(std::string_view bytes) {
+    if (status() != kGoodStatus) {
         m_ignoredBytes += bytes.size();
         return m_ignoredBytes <= kMaxIgnoredBytes;
     }
@@ -233,10 +247,11 @@ bool HttpTransfer::isRedirected() const {
 Answer HttpTransfer::judge(CURLcode result) const {
     using Verdict = Answer::Verdict;
     Answer answer;
-    curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &answer.status);
+    answer.status = status();
     answer.connected = time(CURLINFO_CONNECT_TIME_T);
     answer.answered = time(CURLINFO_STARTTRANSFER_TIME_T);
     const bool isWhole = result == CURLE_OK;
+    const bool isCutHere = result == CURLE_WRITE_ERROR || result == CURLE_ABORTED_BY_CALLBACK;
     const std::string error = m_errorText[0] != '\0' ? m_errorText : curl_easy_strerror(result);
     if (!m_refusal.empty()) {
         answer.reason = m_refusal;
@@ -252,7 +267,7 @@ Answer HttpTransfer::judge(CURLcode result) const {
         answer.reason = "it is redirected to an address that is neither http nor https";
     } else if (isWhole && answer.status == kGoodStatus) {
         answer.verdict = Verdict::kGood;
-    } else if ((isWhole || result == CURLE_WRITE_ERROR) && answer.status != 0) {
+    } else if ((isWhole || isCutHere) && answer.status != 0) {
         // A page that is too long to be ignored to its end counts as one that was.
         const std::string status = std::to_string(answer.status);
         answer.reason = isGone(answer.status) ? "the server does not have it (" + status + ")"

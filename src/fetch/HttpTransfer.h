@@ -72,12 +72,15 @@ public:
     CURL* handle() const { return m_handle.get(); }
 
 private:
+    static int watch(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
+                     curl_off_t sent);
     static std::size_t takeHeader(char* bytes, std::size_t one, std::size_t count, void* self);
     static std::size_t takeBody(char* bytes, std::size_t one, std::size_t count, void* self);
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
     static int beforeRequest(void* self, char* primaryIp, char* localIp, int primaryPort,
                              int localPort);
 
+    long status() const;
     bool take(std::string_view bytes);
     bool beginBody();
     std::string header(const char* name) const;

@@ -356,6 +356,18 @@ TEST(HostileServer, redirectIsFollowedFiveTimesAndNotSix) {
     });
 }
 
+// It was read to its end, or for ever: what libcurl ignores never got to the limits.
+TEST(HostileServer, pageOfARedirectIsNotReadToItsEnd) {
+    for (const char* const page : {"redirect_endless", "redirect_long"})
+        inSandbox([page] {
+            const World world(page, "/14/1408/Califiles%20SN14080045/good.dat");
+            Request request = World::request();
+            request.limits.total = std::chrono::seconds(10);
+            World::expect("the server answered 302", "failed", request);
+            EXPECT_EQ(requestsFor("bad.dat"), 1U);
+        });
+}
+
 // All other files were given up with it.
 TEST(HostileServer, redirectToAServerThatCannotBeReachedConcernsThatFileAlone) {
     for (const char* const target : {"http://127.0.0.1:9/x", "http://none.example/x"})

@@ -107,11 +107,22 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def endless_page(self, path, argument):  # that status, with a page in chunks without an end
         self.head(int(argument), ("Transfer-Encoding", "chunked"))
+        self.blocks_in_chunks()
+
+    def blocks_in_chunks(self):
         while True:
             self.wfile.write(b"%x\r\n%s\r\n" % (len(BLOCK), BLOCK))
 
     def redirect(self, path, argument):  # to that address
         self.head(302, ("Location", argument), ("Content-Length", 0))
+
+    def redirect_endless(self, path, argument):  # the same, with a page in chunks without an end
+        self.head(302, ("Location", argument), ("Transfer-Encoding", "chunked"))
+        self.blocks_in_chunks()
+
+    def redirect_long(self, path, argument):  # the same, with a page of the length announced
+        self.head(302, ("Location", argument), ("Content-Length", 100 * len(BLOCK)))
+        self.wfile.write(100 * BLOCK)
 
     def empty(self, path, argument):
         self.head(200, ("Content-Length", 0))
