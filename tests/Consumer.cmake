@@ -30,3 +30,6 @@ endif()
 add_test(NAME Consumer.findsExactlyTheListedSymbolsInTheSharedLibrary
     COMMAND ${consumer}/exports_test.sh $<TARGET_FILE:${shared}>
         ${PROJECT_SOURCE_DIR}/cmake/exported-symbols)
+add_test(NAME Consumer.findsEveryDeclaredFunctionInTheSharedLibrary
+    COMMAND python3 ${consumer}/interface_test.py ${PROJECT_SOURCE_DIR}
+        $<TARGET_FILE:thermika-internal>)
