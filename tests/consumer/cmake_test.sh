@@ -3,8 +3,11 @@
 # Environment: THERMIKA_SOURCE, THERMIKA_BUILD, THERMIKA_VERSION; what CMake itself reads.
 . "${0%/*}/install.sh"
 
+major=${THERMIKA_VERSION%%.*}
+minor=${THERMIKA_VERSION#*.}
+minor=${minor%%.*}
 quietly cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/build" \
-    -DCMAKE_PREFIX_PATH="$prefix"
+    -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_WANTS="$major.$minor"
 quietly cmake --build "$work/build"
 printed=$("$work/build/consumer")
 [ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
@@ -14,8 +17,10 @@ if [ "$THERMIKA_FETCH" = ON ]; then
 fi
 [ -d "$work/tree$THERMIKA_DATA_DIR/cali" ] || fail 'no directory for the cameras'
 
-# The interface may change with the second number: 0.2 is no 0.1.
-for wanted in 0.0 0.2 1.0; do
+# The interface may change with the second number: 0.2 is no 0.1, nor 0.1 a 0.2.
+others="$major.$((minor + 1)) $((major + 1)).$minor"
+[ "$minor" = 0 ] || others="$others $major.$((minor - 1))"
+for wanted in $others; do
     if cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/other" \
         -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_WANTS=$wanted >"$work/log" 2>&1; then
         fail "the package passes for version $wanted"
