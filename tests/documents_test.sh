@@ -74,7 +74,7 @@ if [ ! -s "$work/numbers" ] || ! seq "$(wc -l <"$work/numbers")" | cmp -s - "$wo
 fi
 sed -n 's/^       //p' RELEASING.md >"$work/commands"
 ./dev help >"$work/usage"
-grep -o '\./dev .*' "$work/commands" | while read -r door verb options; do
+grep -o '\./dev [^)]*' "$work/commands" | while read -r door verb options; do
     [ "$door" = ./dev ]
     grep -q "^  $verb " "$work/usage" || echo "$verb"
     for option in $options; do
@@ -84,6 +84,14 @@ grep -o '\./dev .*' "$work/commands" | while read -r door verb options; do
     done
 done >"$work/lost"
 [ ! -s "$work/lost" ] || fail "RELEASING.md calls verbs that ./dev lacks: $(cat "$work/lost")"
+# A folder of root's below build/ would stop the next command; git status always succeeds.
+if grep -n 'sudo \./dev' "$work/commands" | grep -v '(cd \.\./thermika-as-root && sudo'; then
+    fail 'RELEASING.md lets root work in the clone of another user'
+fi
+# shellcheck disable=SC2016
+if grep -n 'git status' "$work/commands" | grep -v 'test -z "\$(git status --porcelain)"'; then
+    fail 'RELEASING.md takes any answer of git status'
+fi
 for file in .ci/run CMakeLists.txt packaging/arch/PKGBUILD CHANGELOG.md packaging/debian/changelog; do
     # A source package has debian/ where Debian's tools look for it.
     [ -f "$file" ] || [ -f "${file#packaging/}" ] || fail "RELEASING.md is about $file, which is not there"
