@@ -91,19 +91,20 @@ std::string modeText(const struct stat& status) {
     return text.data();
 }
 
-/// `whenAbsent`: what to do then. Without `isWritten`, reading it will do.
+/// `whenAbsent` and `whenUnusable`: what to do then. Without `isWritten`, reading it will do.
 Check directoryCheck(const std::string& subject, const std::string& directory,
-                     const char* whenAbsent, bool isWritten) {
+                     const std::string& whenAbsent, const std::string& whenUnusable,
+                     bool isWritten) {
     struct stat status {};
     if (stat(directory.c_str(), &status) != 0) {
         const int reason = errno;
         if (reason == ENOENT)
             return {Verdict::kWarn, subject, directory + " does not exist (" + whenAbsent + ")"};
         return {Verdict::kFail, subject,
-                directory + ": " + std::strerror(reason) + " (choose another: --dir)"};
+                directory + ": " + std::strerror(reason) + " (" + whenUnusable + ")"};
     }
     if (!S_ISDIR(status.st_mode))
-        return {Verdict::kFail, subject, directory + " is no directory (choose another: --dir)"};
+        return {Verdict::kFail, subject, directory + " is no directory (" + whenUnusable + ")"};
     std::string text = directory + ", owner " + ownerText(status) + ", mode " + modeText(status);
     struct statvfs space {};
     std::uint64_t freeBytes = UINT64_MAX;
@@ -201,10 +202,11 @@ Status run(Session& session, const std::string& serialText) {
     const auto serials = camerasMeant(serialText, bus);
     std::vector<Check> checks;
     checks.push_back(versionCheck());
-    checks.push_back(
-        directoryCheck("directory", session.directory, "thermika fetch creates it", true));
+    checks.push_back(directoryCheck("directory", session.directory, "thermika fetch creates it",
+                                    "choose another: --dir", true));
     checks.push_back(directoryCheck("formats", dax::kDefaultFormatsDir,
-                                    "the program that shows the camera's images brings it", false));
+                                    "the program that shows the camera's images brings it",
+                                    "make it a directory that can be read", false));
     addBusChecks(bus, checks);
     for (const unsigned long serial : serials) addFileChecks(session, serial, checks);
     checks.push_back(serverCheck());

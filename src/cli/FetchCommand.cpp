@@ -1,5 +1,7 @@
 // `thermika fetch`: brings the calibration directory up to date. The description comes first, as it
 // says what else is needed.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -90,6 +92,17 @@ std::string countText(std::size_t count, const char* what) {
     return std::to_string(count) + (count == 1 ? " file " : " files ") + what;
 }
 
+bool isWritableDirectory(const std::string& path) {
+    return access((path + "/").c_str(), W_OK | X_OK) == 0;
+}
+
+/// The first thing to find out when a source gives nothing; ends in "; ", or "" for a folder.
+std::string questionFor(const Options& options) {
+    if (std::holds_alternative<fetch::Folder>(sourceFrom(options.from))) return "";
+    return "does it answer? thermika online" +
+           (options.from.empty() ? "" : " --from " + options.from) + "; ";
+}
+
 /// One fetch, or its plan.
 class Fetching {
 public:
@@ -154,7 +167,11 @@ private:
 
     Result resultOf(fetch::Report report) const {
         Result result{std::move(report.problem), "", m_isWholeSet, std::move(report.files)};
-        result.nextStep = std::string("another directory: --dir DIR; ") + kOtherSource;
+        // The directory is opened before any source is asked, and written to the disk at the end.
+        const bool isSources = m_options.isDryRun || (!result.isEveryFileThere() &&
+                                                      isWritableDirectory(m_session.directory));
+        result.nextStep = isSources ? questionFor(m_options) : "another directory: --dir DIR; ";
+        result.nextStep += kOtherSource;
         const auto untried = std::find_if(result.files.begin(), result.files.end(), isUntried);
         const bool isCutShort = result.problem.empty() && untried != result.files.end();
         if (isCutShort)
@@ -219,9 +236,7 @@ std::string nextSteps(const Options& options, const Result& result) {
         if (file.outcome == fetch::Outcome::kFailed)
             (isServer && file.httpStatus != kGood ? isUnanswered : isUnusable) = true;
     std::string steps;
-    if (isUnanswered)
-        steps += "does it answer? thermika online" +
-                 (options.from.empty() ? "" : " --from " + options.from) + "; ";
+    if (isUnanswered) steps += questionFor(options);
     if (isUnusable) steps += "higher limits: --max-size, --max-total; more room: --dir DIR; ";
     if (result.files.size() > options.maxFiles) steps += "more files: --max-files; ";
     return steps + kOtherSource;

@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/CommandLine.h"
 #include "cli/Output.h"
@@ -21,24 +24,41 @@ void fillStandardDescriptors() {
     if (descriptor > 2) close(descriptor);
 }
 
-/// Whoever sets these would decide which servers are trusted, or read along. libcurl, OpenSSL and
-/// the C library's name look-up ask for them, and none can be told not to.
-void disregardSettingsOfLibraries() {
-    for (const char* const name :
-         {"SSLKEYLOGFILE", "SSL_CERT_DIR", "SSL_CERT_FILE", "OPENSSL_CONF", "OPENSSL_CONF_INCLUDE",
-          "OPENSSL_ENGINES", "OPENSSL_MODULES", "HOSTALIASES", "LOCALDOMAIN", "RES_OPTIONS"})
-        unsetenv(name);
+/// All that the environment may decide; the manual lists the same.
+constexpr const char* kHeeded[] = {"THERMIKA_CALIBRATION_DIR",
+                                   "NO_COLOR",
+                                   "TERM",
+                                   "LC_ALL",
+                                   "LC_CTYPE",
+                                   "LANG",
+                                   "http_proxy",
+                                   "https_proxy",
+                                   "HTTPS_PROXY",
+                                   "all_proxy",
+                                   "ALL_PROXY",
+                                   "no_proxy",
+                                   "NO_PROXY",
+                                   "TZ"};
+
+/// libcurl, OpenSSL and the look-up of names ask for more, such as which authorities to trust and
+/// where to write keys, and cannot be told not to.
+void disregardOtherVariables() {
+    std::vector<std::pair<const char*, std::string>> heeded;
+    for (const char* const name : kHeeded)
+        if (const char* const value = std::getenv(name)) heeded.emplace_back(name, value);
+    clearenv();
+    for (const auto& [name, value] : heeded) setenv(name, value.c_str(), 1);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     fillStandardDescriptors();
-    disregardSettingsOfLibraries();
     // A reader that goes away and a file that may not grow are failed writes with a message.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     try {
+        disregardOtherVariables();
         return static_cast<int>(thermika::cli::runCommandLine(argc, argv));
     } catch (const std::bad_alloc&) {
         thermika::cli::Output::complainOfMemory();

@@ -125,8 +125,8 @@ struct Report {
 /// meanwhile; threads that wait for the disk get no signal. Proxy variables are read as curl does
 /// (http_proxy, https_proxy, HTTPS_PROXY, all_proxy, ALL_PROXY, no_proxy, NO_PROXY). libcurl heeds
 /// SSLKEYLOGFILE, OpenSSL its own settings file and variables (OPENSSL_CONF, ...), the look-up of
-/// names RES_OPTIONS and its like: a program with an environment that others set removes them, as
-/// `thermika` does. Nothing else of the environment and no other settings file is read. A program
+/// names RES_OPTIONS and its like: a program that does not want that removes them, as `thermika`
+/// does. Nothing else of the environment and no other settings file is read. A program
 /// started meanwhile inherits no descriptor, but for two of libcurl's own at a host name's look-up.
 Report fetch(const Request& request);
 

@@ -93,6 +93,16 @@ TEST(Doctor, namesTheNextStepForWhateverIsWrong) {
     });
 }
 
+TEST(Doctor, saysWhatToDoWhereTheFormatsHaveNoDirectory) {
+    inSandbox([] {
+        const UsbTree bus;
+        thermika_test::writeFile("/usr/share/libthermika", "");
+        EXPECT_EQ(lineAbout("formats", runCompanion({"--dir", "/tmp", "doctor"}).out),
+                  "FAIL /usr/share/libthermika is no directory (make it a directory that can be "
+                  "read)");
+    });
+}
+
 /// What the doctor says of this directory.
 std::string verdictOn(const std::string& directory, int status) {
     const RunResult result = runCompanion({"--dir", directory, "doctor"});

@@ -60,6 +60,28 @@ TEST(FetchFromServer, namesWhatTheServerLacksAndFetchesTheRest) {
     });
 }
 
+TEST(FetchFromServer, asksWhetherTheServerAnswersWhereItDoesNot) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        for (const char* const option : {"-q", "--dry-run"}) {
+            const RunResult silent = runCompanion({"fetch", "14080045", option, "--retries", "0"});
+            EXPECT_EQ(silent.status, 3);
+            EXPECT_NE(
+                silent.err.find(" (does it answer? thermika online; another source: --from URL "
+                                "or FOLDER)\n"),
+                std::string::npos)
+                << silent;
+        }
+        FileServer server;
+        server.add(thermika_test::kLinksPath, "<DownloadLinks>\n</DownloadLinks>\n");
+        const RunResult useless = runCompanion({"fetch", "14080045", "-q"});
+        EXPECT_EQ(useless.status, 3);
+        EXPECT_NE(useless.err.find(" (does it answer? thermika online; "), std::string::npos)
+            << useless;
+        EXPECT_EQ(contents(thermika_test::kCaliDir), thermika_test::Files());
+    });
+}
+
 TEST(FetchFromServer, takesAMirrorOfTheSameLayout) {
     inSandbox([] {
         const DownloadSandbox sandbox;
