@@ -68,6 +68,8 @@ for arguments in 'run -d5' demo test; do
     grep -q "as root, run: $install cmake ninja-build g++" "$work/err" ||
         fail "$arguments: no line to copy that installs the packages"
 done
+answers 69 env PATH="$work/bin:$PATH" "$dev" run
+grep -q " cmake ninja-build g++\$" "$work/err" || fail 'the tool alone takes more than a compiler'
 answers 69 env PATH="$work/bin:$PATH" "$dev" demo
 grep -q ' wget' "$work/err" || fail 'the packages of the demonstration are not named at once'
 

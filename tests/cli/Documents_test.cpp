@@ -172,6 +172,21 @@ TEST(Documents, ofAFetchTellEachFailureApart) {
     });
 }
 
+TEST(Documents, ofAFetchFromAServerTellItsAnswers) {
+    inSandbox([] {
+        const DownloadSandbox sandbox;
+        FileServer server;
+        thermika_test::serveFiles(server, thermika_test::cameraFiles());
+        server.setFault(thermika_test::onServer(thermika_test::kFirstData), "missing");
+        const std::vector<std::string> command = {"fetch", "14080045", "-q", "--from",
+                                                  "http://localhost/"};
+        const std::string text = answer(command, 3, "fetch");
+        for (const char* const status : {R"("httpStatus": 200)", R"("httpStatus": 404)"})
+            EXPECT_NE(text.find(status), std::string::npos) << text;
+        EXPECT_NE(text.find(R"("from": "http://localhost/")"), std::string::npos) << text;
+    });
+}
+
 TEST(Documents, ofAConfigurationAreAsTheSchemaSays) {
     const TempDir folder;
     const std::string text = answer({"config", "14080045", "--dir", folder.path()}, 0, "config");

@@ -1,12 +1,15 @@
 // `thermika online`: whether the server really answers.
 #include <signal.h>
+#include <sys/mount.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "fetch/support/FetchSandbox.h"
 #include "support/Companion.h"
 #include "support/DownloadSandbox.h"
 #include "support/FileServer.h"
@@ -16,11 +19,13 @@
 namespace {
 
 using thermika_test::DownloadSandbox;
+using thermika_test::FetchSandbox;
 using thermika_test::FileServer;
 using thermika_test::inSandbox;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
 using thermika_test::SilentServer;
+using thermika_test::Tls;
 
 TEST(Online, tellsHowFastTheServerAnswers) {
     inSandbox([] {
@@ -114,6 +119,22 @@ TEST(Online, cannotTellOfAFolderThatMayNotBeRead) {
             EXPECT_EQ(result.out, "");
             EXPECT_NE(result.err.find("Permission denied"), std::string::npos) << result;
         }
+    });
+}
+
+TEST(Online, trustsTheAuthoritiesThatTheSystemTrusts) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        FetchSandbox::add("a.dat", "bytes");
+        const std::string address = std::string("https://") + THERMIKA_DOWNLOAD_HOST;
+        const std::vector<std::string> command = {"online", "--from", address};
+        EXPECT_EQ(runCompanion(command).status, 1);
+        ASSERT_EQ(mount(FetchSandbox::caFile().c_str(), "/etc/ssl/certs/ca-certificates.crt",
+                        nullptr, MS_BIND, nullptr),
+                  0);
+        const RunResult trusted = runCompanion(command);
+        EXPECT_EQ(trusted.status, 0) << trusted;
+        EXPECT_EQ(trusted.out.rfind(address + "/ answers after ", 0), 0U) << trusted;
     });
 }
 

@@ -1,6 +1,7 @@
 #!/bin/sh
 # What whoever packages Thermika decides stays decided: a FORTIFY level of its own, shared libraries,
-# the cameras' directory whatever the prefix is; and the usual command finds the tests.
+# the cameras' directory whatever the prefix is; and the usual command finds the tests. Who builds all of
+# it is told in one error what is missing.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
 . "${0%/*}/folder.sh"
 configure() { # configure FOLDER ARGUMENT...
@@ -30,3 +31,20 @@ grep -q '"/usr/share/libthermika"' "$folder/generated/sdk/base/BuildConfig.h" ||
 configure elsewhere -DTHERMIKA_DATA_DIR=/srv/cameras
 grep -q '"/srv/cameras"' "$folder/generated/sdk/base/BuildConfig.h" ||
     fail 'THERMIKA_DATA_DIR is not heard'
+
+# lacks PACKAGE DEBIAN-PACKAGE: the one error names it.
+lacks() {
+    if cmake -S "$THERMIKA_SOURCE" -B "$work/without-$1" -DTHERMIKA_CLI=ON -DTHERMIKA_FETCH=ON \
+        -D"CMAKE_DISABLE_FIND_PACKAGE_$1=ON" >"$work/log" 2>&1; then
+        fail "it is configured without $1"
+    fi
+    [ "$(grep -c '^CMake Error' "$work/log")" = 1 ] &&
+        tr -s '\n ' ' ' <"$work/log" | grep -q "Debian package $2[ ,]" || {
+        cat "$work/log" >&2
+        fail "no clear error names what lacks without $1"
+    }
+}
+lacks CURL libcurl4-openssl-dev
+lacks CLI11 libcli11-dev
+lacks nlohmann_json nlohmann-json3-dev
+lacks LibXml2 libxml2-dev
