@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""The companion's part of tools/faults: fetching from a server and from a folder, looking at files,
-writing a document and checking one, with one system call failing in whichever thread makes it.
+"""The companion's part of tools/faults: fetching from a server and from a folder, looking at optics
+and files, writing a document and checking one, a completion script, with one system call failing in
+whichever thread makes it.
 
 Whatever fails, the companion answers 0 and has done all, or 3 with a message; checks may also answer
 1 when they name what could not be read. Files in the directory are whole old or whole new ones, and
@@ -34,9 +35,10 @@ def is_part(path):
 class Command:
     """One command line, the files before it, and what has to be there in the end."""
 
-    def __init__(self, path, name, arguments, before, after, may_say_no=False):
+    def __init__(self, path, name, arguments, before, after, may_say_no=False, doubt=None):
         self.name, self.before, self.after = name, before, after
         self.may_say_no, self.instead = may_say_no, {}  # files that may come instead, by path
+        self.doubt = doubt  # the word of an answer about what could not be read
         self.program = Program(path, ["--quiet", "--dir", str(CALI), *arguments],
                                begins="rt_sigaction(SIGPIPE", threads=True)
 
@@ -84,6 +86,8 @@ class Command:
         if status == 0:
             if files in (self.after, {**self.after, **self.instead}) and output == self.output:
                 return "all of it and status 0"
+            if self.doubt and self.doubt in output:
+                return "status 0 and a word about what could not be read"
             return f"!status 0 with {sorted(files)}: {output}"
         if fault.startswith(SURVIVED + INTERRUPTED * self.name.startswith("fetch")):
             return f"!status {status} after a failure that changes nothing: {log}"
@@ -103,6 +107,8 @@ def commands(path):
     yield Command(path, "fetch --all from a server", [*fetch, "--all"], old, new)
     yield Command(path, "fetch from a folder", [*fetch, "--from", str(MEDIUM)], {}, new)
     yield Command(path, "files", ["files", SERIAL], new, new, may_say_no=True)
+    yield Command(path, "optics", ["optics", SERIAL], new, new, may_say_no=True, doubt="missing")
+    yield Command(path, "completion", ["completion", "bash"], {}, {})
     # Without a description the document has defaults; such a one may also come when it cannot be read.
     plain = Command(path, "config", config, {str(DOCUMENT): "old"}, None)
     plain.settle()
