@@ -38,11 +38,11 @@ lacks() {
         -D"CMAKE_DISABLE_FIND_PACKAGE_$1=ON" >"$work/log" 2>&1; then
         fail "it is configured without $1"
     fi
-    [ "$(grep -c '^CMake Error' "$work/log")" = 1 ] &&
-        tr -s '\n ' ' ' <"$work/log" | grep -q "Debian package $2[ ,]" || {
+    if [ "$(grep -c '^CMake Error' "$work/log")" != 1 ] ||
+        ! tr -s '\n ' ' ' <"$work/log" | grep -q "Debian package $2[ ,]"; then
         cat "$work/log" >&2
         fail "no clear error names what lacks without $1"
-    }
+    fi
 }
 lacks CURL libcurl4-openssl-dev
 lacks CLI11 libcli11-dev
