@@ -177,10 +177,17 @@ private:
         if (isCutShort)
             result.problem =
                 countText(result.count(fetch::Outcome::kNotTried), "not tried: ") + untried->reason;
+        if (result.problem.empty() && result.files.size() > m_options.maxFiles)
+            setTooMany(result, m_options.maxFiles);
         // Or the time was over before anybody asked what the description calls for.
         if (isCutShort || (!m_isWholeSet && result.isEveryFileThere()))
             result.nextStep = "run it again to go on; more time: --max-time SECONDS";
         return result;
+    }
+
+    static void setTooMany(Result& result, std::size_t most) {
+        result.problem = "the camera needs more than " + std::to_string(most) + " files";
+        result.nextStep = "take more: --max-files N";
     }
 
     const Session& m_session;
@@ -238,7 +245,6 @@ std::string nextSteps(const Options& options, const Result& result) {
     std::string steps;
     if (isUnanswered) steps += questionFor(options);
     if (isUnusable) steps += "higher limits: --max-size, --max-total; more room: --dir DIR; ";
-    if (result.files.size() > options.maxFiles) steps += "more files: --max-files; ";
     return steps + kOtherSource;
 }
 

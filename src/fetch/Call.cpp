@@ -18,6 +18,16 @@ bool isSerial(const std::string& text) {
            text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+std::string leftOutText(std::size_t most, std::size_t leftOut) {
+    std::string text = "more than " + std::to_string(most) + " files are asked for";
+    if (leftOut > 1) {
+        const std::size_t others = leftOut - 1;
+        text += ", so this one and " + std::to_string(others) +
+                (others == 1 ? " other name is" : " other names are") + " left out";
+    }
+    return text;
+}
+
 }  // namespace
 
 Limits bounded(Limits limits) {
@@ -45,22 +55,31 @@ Call::Call(const Request& request, bool isPlan)
 }
 
 void Call::addFiles(const std::vector<std::string>& names) {
+    const std::string* firstLeftOut = nullptr;
+    std::size_t leftOut = 0;
     for (const std::string& name : names) {
         if (!m_names.insert(name).second) continue;
-        FileReport file;
-        file.name = name;
-        file.reason = nameRefusal(name);
-        if (file.reason.empty() && m_report.files.size() >= limits().files)
-            file.reason = "more than " + std::to_string(limits().files) + " files are asked for";
-        if (file.reason.empty()) {
-            file.destination = m_destination.pathOf(name);
-            ++m_open;
-        } else {
-            file.outcome = Outcome::kRefused;
+        if (m_report.files.size() >= limits().files) {
+            if (leftOut++ == 0) firstLeftOut = &name;
+            continue;
         }
-        m_report.files.push_back(std::move(file));
+        add(name, nameRefusal(name));
     }
+    if (leftOut > 0) add(*firstLeftOut, leftOutText(limits().files, leftOut));
     m_progress.files = m_report.files.size();
+}
+
+void Call::add(const std::string& name, const std::string& refusal) {
+    FileReport file;
+    file.name = name;
+    file.reason = refusal;
+    if (refusal.empty()) {
+        file.destination = m_destination.pathOf(name);
+        ++m_open;
+    } else {
+        file.outcome = Outcome::kRefused;
+    }
+    m_report.files.push_back(std::move(file));
 }
 
 bool Call::prepare() {

@@ -61,6 +61,7 @@ public:
 
 private:
     void addFiles(const std::vector<std::string>& names);
+    void add(const std::string& name, const std::string& refusal);
     bool begin(bool replacePresent);
     void settlePresent();
     void tell(const FileReport* ended);

@@ -27,9 +27,8 @@ struct Mirror {
     std::string baseAddress;  ///< `<base>`
 };
 
-/// A tree of folders that is searched to any depth for regular files; links are not followed. Of
-/// several files with one name the first that can be used counts: a folder's own files before those
-/// in its subfolders, subfolders by the bytes of their names.
+/// A tree of folders, searched to any depth for regular files; no link is followed. Of files with
+/// one name the first usable counts: a folder's own, then its subfolders' by their names' bytes.
 struct Folder {
     std::string path;  ///< of the uppermost one
 };
@@ -47,7 +46,7 @@ struct Limits {
     std::chrono::seconds total{3600};           ///< of the whole call; 0: no limit
     std::uint64_t fileBytes = std::uint64_t{64} << 20;  ///< of one file
     std::uint64_t totalBytes = std::uint64_t{4} << 30;  ///< of all files that a call installs
-    std::size_t files = 20000;                          ///< names of one call
+    std::size_t files = 20000;                          ///< names of one call; see Report
 };
 
 /// What became of one file.
@@ -82,8 +81,7 @@ struct Progress {
     const FileReport* ended = nullptr;  ///< the file that just got its outcome, if one did
 };
 
-/// What to fetch, where from and where to. Relative paths count from the working directory at the
-/// time of the call.
+/// What to fetch, from where and to where. Relative paths count from the call's working directory.
 struct Request {
     std::string serial;              ///< the camera's, 1 to 20 decimal digits
     std::vector<std::string> names;  ///< one path component each; a repeated name counts once
@@ -103,7 +101,7 @@ struct Request {
     const std::atomic<bool>* cancel = nullptr;
 };
 
-/// What became of a request.
+/// What became of a request. Names beyond Limits::files share one refused entry that counts them.
 struct Report {
     std::string problem;            ///< why no file, or no more, could be tried; "" otherwise
     std::vector<FileReport> files;  ///< in the order of the request, then those that follow
@@ -111,23 +109,22 @@ struct Report {
 };
 
 /// Brings the files into the directory, which is created with its parents (mode 0755) when absent.
-/// Each arrives in a file of its own there, ".thermika-fetch-*.part", is checked, given mode 0644,
-/// written to the disk and renamed: under its final name is the whole old or the whole new file at
-/// any time. A link under that name is replaced. Part files of killed calls are removed.
-/// An answer counts when its status is 200, it is not empty, it is as long as announced (a body
-/// that merely ends with its connection is not taken), and it is not content-encoded. At most 5
-/// redirects, to http and https. Certificates are verified. Tried again is what can pass: broken
-/// connections, time limits, statuses 408, 429 and 5xx.
+/// Each arrives in a file ".thermika-fetch-*.part" there, is checked, given mode 0644, written to
+/// the disk and renamed: its final name always means the whole old or new file. A link there is
+/// replaced. Part files of killed calls are removed. An answer counts when its status is 200 and it
+/// is not empty, as long as announced (a body that just ends with its connection is not) and not
+/// content-encoded. At most 5 redirects, to http and https. Certificates are verified. Tried again
+/// is what can pass: broken connections, time limits, statuses 408, 429 and 5xx.
 ///
 /// Errors come back in the report; out of memory throws std::bad_alloc. May be called in any
 /// thread, by several at once, also for one directory; calls back in the calling thread.
 /// Process: libcurl is initialised once and stays; SIGPIPE is held back in the calling thread
-/// meanwhile; threads that wait for the disk get no signal. Proxy variables are read as curl does
+/// meanwhile; threads that wait for the disk get no signal. Proxy variables count as for curl
 /// (http_proxy, https_proxy, HTTPS_PROXY, all_proxy, ALL_PROXY, no_proxy, NO_PROXY). libcurl heeds
-/// SSLKEYLOGFILE, OpenSSL its own settings file and variables (OPENSSL_CONF, ...), the look-up of
-/// names RES_OPTIONS and its like: a program that does not want that removes them, as `thermika`
-/// does. Nothing else of the environment and no other settings file is read. A program
-/// started meanwhile inherits no descriptor, but for two of libcurl's own at a host name's look-up.
+/// SSLKEYLOGFILE, OpenSSL its settings file and variables (OPENSSL_CONF, ...), the look-up of names
+/// RES_OPTIONS and its like: a program that does not want that removes them, as `thermika` does.
+/// Nothing else of the environment and no other settings file is read. A program started meanwhile
+/// inherits no descriptor, but for two of libcurl's at a look-up.
 Report fetch(const Request& request);
 
 /// What fetch() would do, source and destination of each file. Nothing is created or changed on

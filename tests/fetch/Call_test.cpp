@@ -208,6 +208,36 @@ TEST(Call, countsFirstFilesAndThoseThatFollowTogether) {
     });
 }
 
+// Each of them was kept with a reason of its own.
+TEST(Call, namesBeyondTheLimitOfFilesGetOneEntryThatCountsThem) {
+    inSandbox([] {
+        const FetchSandbox world;
+        FetchSandbox::add("a.dat", "bytes");
+        std::vector<std::string> names = {"a.dat", "../b.dat", "a.dat"};
+        for (int i = 0; i < 1000; ++i) names.push_back(std::to_string(i));
+        names.emplace_back("a.dat");
+        Request request = serverRequest(names);
+        request.limits.files = 2;
+        std::size_t files = 0;
+        std::size_t done = 0;
+        request.progress = [&](const Progress& progress) {
+            files = progress.files;
+            done = progress.filesDone;
+        };
+        const std::string lines = std::string("../b.dat: ") + kRefusal +
+                                  "0: refused, more than 2 files are asked for, so this one and "
+                                  "999 other names are left out\n";
+        const auto report = thermika::fetch::fetch(request);
+        EXPECT_EQ(linesOf(report), "a.dat: fetched\n" + lines);
+        EXPECT_FALSE(report.isComplete());
+        EXPECT_EQ(files, 3U);
+        EXPECT_EQ(done, 3U);
+        EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}}));
+        request.replacePresent = true;
+        EXPECT_EQ(linesOf(thermika::fetch::plan(request)), "a.dat: planned\n" + lines);
+    });
+}
+
 TEST(Call, planCallsNobodyBack) {
     inSandbox([] {
         const FetchSandbox world;
