@@ -34,6 +34,12 @@ std::string absenceText(const dax::FileStatus& file) {
     return std::string(" is ") + stateText(file);
 }
 
+std::string tooLongText(const Session& session, unsigned long serial) {
+    return pathOf(session, descriptionName(serial)) + " lists more than " +
+           std::to_string(kMostFiles) + " files, which no camera needs (fetch it anew: thermika " +
+           "fetch " + std::to_string(serial) + " --all)";
+}
+
 }  // namespace
 
 void addSerialArgument(CLI::App& command, std::string& text, const std::string& otherwise) {
@@ -98,12 +104,18 @@ std::size_t CameraFiles::lacking() const {
 CameraFiles lookAtFiles(const Session& session, unsigned long serial) {
     CameraFiles result;
     result.description = openDescription(session, serial);
+    std::vector<dax::ExpectedFile> expected;
+    if (result.description.cali != nullptr)
+        expected = dax::expectedFiles(static_cast<int>(serial), {}, kMostFiles + 1);
+    if (expected.size() > kMostFiles) {
+        result.description.cali = nullptr;
+        result.description.problem = tooLongText(session, serial);
+    }
     if (result.description.cali == nullptr) {
         result.files.push_back({{descriptionName(serial)}, result.description.file});
         return result;
     }
     std::unordered_set<std::string_view> names;
-    std::vector<dax::ExpectedFile> expected = dax::expectedFiles(static_cast<int>(serial));
     result.files.reserve(expected.size());
     for (dax::ExpectedFile& each : expected) {
         if (!names.insert(each.name).second) continue;

@@ -39,6 +39,10 @@ Description openDescription(const Session& session, unsigned long serial);
 /// The description; a Problem when it cannot be used.
 ConfigCali& loadDescription(const Session& session, unsigned long serial);
 
+/// More than any camera needs. A description can list far more in some kilobytes; names that come
+/// twice count twice.
+constexpr std::size_t kMostFiles = 20000;
+
 struct CameraFile {
     dax::ExpectedFile file;
     dax::FileStatus status;
@@ -46,7 +50,7 @@ struct CameraFile {
 
 /// What a camera needs and what of it lies in the session's directory.
 struct CameraFiles {
-    Description description;
+    Description description;  ///< one that lists more than kMostFiles cannot be used
     /// In the description's order, each name once; the description alone when it cannot be used.
     std::vector<CameraFile> files;
 

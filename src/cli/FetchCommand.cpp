@@ -160,8 +160,11 @@ private:
 
     /// What the description that was opened last calls for.
     void addNeeded(std::vector<std::string>& names) {
-        m_isWholeSet = true;
-        for (const auto& each : dax::expectedFiles(static_cast<int>(m_serial)))
+        const auto all = dax::expectedFiles(static_cast<int>(m_serial), {}, mostListed() + 1);
+        m_isTooLong = all.size() > mostListed();
+        m_isWholeSet = !m_isTooLong;
+        if (m_isTooLong) return;
+        for (const auto& each : all)
             if (each.kind != dax::FileKind::kDescription) names.push_back(each.name);
     }
 
@@ -177,24 +180,27 @@ private:
         if (isCutShort)
             result.problem =
                 countText(result.count(fetch::Outcome::kNotTried), "not tried: ") + untried->reason;
-        if (result.problem.empty() && result.files.size() > m_options.maxFiles)
-            setTooMany(result, m_options.maxFiles);
         // Or the time was over before anybody asked what the description calls for.
         if (isCutShort || (!m_isWholeSet && result.isEveryFileThere()))
             result.nextStep = "run it again to go on; more time: --max-time SECONDS";
+        if (result.problem.empty() && (m_isTooLong || result.files.size() > m_options.maxFiles)) {
+            const std::size_t most = m_isTooLong ? mostListed() : m_options.maxFiles;
+            result.problem =
+                "the description calls for more than " + std::to_string(most) + " files";
+            result.nextStep = "take more: --max-files N";
+        }
         return result;
     }
 
-    static void setTooMany(Result& result, std::size_t most) {
-        result.problem = "the camera needs more than " + std::to_string(most) + " files";
-        result.nextStep = "take more: --max-files N";
-    }
+    /// How long a description's list may be, in which names can come twice.
+    std::size_t mostListed() const { return std::max(m_options.maxFiles, kMostFiles); }
 
     const Session& m_session;
     unsigned long m_serial;
     const Options& m_options;
     Cancellation m_cancellation;
     bool m_isWholeSet = false;
+    bool m_isTooLong = false;  ///< what the description lists
 };
 
 Json textOrNull(const std::string& bytes) { return bytes.empty() ? Json() : jsonText(bytes); }

@@ -141,8 +141,11 @@ Table table(const std::vector<Optics>& all) {
 
 Status run(Session& session, const std::string& serialText) {
     const unsigned long serial = chosenCamera(serialText, "optics");
-    std::vector<Optics> all = listOptics(loadDescription(session, serial));
-    countLacking(lookAtFiles(session, serial), serial, all);
+    const CameraFiles files = lookAtFiles(session, serial);
+    if (files.description.cali == nullptr)
+        throw Problem(Status::kFailed, files.description.problem);
+    std::vector<Optics> all = listOptics(*files.description.cali);
+    countLacking(files, serial, all);
     Output& output = session.output;
     if (output.isJson)
         output.addDocument(document(serial, all));

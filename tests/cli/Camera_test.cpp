@@ -5,7 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include "support/CaliDescriptions.h"
+#include "support/CameraSet.h"
+#include "support/Companion.h"
+#include "support/HealthyMachine.h"
+
 namespace {
+
+using namespace thermika_test;
 
 using thermika::cli::chosenCamera;
 using thermika::cli::Problem;
@@ -26,6 +33,53 @@ TEST(Camera, isNamedByEightDigits) {
                                           "begin with 0 (see: thermika cameras)");
         }
     }
+}
+
+/// A hundred optics of one name, each with the hundred ranges of the first, each of these with the
+/// hundred frame rates of the first: two million files in some kilobytes.
+std::string endlessDescription() {
+    std::string rates;
+    std::string ranges;
+    std::string optics;
+    for (int i = 0; i < 100; ++i)
+        rates += "<Framerate><FR>" + std::to_string(i + 1) + "</FR></Framerate>\n";
+    for (int i = 0; i < 100; ++i)
+        ranges += rangeElement("0", "9", i > 0 ? "" : "<Framerates>\n" + rates + "</Framerates>");
+    for (int i = 0; i < 100; ++i) optics += opticsElement(33, "", i > 0 ? "" : ranges);
+    return description(opticsList(optics));
+}
+
+// Each command made the whole list, which took hundreds of megabytes and longer than --max-time.
+TEST(Camera, descriptionThatListsMoreFilesThanAnyCameraNeedsIsRefused) {
+    inSandbox([] {
+        const HealthyMachine machine;
+        writeFile(std::string(kCaliDir) + "/" + kDescriptionName, endlessDescription());
+        const std::string problem = std::string(kCaliDir) + "/" + kDescriptionName +
+                                    " lists more than 20000 files, which no camera needs (fetch "
+                                    "it anew: thermika fetch 14080045 --all)";
+        EXPECT_EQ(runCompanion({"files", "--missing"}),
+                  (RunResult{"", "thermika: " + problem + "\n", 3}));
+        EXPECT_EQ(runCompanion({"optics"}), (RunResult{"", "thermika: " + problem + "\n", 3}));
+        EXPECT_NE(runCompanion({"cameras"}).out.find("description unusable"), std::string::npos);
+        const RunResult doctor = runCompanion({"doctor", "--json"});
+        EXPECT_EQ(doctor.status, 1);
+        EXPECT_NE(doctor.out.find(problem), std::string::npos) << doctor;
+    });
+}
+
+TEST(Camera, descriptionThatListsMoreFilesThanAllowedIsNotFetched) {
+    inSandbox([] {
+        const HealthyMachine machine;
+        writeFile(std::string(kCaliDir) + "/" + kDescriptionName, endlessDescription());
+        for (const char* const most : {"10", "20000"})
+            for (const char* const way : {"-q", "--dry-run"})
+                EXPECT_EQ(runCompanion({"fetch", "--max-files", most, way}).err,
+                          "thermika: the description calls for more than 20000 files (take more: "
+                          "--max-files N)\n");
+        EXPECT_EQ(runCompanion({"fetch", "-q", "--max-files", "30000"}).err,
+                  "thermika: the description calls for more than 30000 files (take more: "
+                  "--max-files N)\n");
+    });
 }
 
 }  // namespace

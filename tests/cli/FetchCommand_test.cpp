@@ -194,7 +194,7 @@ TEST_F(FetchFromFolder, takesNoMoreBytesAndFilesThanToldTo) {
     EXPECT_EQ(few.out, "3 files fetched, 0 there already\n");
     EXPECT_NE(
         few.err.find(": more than 3 files are asked for, so this one and 1 other name is left "
-                     "out\nthermika: the camera needs more than 3 files (take more: "
+                     "out\nthermika: the description calls for more than 3 files (take more: "
                      "--max-files N)\n"),
         std::string::npos)
         << few;

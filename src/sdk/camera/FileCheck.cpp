@@ -95,7 +95,7 @@ char* appendName(char* end, std::string_view name, std::size_t bound) {
 
 }  // namespace
 
-std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) {
+std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats, std::size_t most) {
     std::vector<ExpectedFile> files;
     files.push_back({nameOf<kDescriptionNameBytes>(formats.description, serial)});
     ConfigCali* const cali = ConfigCali::getInstance();
@@ -112,6 +112,7 @@ std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats) 
             Range range{ranges[j].TempLo, ranges[j].TempHi};
             const int rates = cali->getFramerateCount(&optics, &range);
             for (int f = 0; f < std::max(rates, 1); ++f) {
+                if (files.size() >= most) return files;
                 const unsigned short rate = cali->getFramerate(&optics, &range, f);  // 0: none
                 ConfigCali::caliFilenameString(serial, optics.fov, optics.text, &range, rate, stem,
                                                kPathBytes);

@@ -2,7 +2,9 @@
 // manager.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,8 +33,10 @@ struct FileFormats {
 
 /// All files of the camera by the description that ConfigCali holds: the description, then data and
 /// curve file of each optics, range and frame rate in the description's order. The same name can
-/// come twice, as two ranges can have the same whole bounds.
-std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats = {});
+/// come twice, as two ranges can have the same whole bounds: some kilobytes of description can call
+/// for millions. Ends once there are `most`, or one more.
+std::vector<ExpectedFile> expectedFiles(int serial, const FileFormats& formats = {},
+                                        std::size_t most = std::numeric_limits<std::size_t>::max());
 
 enum class FileState { kPresent, kMissing, kEmpty, kNotRegular, kUnreadable };
 

@@ -1,5 +1,6 @@
 // The files that a description calls for: their names and order, what each is for, and which
 // combinations need a curve.
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -150,6 +151,21 @@ TEST(FileCheckExpected, cutsWhereANameEnds) {
     const std::string longText(300, 't');
     expectStems(optics(33, longText, range("0", "250")),
                 {{("12345678-33-" + longText).substr(0, 259), kCurve}});
+}
+
+TEST(FileCheckExpected, endsOnceThereAreAsManyAsAskedFor) {
+    inSandbox([] {
+        const std::string ranges = range("-20", "100", rates({27, 80})) + range("0", "250");
+        load(optics(33, "", ranges, true) + optics(60, "", ranges));
+        const std::vector<ExpectedFile> all = dax::expectedFiles(kSerial);
+        ASSERT_EQ(all.size(), 10U);
+        for (std::size_t most = 1; most <= all.size() + 1; ++most) {
+            const std::vector<ExpectedFile> some = dax::expectedFiles(kSerial, {}, most);
+            EXPECT_GE(some.size(), std::min(most, all.size()));
+            EXPECT_LE(some.size(), most + 1);  // data and curve file come together
+            for (std::size_t i = 0; i < some.size(); ++i) EXPECT_EQ(some[i].name, all[i].name);
+        }
+    });
 }
 
 }  // namespace
