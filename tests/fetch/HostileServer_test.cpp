@@ -216,9 +216,12 @@ TEST(HostileServer, fileOfJustTheLimitIsTaken) {
         request.limits.fileBytes = kBytes.size();
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
                   "bad.dat: fetched\ngood.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"bad.dat", kBytes}, {"good.dat", "good"}}));
+        writeFile(kFetched + std::string("/bad.dat"), "old");
         request.limits.fileBytes = kBytes.size() - 1;
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
                   "bad.dat: failed, it is larger than 99999 bytes\ngood.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"bad.dat", "old"}, {"good.dat", "good"}}));
     });
 }
 
@@ -248,6 +251,7 @@ TEST(HostileServer, retriesDoNotCountTwiceForAllFilesTogether) {
         request.limits.totalBytes = kBytes.size() + 10;
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
                   "bad.dat: fetched\ngood.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"bad.dat", kBytes}, {"good.dat", "good"}}));
     });
 }
 

@@ -99,6 +99,7 @@ TEST(HttpQueue, hostWithoutAnAddressIsNamed) {
         const Request request = requestFor({"a.dat"}, Mirror{"http://none.example"}, kFetched);
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
                   "a.dat: failed, the transfer failed: Could not resolve host: none.example\n");
+        EXPECT_EQ(contents(kFetched), Files());
     });
 }
 
@@ -175,33 +176,56 @@ TEST(HttpQueue, fileThatWaitsForAnotherTryHoldsUpNoOther) {
 }
 
 TEST(HttpQueue, proxyVariablesAreHonoured) {
-    inSandbox([] {
-        const FetchSandbox world;
-        // Asked for a whole address, the server looks below "http:", where nothing is.
-        setenv("http_proxy", ("http://" THERMIKA_DOWNLOAD_HOST ":80"), 1);
-        EXPECT_EQ(
-            thermika::fetch::fetch(serverRequest({"a.dat"})).problem,
-            "cannot get " + serverAddress(kLinksPath) + ": the server does not have it (404)");
-        EXPECT_EQ(FetchSandbox::requests(), Texts{serverAddress(kLinksPath)});
-        setenv("no_proxy", THERMIKA_DOWNLOAD_HOST, 1);
-        FetchSandbox::add("a.dat", "bytes");
-        EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
-    });
+    for (const char* const variable : {"http_proxy", "all_proxy", "ALL_PROXY"})
+        inSandbox([variable] {
+            const FetchSandbox world;
+            // Asked for a whole address, the server looks below "http:", where nothing is.
+            setenv(variable, ("http://" THERMIKA_DOWNLOAD_HOST ":80"), 1);
+            EXPECT_EQ(
+                thermika::fetch::fetch(serverRequest({"a.dat"})).problem,
+                "cannot get " + serverAddress(kLinksPath) + ": the server does not have it (404)");
+            EXPECT_EQ(FetchSandbox::requests(), Texts{serverAddress(kLinksPath)});
+            EXPECT_EQ(contents(kFetched), Files());
+            FetchSandbox::add("a.dat", "bytes");
+            FetchSandbox::add("b.dat", "bytes");
+            setenv("no_proxy", THERMIKA_DOWNLOAD_HOST, 1);
+            EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
+            unsetenv("no_proxy");
+            setenv("NO_PROXY", THERMIKA_DOWNLOAD_HOST, 1);
+            EXPECT_EQ(fetchLines({"b.dat"}), "b.dat: fetched\n");
+            EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}, {"b.dat", "bytes"}}));
+        });
 }
 
-TEST(HttpQueue, settingsFilesAreNotRead) {
+TEST(HttpQueue, proxyVariablesForSecureServersAreHonoured) {
+    for (const char* const variable : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
+        inSandbox([variable] {
+            const FetchSandbox world;
+            Request request = requestFor(
+                {"a.dat"}, Mirror{std::string("https://") + THERMIKA_DOWNLOAD_HOST}, kFetched);
+            request.limits.retries = 0;
+            const auto reason = [&request] {
+                return thermika::fetch::fetch(request).files.at(0).reason;
+            };
+            EXPECT_EQ(reason().find("CONNECT"), std::string::npos) << reason();
+            setenv(variable, ("http://" THERMIKA_DOWNLOAD_HOST ":80"), 1);
+            // The server knows no CONNECT.
+            EXPECT_NE(reason().find("CONNECT"), std::string::npos) << reason();
+            EXPECT_EQ(contents(kFetched), Files());
+        });
+}
+
+TEST(HttpQueue, passwordsAndTheProxyVariableOfWebServersAreNotRead) {
     inSandbox([] {
         const FetchSandbox world;
         FetchSandbox::add("a.dat", "bytes");
         const std::string home = "/usr/share/world/home";
         mkdir(home.c_str(), 0755);
         setenv("HOME", home.c_str(), 1);
-        setenv("CURL_HOME", home.c_str(), 1);
-        writeFile(home + "/.curlrc", "url = \"file:///etc/passwd\"\nproxy = \"127.0.0.1:9\"\n");
         writeFile(home + "/.netrc", "default login user password word\n");
-        for (const char* const variable : {"CURL_CA_BUNDLE", "SSL_CERT_FILE", "HTTP_PROXY"})
-            setenv(variable, "http://127.0.0.1:9/none", 1);
+        setenv("HTTP_PROXY", "http://127.0.0.1:9/none", 1);
         EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}}));
     });
 }
 

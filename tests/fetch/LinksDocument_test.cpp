@@ -86,6 +86,7 @@ TEST(LinksDocument, isAskedForAgainWhenThatMayHelp) {
         FetchSandbox::setFault(kLinksPath, "cut", "", 2);
         EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
         EXPECT_EQ(FetchSandbox::requests().size(), 4U);
+        EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}}));
     });
 }
 

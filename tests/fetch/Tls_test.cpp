@@ -1,4 +1,5 @@
 // Certificates: only a server that proves its name is listened to.
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,18 @@ TEST(Tls, authorityThatIsNotTrustedIsNoGoodAndAskedOnce) {
         request.caFile.clear();
         expectNothing(request, "SSL certificate problem: unable to get local issuer certificate");
     });
+}
+
+TEST(Tls, authorityThatOnlyTheEnvironmentNamesIsNotTrusted) {
+    for (const char* const variable : {"CURL_CA_BUNDLE", "SSL_CERT_FILE"})
+        inSandbox([variable] {
+            const FetchSandbox world(Tls::kGood);
+            setenv(variable, FetchSandbox::caFile().c_str(), 1);
+            Request request = secureRequest({"a.dat"});
+            request.caFile.clear();
+            expectNothing(request,
+                          "SSL certificate problem: unable to get local issuer certificate");
+        });
 }
 
 TEST(Tls, otherHostsCertificateIsNoGood) {
@@ -128,6 +141,7 @@ TEST(Tls, redirectsLeadToSecureServersToo) {
         Request request = serverRequest({"a.dat"});
         request.caFile = FetchSandbox::caFile();
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: fetched\n");
+        EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes"}}));
     });
 }
 
