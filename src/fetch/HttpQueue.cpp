@@ -32,19 +32,19 @@ milliseconds pauseBefore(unsigned nextTry, milliseconds first) {
 HttpQueue::HttpQueue(const Limits& limits, const std::string& caFile, const Stop& stop)
     : m_limits(limits), m_stop(stop), m_multi(makeMultiHandle()) {
     curl_multi_setopt(m_multi.get(), CURLMOPT_MAXCONNECTS, static_cast<long>(limits.jobs));
-    for (unsigned i = 0; i < limits.jobs; ++i) m_slots.emplace_back(limits, caFile);
+    for (unsigned i = 0; i < limits.jobs; ++i) m_slots.emplace_back(limits, caFile, m_spares);
 }
 
 HttpQueue::~HttpQueue() { abandon(); }
 
-void HttpQueue::run(HttpClient& client, const std::string& addressAhead) {
+void HttpQueue::run(HttpClient& client, bool connectsAhead) {
     const SigpipeHold hold;
     m_begun = 0;
     m_isExhausted = false;
     m_hasBeenReached = false;  // these items may be another server's
     m_unreachable.reset();
     startWhatCan(client);
-    if (!addressAhead.empty()) connectAhead(addressAhead);  // afterwards: items use what is open
+    if (connectsAhead) m_spares.want(freeSlots());
     while (isBusy() && !m_stop.isDue()) {
         int running = 0;
         if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) throw std::bad_alloc();
@@ -56,16 +56,18 @@ void HttpQueue::run(HttpClient& client, const std::string& addressAhead) {
     abandon();
 }
 
-bool HttpQueue::isTransferring() const {
-    return std::any_of(m_slots.begin(), m_slots.end(),
-                       [](const auto& slot) { return slot.job.has_value(); });
+std::size_t HttpQueue::freeSlots() const {
+    return static_cast<std::size_t>(
+        std::count_if(m_slots.begin(), m_slots.end(), [](const auto& slot) { return !slot.job; }));
 }
+
+bool HttpQueue::isTransferring() const { return freeSlots() < m_slots.size(); }
 
 bool HttpQueue::isBusy() const { return !m_waiting.empty() || isTransferring(); }
 
 void HttpQueue::startWhatCan(HttpClient& client) {
     for (Slot& slot : m_slots) {
-        if (!slot.isFree()) continue;
+        if (slot.job) continue;
         std::optional<Job> job = nextJob(client);
         if (!job) return;
         start(slot, std::move(*job));
@@ -98,19 +100,6 @@ void HttpQueue::start(Slot& slot, Job job) {
     slot.job = std::move(job);
     ++slot.job->tries;
     slot.transfer.prepare(slot.job->item.address, slot.job->item.maxBytes, *slot.job->item.body);
-    add(slot);
-}
-
-void HttpQueue::connectAhead(const std::string& address) {
-    for (Slot& slot : m_slots) {
-        if (!slot.isFree()) continue;
-        slot.transfer.prepareConnection(address);
-        add(slot);
-        slot.isConnecting = true;
-    }
-}
-
-void HttpQueue::add(Slot& slot) {
     if (curl_multi_add_handle(m_multi.get(), slot.transfer.handle()) != CURLM_OK)
         throw std::bad_alloc();
 }
@@ -124,7 +113,6 @@ void HttpQueue::collect(HttpClient& client) {
             return each.transfer.handle() == handle;
         });
         curl_multi_remove_handle(m_multi.get(), handle);
-        if (std::exchange(slot->isConnecting, false)) continue;
         Job job = std::move(*slot->job);
         slot->job.reset();
         settle(client, std::move(job), slot->transfer.finish(result));
@@ -154,10 +142,9 @@ void HttpQueue::settle(HttpClient& client, Job job, const Answer& answer) {
 
 void HttpQueue::abandon() {
     for (Slot& slot : m_slots) {
-        if (slot.isFree()) continue;
+        if (!slot.job) continue;
         curl_multi_remove_handle(m_multi.get(), slot.transfer.handle());
         slot.job.reset();
-        slot.isConnecting = false;
     }
     m_waiting.clear();
 }

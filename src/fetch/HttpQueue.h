@@ -14,6 +14,7 @@
 #include "fetch/Fetch.h"
 #include "fetch/HttpTransfer.h"
 #include "fetch/MultiHandle.h"
+#include "fetch/SpareSockets.h"
 #include "fetch/Stop.h"
 
 namespace thermika::fetch {
@@ -51,9 +52,9 @@ public:
     HttpQueue& operator=(const HttpQueue&) = delete;
 
     /// Serves the client until there is no next item, or `stop` is due: items then have no end.
-    /// Meanwhile the connections that its items leave unused are opened to the server of
-    /// `addressAhead`, unless that is "": the next run finds them.
-    void run(HttpClient& client, const std::string& addressAhead = "");
+    /// With `connectsAhead`, the connections that its first items leave unused are opened
+    /// meanwhile, to the same server: the next run finds them.
+    void run(HttpClient& client, bool connectsAhead = false);
 
 private:
     struct Job {
@@ -63,23 +64,20 @@ private:
         Stop::Clock::time_point due;
     };
     struct Slot {
-        Slot(const Limits& limits, const std::string& caFile) : transfer(limits, caFile) {}
-
-        bool isFree() const { return !job && !isConnecting; }
+        Slot(const Limits& limits, const std::string& caFile, SpareSockets& spares)
+            : transfer(limits, caFile, spares) {}
 
         HttpTransfer transfer;
         std::optional<Job> job;
-        bool isConnecting = false;  ///< ahead, without a job
     };
 
     void startWhatCan(HttpClient& client);
     std::optional<Job> nextJob(HttpClient& client);
     void start(Slot& slot, Job job);
-    void connectAhead(const std::string& address);
-    void add(Slot& slot);
     void collect(HttpClient& client);
     void settle(HttpClient& client, Job job, const Answer& answer);
     void abandon();
+    std::size_t freeSlots() const;
     bool isTransferring() const;
     bool isBusy() const;
     /// Whether the server may be one that cannot be reached: nothing more is begun until it is
@@ -89,6 +87,7 @@ private:
 
     const Limits& m_limits;
     const Stop& m_stop;
+    SpareSockets m_spares;
     MultiHandle m_multi;
     std::deque<Slot> m_slots;
     std::deque<Job> m_waiting;  ///< for another try; the first is due first

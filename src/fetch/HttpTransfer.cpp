@@ -84,8 +84,8 @@ bool HttpTransfer::isPossible() {
     return isReady;
 }
 
-HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile)
-    : m_handle(curl_easy_init(), curl_easy_cleanup) {
+HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile, SpareSockets& spares)
+    : m_handle(curl_easy_init(), curl_easy_cleanup), m_spares(spares) {
     if (m_handle == nullptr) throw std::bad_alloc();
     const auto option = [this](CURLoption which, auto value) { set(handle(), which, value); };
     const auto idleSeconds = static_cast<long>(limits.idle.count());
@@ -112,6 +112,9 @@ HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile)
     option(CURLOPT_BUFFERSIZE, kReadBytes);
     option(CURLOPT_ERRORBUFFER, m_errorText);
     option(CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::openSocket);
+    option(CURLOPT_OPENSOCKETDATA, this);
+    option(CURLOPT_SOCKOPTFUNCTION, &HttpTransfer::setUpSocket);
+    option(CURLOPT_SOCKOPTDATA, this);
     option(CURLOPT_PREREQFUNCTION, &HttpTransfer::beforeRequest);
     option(CURLOPT_PREREQDATA, this);
     option(CURLOPT_NOPROGRESS, 0L);
@@ -136,22 +139,27 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
     m_thrown = nullptr;
 }
 
-void HttpTransfer::prepareConnection(const std::string& address) {
-    set(handle(), CURLOPT_URL, address.c_str());
-    m_body = nullptr;
-}
-
-int HttpTransfer::beforeRequest(void* self, char* /*primaryIp*/, char* /*localIp*/,
-                                int /*primaryPort*/, int /*localPort*/) {
-    // libcurl keeps the connection of a transfer that ends here.
-    const bool isRequest = static_cast<const HttpTransfer*>(self)->m_body != nullptr;
-    return isRequest ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+int HttpTransfer::beforeRequest(void* self, char* primaryIp, char* /*localIp*/, int primaryPort,
+                                int /*localPort*/) {
+    try {
+        static_cast<HttpTransfer*>(self)->m_spares.connect(primaryIp, primaryPort);
+    } catch (const std::bad_alloc&) {  // it goes on without
+    }
+    return CURL_PREREQFUNC_OK;
 }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.
-curl_socket_t HttpTransfer::openSocket(void* /*self*/, curlsocktype /*purpose*/,
+curl_socket_t HttpTransfer::openSocket(void* self, curlsocktype /*purpose*/,
                                        curl_sockaddr* address) {
+    auto& transfer = *static_cast<HttpTransfer*>(self);
+    transfer.m_takenSpare = transfer.m_spares.take(address->addr);
+    if (transfer.m_takenSpare >= 0) return transfer.m_takenSpare;
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+int HttpTransfer::setUpSocket(void* self, curl_socket_t socket, curlsocktype /*purpose*/) {
+    const bool isConnected = socket == static_cast<const HttpTransfer*>(self)->m_takenSpare;
+    return isConnected ? CURL_SOCKOPT_ALREADY_CONNECTED : CURL_SOCKOPT_OK;
 }
 
 int HttpTransfer::watch(void* self, curl_off_t /*toReceive*/, curl_off_t received,

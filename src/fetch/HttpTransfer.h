@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "fetch/Fetch.h"
+#include "fetch/SpareSockets.h"
 
 namespace thermika::fetch {
 
@@ -55,17 +56,15 @@ public:
     /// Process: initialises it, once.
     static bool isPossible();
 
-    /// `caFile` "" means the system's authorities. Throws std::bad_alloc.
-    HttpTransfer(const Limits& limits, const std::string& caFile);
+    /// `caFile` "" means the system's authorities. Takes its connections from `spares` where there
+    /// are any, and has the wanted ones opened beside its own. Throws std::bad_alloc.
+    HttpTransfer(const Limits& limits, const std::string& caFile, SpareSockets& spares);
     ~HttpTransfer() = default;
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
 
     /// The handle is ready to be run afterwards; `body` is used until finish().
     void prepare(const std::string& address, std::uint64_t maxBytes, Body& body);
-    /// The same for a connection alone, which the next transfer to that server uses: it asks for
-    /// nothing, and is not to be finished.
-    void prepareConnection(const std::string& address);
     /// What came of it; throws what the body threw.
     Answer finish(CURLcode result);
 
@@ -77,6 +76,7 @@ private:
     static std::size_t takeHeader(char* bytes, std::size_t one, std::size_t count, void* self);
     static std::size_t takeBody(char* bytes, std::size_t one, std::size_t count, void* self);
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
+    static int setUpSocket(void* self, curl_socket_t socket, curlsocktype purpose);
     static int beforeRequest(void* self, char* primaryIp, char* localIp, int primaryPort,
                              int localPort);
 
@@ -90,7 +90,9 @@ private:
 
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_handle;
     char m_errorText[CURL_ERROR_SIZE] = {};
-    Body* m_body = nullptr;  ///< null: no request is sent
+    SpareSockets& m_spares;
+    int m_takenSpare = -1;  ///< the socket that came from there last
+    Body* m_body = nullptr;
     std::uint64_t m_maxBytes = 0;
     std::size_t m_headerBytes = 0;
     std::size_t m_ignoredBytes = 0;

@@ -90,7 +90,7 @@ void fetchBelow(const std::string& base, Call& call, HttpQueue& queue) {
     do {
         FileClient client(call, base);
         // What follows is many files more often than few.
-        queue.run(client, call.mayFollow() ? base : "");
+        queue.run(client, call.mayFollow());
         client.finish();
     } while (call.follow());
 }

@@ -70,9 +70,12 @@ TEST(Call, opensTheOtherConnectionsForWhatFollowsMeanwhile) {
         request.limits.jobs = 4;
         EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());
         EXPECT_EQ(contents(kFetched).size(), 21U);
-        // Nothing is asked for over them before, and they serve afterwards.
+        // Nothing is asked for over them before, and they serve afterwards: no others are opened.
         EXPECT_EQ(FetchSandbox::requests().size(), 22U);
         EXPECT_EQ(FetchSandbox::connections(), 4U);
+        FetchSandbox::add("last.dat", "last");
+        EXPECT_TRUE(thermika::fetch::fetch(serverRequest({"last.dat"})).isComplete());
+        EXPECT_EQ(FetchSandbox::lastConnection(), 5U);
     });
 }
 

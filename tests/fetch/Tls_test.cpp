@@ -145,4 +145,26 @@ TEST(Tls, redirectsLeadToSecureServersToo) {
     });
 }
 
+TEST(Tls, connectionsOpenedAheadAreSecuredToo) {
+    inSandbox([] {
+        const FetchSandbox world(Tls::kGood);
+        FetchSandbox::add("first.dat", "first");
+        FetchSandbox::setFileFault("first.dat", "await_connections", "2");
+        std::vector<std::string> more;
+        for (int i = 0; i < 8; ++i) {
+            more.push_back(std::to_string(i) + ".dat");
+            FetchSandbox::add(more.back(), "bytes");
+        }
+        Request request = secureRequest({"first.dat"});
+        request.limits.jobs = 2;
+        request.following = [more] { return more; };
+        EXPECT_EQ(thermika::fetch::fetch(request).files.size(), 9U);
+        EXPECT_EQ(contents(kFetched).size(), 9U);
+        request = secureRequest({"last.dat"});
+        FetchSandbox::add("last.dat", "last");
+        EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());
+        EXPECT_EQ(FetchSandbox::lastConnection(), 3U);
+    });
+}
+
 }  // namespace

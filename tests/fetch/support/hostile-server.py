@@ -30,6 +30,7 @@ BLOCK = b"x" * 65536
 LOCK = threading.Lock()
 struck = {}
 connections = 0
+CONNECTION = threading.local()  # each has a thread of its own
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -39,17 +40,13 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def setup(self):
         super().setup()
-        global connections
-        with LOCK:
-            connections += 1
-            self.number = connections
         time.sleep(DELAY)
 
     def do_GET(self):
         path = urllib.parse.unquote(self.path)
         with LOCK:
             with open(REQUESTS, "a", encoding="utf-8", errors="surrogateescape") as requests:
-                requests.write(f"{self.number} {self.path}\n")
+                requests.write(f"{CONNECTION.number} {self.path}\n")
             fault, argument = self.fault(path)
         time.sleep(DELAY)
         try:
@@ -231,15 +228,25 @@ class Handler(http.server.BaseHTTPRequestHandler):
 class Server(http.server.ThreadingHTTPServer):
     request_queue_size = 256
 
+    def finish_request(self, request, client_address):
+        global connections
+        with LOCK:
+            connections += 1
+            CONNECTION.number = connections
+        super().finish_request(self.secured(request), client_address)
+
+    def secured(self, request):
+        return request
+
     def handle_error(self, request, client_address):
         pass  # clients hang up, as they may
 
 
 class TlsServer(Server):
-    def finish_request(self, request, client_address):
+    def secured(self, request):
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         context.load_cert_chain(sys.argv[5])
-        super().finish_request(context.wrap_socket(request, server_side=True), client_address)
+        return context.wrap_socket(request, server_side=True)
 
 
 servers = [Server(("127.0.0.1", 80), Handler)]
