@@ -1,6 +1,6 @@
 #!/bin/sh
 # Each installed header compiles alone and twice, without a warning, as C++17, 20 and 23, with the
-# compiler of this build and with g++ and clang where they are installed; it defines no macro and
+# compiler of this build (g++ in the dev preset, clang++ in the asan preset); it defines no macro and
 # brings no header along that is not public itself.
 # Environment: as cmake_test.sh, and CXX.
 . "${0%/*}/install.sh"
@@ -21,12 +21,9 @@ found=$(cd "$include" && find . -type f | sed 's|^\./||' | LC_ALL=C sort)
 
 for header in $public; do
     printf '#include <%s>\n#include <%s>\n' "$header" "$header" >"$work/alone.cpp"
-    for compiler in "$CXX" g++ clang++; do
-        [ "$compiler" = "$CXX" ] || command -v "$compiler" >/dev/null || continue
-        for standard in 17 2a 2b; do
-            quietly "$compiler" -std=c++$standard -I"$include" -Wall -Wextra -Wpedantic \
-                -Wconversion -Wshadow -Wold-style-cast -Werror -fsyntax-only "$work/alone.cpp"
-        done
+    for standard in 17 2a 2b; do
+        quietly "$CXX" -std=c++$standard -I"$include" -Wall -Wextra -Wpedantic \
+            -Wconversion -Wshadow -Wold-style-cast -Werror -fsyntax-only "$work/alone.cpp"
     done
     "$CXX" -std=c++17 -I"$include" -E -dD "$work/alone.cpp" >"$work/expanded"
     # Line markers tell which file the lines after them come from.
