@@ -22,7 +22,7 @@ others="$major.$((minor + 1)) $((major + 1)).$minor"
 [ "$minor" = 0 ] || others="$others $major.$((minor - 1))"
 for wanted in $others; do
     if cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/other" \
-        -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_WANTS=$wanted >"$work/log" 2>&1; then
+        -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_WANTS="$wanted" >"$work/log" 2>&1; then
         fail "the package passes for version $wanted"
     fi
     grep -q "compatible with requested version \"$wanted\"" "$work/log" || {
