@@ -1,51 +1,84 @@
 #!/bin/sh
-# As a part of another project Thermika gives its library, and changes nothing: no tests, nothing to
-# install, no build type, no variable in the host's cache but its own, no warning an error.
+# As a part of another project, added by add_subdirectory() or FetchContent, in a host with static or
+# shared libraries, Thermika gives its library, and changes nothing: no tests, nothing to install, no
+# build type, no variable of the host but THERMIKA_ ones, no warning an error.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
 . "${0%/*}/folder.sh"
 cat >"$work/CMakeLists.txt" <<TEXT
 cmake_minimum_required(VERSION 3.25)
 project(host VERSION 9.8.7 LANGUAGES CXX)
 enable_testing()
+include(FetchContent)
 get_cmake_property(before VARIABLES)
-if(WITH_THERMIKA)
+foreach(name \${before})
+    set(value_of_\${name} "\${\${name}}")
+endforeach()
+if(ADDED_BY STREQUAL "add_subdirectory")
     add_subdirectory("$THERMIKA_SOURCE" thermika)
+elseif(ADDED_BY STREQUAL "FetchContent")
+    FetchContent_Declare(thermika SOURCE_DIR "$THERMIKA_SOURCE")
+    FetchContent_MakeAvailable(thermika)
+endif()
+get_cmake_property(after VARIABLES)
+list(FILTER after EXCLUDE REGEX "^(value_of_.*|before|name|CMAKE_MATCH_.*)\$")
+foreach(name \${after})
+    if(NOT "\${\${name}}" STREQUAL "\${value_of_\${name}}")
+        message(NOTICE "changed variable: \${name}")
+    endif()
+endforeach()
+if(ADDED_BY)
     add_executable(consumer "$THERMIKA_SOURCE/tests/consumer/main.cpp")
     target_link_libraries(consumer PRIVATE thermika::thermika)
 endif()
-get_cmake_property(after VARIABLES)
-list(REMOVE_ITEM after \${before} before after)
-message(NOTICE "new variables: \${after}")
 TEXT
-configure() { # configure FOLDER ON-OR-OFF
-    cmake -S "$work" -B "$work/$1" -DWITH_THERMIKA="$2" >"$work/$1.log" 2>&1 || {
-        cat "$work/$1.log" >&2
-        fail 'the host cannot be configured'
+configure() { # configure FOLDER ARGUMENT...
+    folder=$1
+    shift
+    cmake -S "$work" -B "$work/$folder" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@" \
+        >"$work/$folder.log" 2>&1 || {
+        cat "$work/$folder.log" >&2
+        fail "the host cannot be configured: $*"
     }
-    sed -nE 's/^([A-Za-z_0-9-]+):[A-Z]+=(.*)/\1=\2/p' "$work/$1/CMakeCache.txt" |
-        grep -vE "^(WITH_THERMIKA|CMAKE_NUMBER_OF_MAKEFILES)" | sed "s|$work/$1|BUILD|" | sort >"$work/$1.cache"
+    sed -nE 's/^([A-Za-z_0-9-]+):[A-Z]+=(.*)/\1=\2/p' "$work/$folder/CMakeCache.txt" |
+        grep -vE "^(ADDED_BY|BUILD_SHARED_LIBS|CMAKE_NUMBER_OF_MAKEFILES)" |
+        sed "s|$work/$folder|BUILD|" | sort >"$work/$folder.cache"
 }
-configure without OFF
-configure with ON
-# CMake itself keeps where each project lies.
-changed=$(diff "$work/without.cache" "$work/with.cache" |
-    grep '^[<>]' | grep -vE '^> (THERMIKA_|thermika_(BINARY|SOURCE)_DIR|thermika_IS_TOP_LEVEL)' ||
-    true)
-[ -z "$changed" ] || fail "the host's cache changes: $changed"
-grep -q '^THERMIKA_' "$work/with.cache" || fail 'Thermika was not there at all'
-variables=$(sed -n 's/^new variables: //p' "$work/with.log" | tr ';' '\n' |
-    grep -vE '^(THERMIKA_|thermika)' || true)
-[ -z "$variables" ] || fail "the host's variables change: $variables"
-tests=$(cd "$work/with" && ctest -N | sed -n 's/^Total Tests: //p')
-[ "$tests" = 0 ] || fail "the host gets $tests tests"
-
-cmake --build "$work/with" --target consumer >"$work/log" 2>&1 || {
-    cat "$work/log" >&2
-    fail 'the host cannot be built'
+# CMake itself keeps where each project lies, and what was fetched from where.
+own='(THERMIKA_|thermika_(BINARY|SOURCE)_DIR|thermika_IS_TOP_LEVEL|FETCHCONTENT_)'
+changes_nothing() { # changes_nothing FOLDER
+    changed=$(diff "$work/without.cache" "$work/$1.cache" | grep '^[<>]' | grep -vE "^> $own" ||
+        true)
+    [ -z "$changed" ] || fail "the host's cache changes: $changed"
+    for option in CLI FETCH INSTALL TESTS WARNINGS_AS_ERRORS; do
+        grep -qx "THERMIKA_$option=OFF" "$work/$1.cache" || fail "THERMIKA_$option is not OFF"
+    done
+    changed=$(sed -n 's/^changed variable: //p' "$work/$1.log" |
+        grep -vE "^(THERMIKA_|thermika_|FETCHCONTENT_|FetchContent_|__cmake_)" || true)
+    [ -z "$changed" ] || fail "the host's variables change: $changed"
+    tests=$(cd "$work/$1" && ctest -N | sed -n 's/^Total Tests: //p')
+    [ "$tests" = 0 ] || fail "the host gets $tests tests"
+    commands=$work/$1/compile_commands.json
+    grep -q 'sdk/SimpleXML\.cpp' "$commands" || fail 'the library is not compiled'
+    ! grep -qe -Werror "$commands" || fail 'warnings are errors'
 }
-printed=$("$work/with/consumer")
-[ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
-    fail "the consumer printed: $printed"
+builds() { # builds FOLDER
+    cmake --build "$work/$1" --target consumer >"$work/log" 2>&1 || {
+        cat "$work/log" >&2
+        fail 'the host cannot be built'
+    }
+    printed=$("$work/$1/consumer")
+    [ "$printed" = "$THERMIKA_VERSION: 1 optics, formats in $THERMIKA_DATA_DIR" ] ||
+        fail "the consumer printed: $printed"
+}
+configure without
+configure added -DADDED_BY=add_subdirectory
+changes_nothing added
+builds added
 # The host alone decides what is installed.
-DESTDIR=$work/tree cmake --install "$work/with" >"$work/log" 2>&1 || true
+DESTDIR=$work/tree cmake --install "$work/added" >"$work/log" 2>&1 || true
 [ ! -e "$work/tree" ] || fail "installed: $(find "$work/tree" -type f)"
+
+configure shared -DADDED_BY=FetchContent -DBUILD_SHARED_LIBS=ON
+changes_nothing shared
+builds shared
+[ -n "$(find "$work/shared" -name 'libthermika.so.*')" ] || fail "the host's library is not shared"
