@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "cli/ValidateSchema.h"
 #include "sdk/IRCalibrationManager.h"
 #include "support/BuildPaths.h"
 #include "support/Sandbox.h"
@@ -97,6 +99,82 @@ TEST(ValidateDocument, agreesWithXmllintOnEveryRightOne) {
             EXPECT_EQ(findingsIn(readFile(file)), "") << file;
         }
     }
+}
+
+/// What an element holds at most and at least, and what lies just beyond; "" where nothing does.
+struct Limits {
+    std::string element;
+    std::string below;
+    std::string lowest;
+    std::string highest;
+    std::string above;
+};
+
+std::vector<Limits> limitsOfEveryElement() {
+    const std::string path(259, 'd');
+    const std::string text(200, 't');
+    return {
+        {"serial", "9999999", "10000000", "99999999", "100000000"},
+        {"videoformatindex", "-1", "0", "255", "256"},
+        {"formatspath", "", "d", path, path + "d"},
+        {"calipath", "", "d", path, path + "d"},
+        {"fov", "0", "1", "360", "361"},
+        {"min", "-274", "-273", "10000", "10001"},
+        {"max", "-274", "-273", "10000", "10001"},
+        {"optics_text", "/", "", text, text + "t"},
+        {"framerate", "0", "0.001", "65535", "65535.001"},
+        {"bispectral", "-1", "0", "1", "2"},
+        {"average", "-1", "0", "1", "2"},
+        {"enable", "-1", "0", "1", "2"},
+        {"mininterval", "-0.001", "0", "86400", "86400.001"},
+        {"maxinterval", "-0.001", "0", "86400", "86400.001"},
+        {"tchipmode", "-1", "0", "2", "3"},
+        {"tchipfixedvalue", "-273.001", "-273", "1000", "1000.001"},
+        {"focus", "-0.001", "0", "100", "100.001"},
+        {"enable_extended_temp_range", "-1", "0", "1", "2"},
+        {"buffer_queue_size", "0", "1", "65535", "65536"},
+    };
+}
+
+/// A document in which `element` holds `value`, and only what must be there stands beside it.
+std::string documentWith(const thermika::cli::SchemaElement& element, const std::string& value) {
+    const auto tagged = [](const std::string& name, const std::string& content) {
+        return "<" + name + ">" + content + "</" + name + ">";
+    };
+    std::string content = tagged(element.name, value);
+    if (element.name == "min") content += tagged("max", "0");
+    if (element.name == "max") content += tagged("min", "0");
+    if (element.parent != "imager") content = tagged(element.parent, content);
+    if (element.name != "serial") content += tagged("serial", "14080045");
+    return tagged("imager", content) + "\n";
+}
+
+TEST(ValidateDocument, takesEachElementUpToItsLimitsAsXmllintDoes) {
+    const TempDir folder;
+    const std::string file = folder / "limits.xml";
+    const auto& schema = thermika::cli::ImagerSchema::instance();
+    std::set<std::string> tried;
+    for (const Limits& limits : limitsOfEveryElement()) {
+        const auto* const element = schema.find(limits.element);
+        ASSERT_NE(element, nullptr) << limits.element;
+        tried.insert(limits.element);
+        for (const std::string& value : {limits.lowest, limits.highest}) {
+            writeFile(file, documentWith(*element, value));
+            EXPECT_EQ(findingsIn(readFile(file)), "");
+            EXPECT_EQ(xmllint(file).status, 0) << readFile(file);
+        }
+        for (const std::string& value : {limits.below, limits.above}) {
+            writeFile(file, documentWith(*element, value));
+            const auto findings = checkDocument(readFile(file)).findings;
+            EXPECT_EQ(xmllint(file).status, 3) << readFile(file);
+            EXPECT_EQ(findings.size(), 1U) << readFile(file);
+            if (findings.empty()) continue;
+            EXPECT_EQ(findings[0].wrong.find("<" + limits.element + "> "), 0U) << findings[0].wrong;
+            EXPECT_EQ(findings[0].right, "give " + element->words);
+        }
+    }
+    for (const auto& element : schema.elements())
+        EXPECT_EQ(tried.count(element.name), element.isContainer ? 0U : 1U) << element.name;
 }
 
 TEST(ValidateDocument, acceptsWhatTheToolPrintsForEverySample) {
