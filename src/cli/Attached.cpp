@@ -13,7 +13,7 @@ std::string place(const dax::AttachedDevice& device) { return "at " + device.ent
 std::string quoted(const std::string& bytes) { return "\"" + bytes + "\""; }
 
 /// How a camera is named beside others.
-std::string nameOf(const dax::AttachedDevice& device) {
+std::string deviceName(const dax::AttachedDevice& device) {
     return device.state == dax::DeviceState::kCamera
                ? std::to_string(device.serial)
                : "one " + place(device) + " whose serial number cannot be used";
@@ -76,8 +76,8 @@ unsigned long onlyAttachedCamera(const std::string& command) {
     }
     std::string others;
     for (std::size_t i = 1; i < cameras.size(); ++i)
-        others.append(i == 1 ? "" : ", ").append(nameOf(*cameras[i]));
-    throw Problem(Status::kUsage, "more than one camera is attached: " + nameOf(*cameras[0]) +
+        others.append(i == 1 ? "" : ", ").append(deviceName(*cameras[i]));
+    throw Problem(Status::kUsage, "more than one camera is attached: " + deviceName(*cameras[0]) +
                                       "; also attached: " + others + " (" + byName + ")");
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -18,8 +19,6 @@ constexpr std::size_t kSerialDigits = 8;
 constexpr int kNoCamera = 0;
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
-
-bool isPresent(const CameraFile& each) { return each.status.state == dax::FileState::kPresent; }
 
 /// A name with a "/" would lead out of the directory. No file in it has such a name.
 dax::FileStatus statusOf(const Session& session, const std::string& name) {
@@ -97,8 +96,8 @@ ConfigCali& loadDescription(const Session& session, unsigned long serial) {
 }
 
 std::size_t CameraFiles::lacking() const {
-    return files.size() -
-           static_cast<std::size_t>(std::count_if(files.begin(), files.end(), isPresent));
+    return files.size() - static_cast<std::size_t>(std::count_if(
+                              files.begin(), files.end(), std::mem_fn(&CameraFile::isPresent)));
 }
 
 CameraFiles lookAtFiles(const Session& session, unsigned long serial) {

@@ -46,6 +46,8 @@ constexpr std::size_t kMostFiles = 20000;
 struct CameraFile {
     dax::ExpectedFile file;
     dax::FileStatus status;
+
+    bool isPresent() const { return status.state == dax::FileState::kPresent; }
 };
 
 /// What a camera needs and what of it lies in the session's directory.

@@ -19,7 +19,7 @@ namespace {
 using dax::AttachedDevice;
 using dax::DeviceState;
 
-struct Options {
+struct CamerasOptions {
     bool isSerialsOnly = false;
 };
 
@@ -29,7 +29,7 @@ bool isUnreadable(const AttachedDevice& device) {
     return device.state == DeviceState::kSerialUnreadable;
 }
 
-const char* stateWord(DeviceState state) {
+const char* deviceWord(DeviceState state) {
     switch (state) {
         case DeviceState::kCamera:
             return "camera";
@@ -45,7 +45,7 @@ const char* stateWord(DeviceState state) {
 
 Json filesDocument(const CameraFiles& files) {
     Json result;
-    result["description"] = cli::stateWord(files.description.file.state);
+    result["description"] = stateWord(files.description.file.state);
     result["complete"] = files.isComplete();
     const bool isKnown = files.description.cali != nullptr;
     result["expected"] = isKnown ? Json(files.files.size()) : Json();
@@ -59,7 +59,7 @@ Json document(const Session& session, const dax::BusListing& bus) {
     for (const AttachedDevice& device : bus.devices) {
         Json each;
         each["entry"] = jsonText(device.entry);
-        each["state"] = stateWord(device.state);
+        each["state"] = deviceWord(device.state);
         each["serial"] = isUsable(device) ? Json(device.serial) : Json();
         each["serialText"] = jsonText(device.serialText);
         each["vendor"] = jsonText(device.vendor);
@@ -117,7 +117,7 @@ void explain(const Output& output, const dax::BusListing& bus) {
     if (!isAnyCamera) output.note(noCameraSentence());
 }
 
-Status run(Session& session, const Options& options) {
+Status runCameras(Session& session, const CamerasOptions& options) {
     const dax::BusListing bus = attachedDevices();
     Output& output = session.output;
     const bool isAnyUsable = std::any_of(bus.devices.begin(), bus.devices.end(), isUsable);
@@ -134,11 +134,11 @@ Status run(Session& session, const Options& options) {
 }  // namespace
 
 Run addCameras(CLI::App& command) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CamerasOptions>();
     command.add_flag("--serials", options->isSerialsOnly,
                      "Print the serial numbers alone, a line each");
     command.footer("Example: thermika cameras --serials");
-    return [options](Session& session) { return run(session, *options); };
+    return [options](Session& session) { return runCameras(session, *options); };
 }
 
 }  // namespace thermika::cli

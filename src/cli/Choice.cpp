@@ -29,13 +29,13 @@ std::optional<Number> parseNumber(std::string_view text) {
     return number;
 }
 
-struct Optics {
+struct OpticsKey {
     int fovDeg;
     std::string text;
 };
 
-std::vector<Optics> allOptics(ConfigCali& cali) {
-    std::vector<Optics> all;
+std::vector<OpticsKey> allOptics(ConfigCali& cali) {
+    std::vector<OpticsKey> all;
     for (int i = 0; i < cali.getOpticsCount(); ++i) {
         const std::unique_ptr<OPTICS> each(cali.getOptics(i));
         all.push_back({each->fov, each->text == nullptr ? "" : each->text});
@@ -43,7 +43,7 @@ std::vector<Optics> allOptics(ConfigCali& cali) {
     return all;
 }
 
-std::vector<Range> allRanges(ConfigCali& cali, const Optics& optics) {
+std::vector<Range> allRanges(ConfigCali& cali, const OpticsKey& optics) {
     std::vector<Range> all;
     std::string text = optics.text;
     const int count = cali.getTempRangeCount(optics.fovDeg, text.data());
@@ -53,7 +53,7 @@ std::vector<Range> allRanges(ConfigCali& cali, const Optics& optics) {
     return all;
 }
 
-std::string typedForm(const Optics& optics) {
+std::string typedForm(const OpticsKey& optics) {
     return std::to_string(optics.fovDeg) + (optics.text.empty() ? "" : "," + optics.text);
 }
 
@@ -72,16 +72,16 @@ std::string listed(const std::vector<std::string>& choices) {
     throw Problem(Status::kUsage, what + " (there is: " + listed(choices) + ")");
 }
 
-Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
-    const std::vector<Optics> all = allOptics(cali);
+OpticsKey chooseOptics(ConfigCali& cali, const std::string& typed) {
+    const std::vector<OpticsKey> all = allOptics(cali);
     if (typed.empty()) return all.front();
     const std::optional<OpticsChoice> wanted = parseOptics(typed);
     if (!wanted) refuse("--optics: \"" + typed + "\" is not FOV or FOV,TEXT", opticsChoices(cali));
-    std::vector<Optics> found;
-    for (const Optics& each : all) {
+    std::vector<OpticsKey> found;
+    for (const OpticsKey& each : all) {
         if (each.fovDeg != wanted->fovDeg) continue;
         if (wanted->text && each.text != *wanted->text) continue;
-        const bool isKnown = std::any_of(found.begin(), found.end(), [&](const Optics& other) {
+        const bool isKnown = std::any_of(found.begin(), found.end(), [&](const OpticsKey& other) {
             return other.text == each.text;
         });
         if (!isKnown) found.push_back(each);
@@ -92,15 +92,15 @@ Optics chooseOptics(ConfigCali& cali, const std::string& typed) {
     if (found.size() == 1) return found.front();
     // Without a text, the optics that has none is meant.
     const auto plain = std::find_if(found.begin(), found.end(),
-                                    [](const Optics& each) { return each.text.empty(); });
+                                    [](const OpticsKey& each) { return each.text.empty(); });
     if (plain != found.end()) return *plain;
     std::vector<std::string> forms;
     forms.reserve(found.size());
-    for (const Optics& each : found) forms.push_back(typedForm(each));
+    for (const OpticsKey& each : found) forms.push_back(typedForm(each));
     refuse("--optics: \"" + typed + "\" is more than one optics", forms);
 }
 
-Range chooseRange(ConfigCali& cali, const Optics& optics, const std::string& typed) {
+Range chooseRange(ConfigCali& cali, const OpticsKey& optics, const std::string& typed) {
     const std::vector<Range> all = allRanges(cali, optics);
     const auto choices = rangeChoices(cali, optics.fovDeg, optics.text);
     const std::string ofOptics = "the optics \"" + typedForm(optics) + "\"";
@@ -145,7 +145,7 @@ std::optional<Range> parseRange(const std::string& typed) {
 }
 
 Choice choose(ConfigCali& cali, const std::string& optics, const std::string& range) {
-    const Optics chosen = chooseOptics(cali, optics);
+    const OpticsKey chosen = chooseOptics(cali, optics);
     const Range bounds = chooseRange(cali, chosen, range);
     return {chosen.fovDeg, chosen.text, dax::truncateToInt(bounds.min),
             dax::truncateToInt(bounds.max)};
@@ -153,7 +153,7 @@ Choice choose(ConfigCali& cali, const std::string& optics, const std::string& ra
 
 std::vector<std::string> opticsChoices(ConfigCali& cali) {
     std::vector<std::string> choices;
-    for (const Optics& each : allOptics(cali)) {
+    for (const OpticsKey& each : allOptics(cali)) {
         const std::string form = typedForm(each);
         if (std::find(choices.begin(), choices.end(), form) == choices.end())
             choices.push_back(form);

@@ -17,7 +17,7 @@ namespace thermika::cli {
 
 namespace {
 
-struct Arguments {
+struct CompletionArguments {
     std::string what;
     std::string serialText;
     std::string optics;
@@ -43,12 +43,12 @@ std::vector<std::string> rangesOf(ConfigCali& cali, const std::string& optics) {
     return words;
 }
 
-std::vector<std::string> words(const Session& session, const Arguments& arguments) {
+std::vector<std::string> words(const Session& session, const CompletionArguments& arguments) {
     ConfigCali& cali = loadDescription(session, chosenCamera(arguments.serialText, "optics"));
     return arguments.what == "optics" ? opticsChoices(cali) : rangesOf(cali, arguments.optics);
 }
 
-Status printWords(Session& session, const Arguments& arguments) {
+Status printWords(Session& session, const CompletionArguments& arguments) {
     Json list = Json::array();
     for (const std::string& word : words(session, arguments)) {
         // What cannot be shown as it stands cannot be typed either.
@@ -63,7 +63,8 @@ Status printWords(Session& session, const Arguments& arguments) {
     return list.empty() ? Status::kNo : Status::kYes;
 }
 
-Status run(Session& session, const Arguments& arguments, const CLI::App& program) {
+Status runCompletion(Session& session, const CompletionArguments& arguments,
+                     const CLI::App& program) {
     if (arguments.what == "optics" || arguments.what == "ranges")
         return printWords(session, arguments);
     const std::string text = script(arguments.what, completionModel(program));
@@ -80,7 +81,7 @@ Status run(Session& session, const Arguments& arguments, const CLI::App& program
 }  // namespace
 
 Run addCompletion(CLI::App& command) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<CompletionArguments>();
     command
         .add_option("WHAT", arguments->what,
                     "bash, zsh or fish: the script for that shell; optics or ranges: the words "
@@ -93,7 +94,9 @@ Run addCompletion(CLI::App& command) {
         ->type_name("");
     command.footer("Example: thermika completion bash");
     const CLI::App* const program = command.get_parent();
-    return [arguments, program](Session& session) { return run(session, *arguments, *program); };
+    return [arguments, program](Session& session) {
+        return runCompletion(session, *arguments, *program);
+    };
 }
 
 }  // namespace thermika::cli

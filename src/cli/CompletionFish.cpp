@@ -82,7 +82,7 @@ complete -c thermika-genconfig -s t -x -a '(__fish_complete_directories)' -d 'En
 complete -c thermika -f
 )sh";
 
-std::string inQuotes(std::string_view text) {
+std::string inFishQuotes(std::string_view text) {
     std::string out = "'";
     for (const char each : text) {
         if (each == '\'' || each == '\\') out += '\\';
@@ -98,7 +98,7 @@ std::string offer(const std::string& completion) {
     if (completion == "files") return " -r -F";
     if (completion == "folders") return " -x -a '(__fish_complete_directories)'";
     if (completion.compare(0, kWords.size(), kWords) == 0)
-        return " -x -a " + inQuotes(completion.substr(kWords.size()));
+        return " -x -a " + inFishQuotes(completion.substr(kWords.size()));
     return " -x -a '(__thermika_" + completion + ")'";
 }
 
@@ -109,7 +109,7 @@ void addOptions(std::string& script, const CompletionCommand& command) {
         for (const std::string& name : option.names)
             script += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
         if (!option.value.empty()) script += offer(option.value);
-        script += " -d " + inQuotes(option.description) + "\n";
+        script += " -d " + inFishQuotes(option.description) + "\n";
     }
 }
 
@@ -132,7 +132,7 @@ std::string fishCompletion(const CompletionModel& model) {
     addOptions(script, model.shared);
     for (const CompletionCommand& command : model.commands) {
         script += "complete -c thermika -n '__thermika_is \"\"' -a " + command.name + " -d " +
-                  inQuotes(command.description) + "\n";
+                  inFishQuotes(command.description) + "\n";
         addOptions(script, command);
         for (std::size_t i = 0; i < command.arguments.size(); ++i)
             script += "complete -c thermika -n '__thermika_is " + command.name + " " +

@@ -23,7 +23,7 @@ namespace thermika::cli {
 
 namespace {
 
-struct Options {
+struct ConfigOptions {
     std::string serial;
     std::string optics;
     std::string range;
@@ -64,7 +64,8 @@ void refuseUnshown(const std::string& document) {
                       "file: -o FILE)");
 }
 
-std::string chosenDocument(const Session& session, unsigned long serial, const Options& options) {
+std::string chosenDocument(const Session& session, unsigned long serial,
+                           const ConfigOptions& options) {
     const Choice choice = choose(loadDescription(session, serial), options.optics, options.range);
     if (!isCharacterData(choice.text))
         refuseText("the optics text", choice.text, "ask the vendor for another description");
@@ -90,7 +91,7 @@ std::string suggestingDocument(const Session& session, unsigned long serial) {
     return manager->generateConfiguration(serial);
 }
 
-Status run(Session& session, const Options& options) {
+Status runConfig(Session& session, const ConfigOptions& options) {
     const unsigned long serial = chosenCamera(options.serial, "config");
     if (!isCharacterData(session.directory))
         refuseText("the directory", session.directory, "choose another with --dir");
@@ -119,7 +120,7 @@ Status run(Session& session, const Options& options) {
 }  // namespace
 
 Run addConfig(CLI::App& command) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConfigOptions>();
     addSerialArgument(command, options->serial);
     command
         .add_option("--optics", options->optics,
@@ -136,7 +137,7 @@ Run addConfig(CLI::App& command) {
     command.add_flag("--force", options->mayReplace, "With -o: replace a file that is there")
         ->needs(file);
     command.footer("Example: thermika config --optics 33 --range -20..100 -o camera.xml");
-    return [options](Session& session) { return run(session, *options); };
+    return [options](Session& session) { return runConfig(session, *options); };
 }
 
 }  // namespace thermika::cli

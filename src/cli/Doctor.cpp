@@ -197,7 +197,7 @@ Json document(const Session& session, const std::vector<Check>& checks, bool isH
     return whole;
 }
 
-Status run(Session& session, const std::string& serialText) {
+Status runDoctor(Session& session, const std::string& serialText) {
     const dax::BusListing bus = attachedDevices();
     const auto serials = camerasMeant(serialText, bus);
     std::vector<Check> checks;
@@ -234,7 +234,7 @@ Run addDoctor(CLI::App& command) {
     const auto serial = std::make_shared<std::string>();
     addSerialArgument(command, *serial, "every attached camera");
     command.footer("Example: thermika doctor");
-    return [serial](Session& session) { return run(session, *serial); };
+    return [serial](Session& session) { return runDoctor(session, *serial); };
 }
 
 }  // namespace thermika::cli

@@ -24,7 +24,7 @@ namespace thermika::cli {
 
 namespace {
 
-struct Options {
+struct FetchOptions {
     std::string serial;
     std::string from;
     bool isAll = false;
@@ -97,7 +97,7 @@ bool isWritableDirectory(const std::string& path) {
 }
 
 /// The first thing to find out when a source gives nothing; ends in "; ", or "" for a folder.
-std::string questionFor(const Options& options) {
+std::string questionFor(const FetchOptions& options) {
     if (std::holds_alternative<fetch::Folder>(sourceFrom(options.from))) return "";
     return "does it answer? thermika online" +
            (options.from.empty() ? "" : " --from " + options.from) + "; ";
@@ -106,7 +106,7 @@ std::string questionFor(const Options& options) {
 /// One fetch, or its plan.
 class Fetching {
 public:
-    Fetching(const Session& session, unsigned long serial, const Options& options)
+    Fetching(const Session& session, unsigned long serial, const FetchOptions& options)
         : m_session(session), m_serial(serial), m_options(options) {}
 
     Result run() {
@@ -197,7 +197,7 @@ private:
 
     const Session& m_session;
     unsigned long m_serial;
-    const Options& m_options;
+    const FetchOptions& m_options;
     Cancellation m_cancellation;
     bool m_isWholeSet = false;
     bool m_isTooLong = false;  ///< what the description lists
@@ -205,7 +205,7 @@ private:
 
 Json textOrNull(const std::string& bytes) { return bytes.empty() ? Json() : jsonText(bytes); }
 
-Json document(const Session& session, unsigned long serial, const Options& options,
+Json document(const Session& session, unsigned long serial, const FetchOptions& options,
               const Result& result) {
     Json list = Json::array();
     for (const fetch::FileReport& file : result.files) {
@@ -240,7 +240,7 @@ std::string planText(const Result& result) {
 }
 
 /// What may help to get the files that are lacking.
-std::string nextSteps(const Options& options, const Result& result) {
+std::string nextSteps(const FetchOptions& options, const Result& result) {
     const bool isServer = !std::holds_alternative<fetch::Folder>(sourceFrom(options.from));
     constexpr long kGood = 200;
     bool isUnanswered = false;
@@ -255,7 +255,7 @@ std::string nextSteps(const Options& options, const Result& result) {
 }
 
 /// What is missing and why, and what to do.
-void explain(const Session& session, const Options& options, const Result& result,
+void explain(const Session& session, const FetchOptions& options, const Result& result,
              bool isCancelled) {
     std::size_t lacking = 0;
     for (const fetch::FileReport& file : result.files) {
@@ -278,7 +278,7 @@ void explain(const Session& session, const Options& options, const Result& resul
                          nextSteps(options, result) + ")");
 }
 
-Status run(Session& session, const Options& options) {
+Status runFetch(Session& session, const FetchOptions& options) {
     const unsigned long serial = chosenCamera(options.serial, "fetch");
     Fetching fetching(session, serial, options);
     const Result result = fetching.run();
@@ -310,7 +310,7 @@ void refuseAbove(const CLI::Option& option, std::uint64_t value, const std::stri
 }  // namespace
 
 Run addFetch(CLI::App& command) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<FetchOptions>();
     addSerialArgument(command, options->serial);
     command
         .add_option("--from", options->from,
@@ -356,7 +356,7 @@ Run addFetch(CLI::App& command) {
         refuseAbove(*timeout, static_cast<std::uint64_t>(options->timeoutSeconds), "--max-time",
                     static_cast<std::uint64_t>(options->maxSeconds));
         refuseAbove(*maxSize, options->maxBytes, "--max-total", options->maxTotalBytes);
-        return run(session, *options);
+        return runFetch(session, *options);
     };
 }
 

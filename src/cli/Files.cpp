@@ -13,13 +13,11 @@ namespace thermika::cli {
 
 namespace {
 
-struct Options {
+struct FilesOptions {
     std::string serial;
     bool isMissingOnly = false;
     bool isZeroSeparated = false;
 };
-
-bool isPresent(const CameraFile& each) { return each.status.state == dax::FileState::kPresent; }
 
 const char* kindWord(dax::FileKind kind) {
     switch (kind) {
@@ -34,16 +32,16 @@ const char* kindWord(dax::FileKind kind) {
 }
 
 Json document(const Session& session, unsigned long serial, const CameraFiles& files,
-              const Options& options) {
+              const FilesOptions& options) {
     Json list = Json::array();
     for (const CameraFile& file : files.files) {
-        if (options.isMissingOnly && isPresent(file)) continue;
+        if (options.isMissingOnly && file.isPresent()) continue;
         Json each;
         each["name"] = jsonText(file.file.name);
         each["kind"] = kindWord(file.file.kind);
         each["state"] = stateWord(file.status.state);
-        each["bytes"] = isPresent(file) ? Json(file.status.bytes) : Json();
-        each["reason"] = isPresent(file) ? Json() : jsonText(stateText(file.status));
+        each["bytes"] = file.isPresent() ? Json(file.status.bytes) : Json();
+        each["reason"] = file.isPresent() ? Json() : jsonText(stateText(file.status));
         list.push_back(each);
     }
     Json whole;
@@ -59,7 +57,7 @@ Json document(const Session& session, unsigned long serial, const CameraFiles& f
 std::string table(const Session& session, const CameraFiles& files) {
     Table result({{"SIZE", true}, {"STATE"}, {"NAME"}});
     for (const CameraFile& file : files.files) {
-        const bool isHere = isPresent(file);
+        const bool isHere = file.isPresent();
         result.add({{isHere ? std::to_string(file.status.bytes) : "-"},
                     {stateText(file.status), isHere ? Style::kGood : Style::kBad},
                     {shown(file.file.name)}});
@@ -71,7 +69,7 @@ std::string table(const Session& session, const CameraFiles& files) {
 std::string missingNames(const CameraFiles& files, bool isZeroSeparated) {
     std::string names;
     for (const CameraFile& file : files.files) {
-        if (isPresent(file)) continue;
+        if (file.isPresent()) continue;
         // Zero bytes are for programs, which want the names as they are.
         names += isZeroSeparated ? file.file.name : shown(file.file.name);
         names += isZeroSeparated ? '\0' : '\n';
@@ -89,7 +87,7 @@ Status statusOf(const CameraFiles& files) {
     return files.isComplete() ? Status::kYes : Status::kNo;
 }
 
-Status run(Session& session, const Options& options) {
+Status runFiles(Session& session, const FilesOptions& options) {
     const unsigned long serial = chosenCamera(options.serial, "files");
     const CameraFiles files = lookAtFiles(session, serial);
     const Status status = statusOf(files);
@@ -113,14 +111,14 @@ Status run(Session& session, const Options& options) {
 }  // namespace
 
 Run addFiles(CLI::App& command) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<FilesOptions>();
     addSerialArgument(command, options->serial);
     CLI::Option* const missing = command.add_flag("--missing", options->isMissingOnly,
                                                   "Print only the names of what is not there");
     command.add_flag("-0", options->isZeroSeparated, "With --missing: zero bytes between names")
         ->needs(missing);
     command.footer("Example: thermika files 14080045 --missing");
-    return [options](Session& session) { return run(session, *options); };
+    return [options](Session& session) { return runFiles(session, *options); };
 }
 
 }  // namespace thermika::cli

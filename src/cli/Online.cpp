@@ -15,7 +15,7 @@ namespace {
 constexpr unsigned kSeconds = 10;
 constexpr const char* kNextStep = " (another server or a folder: --from)";
 
-Status run(Session& session, const std::string& from) {
+Status runOnline(Session& session, const std::string& from) {
     const ServerAnswer answer = askServer(from, kSeconds);
     if (!answer.isKnown) throw Problem(Status::kFailed, answerText(answer) + kNextStep);
     Output& output = session.output;
@@ -35,7 +35,7 @@ Run addOnline(CLI::App& command) {
     command.add_option("--from", *from, "Ask a mirror of the vendor's server, or look at a folder")
         ->type_name("URL|FOLDER");
     command.footer("Example: thermika online");
-    return [from](Session& session) { return run(session, *from); };
+    return [from](Session& session) { return runOnline(session, *from); };
 }
 
 }  // namespace thermika::cli

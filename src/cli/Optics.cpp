@@ -68,7 +68,7 @@ std::vector<Optics> listOptics(ConfigCali& cali) {
 void countLacking(const CameraFiles& files, unsigned long serial, std::vector<Optics>& all) {
     std::unordered_set<std::string_view> lacking;
     for (const CameraFile& each : files.files)
-        if (each.status.state != dax::FileState::kPresent) lacking.insert(each.file.name);
+        if (!each.isPresent()) lacking.insert(each.file.name);
     for (const dax::ExpectedFile& each : dax::expectedFiles(static_cast<int>(serial))) {
         if (each.opticsIndex < 0 || lacking.count(each.name) == 0) continue;
         auto& ranges = all[static_cast<std::size_t>(each.opticsIndex)].ranges;
@@ -139,7 +139,7 @@ Table table(const std::vector<Optics>& all) {
     return result;
 }
 
-Status run(Session& session, const std::string& serialText) {
+Status runOptics(Session& session, const std::string& serialText) {
     const unsigned long serial = chosenCamera(serialText, "optics");
     const CameraFiles files = lookAtFiles(session, serial);
     if (files.description.cali == nullptr)
@@ -160,7 +160,7 @@ Run addOptics(CLI::App& command) {
     const auto serial = std::make_shared<std::string>();
     addSerialArgument(command, *serial);
     command.footer("Example: thermika optics 14080045");
-    return [serial](Session& session) { return run(session, *serial); };
+    return [serial](Session& session) { return runOptics(session, *serial); };
 }
 
 }  // namespace thermika::cli

@@ -17,13 +17,13 @@ namespace thermika::cli {
 
 namespace {
 
-double milliseconds(std::chrono::microseconds duration) {
+double inMilliseconds(std::chrono::microseconds duration) {
     return static_cast<double>(duration.count()) / 1000;
 }
 
-std::string durationText(std::chrono::microseconds duration) {
+std::string delayText(std::chrono::microseconds duration) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f ms", milliseconds(duration));
+    std::snprintf(text, sizeof text, "%.1f ms", inMilliseconds(duration));
     return text;
 }
 
@@ -61,9 +61,9 @@ std::string answerText(const ServerAnswer& answer) {
     if (!report.answers) return address + " does not answer: " + report.reason;
     std::string text = address + " answers";
     if (report.httpStatus != 0)
-        text += " after " + durationText(report.answered) + " (connected after " +
-                durationText(report.connected) + ", HTTP status " +
-                std::to_string(report.httpStatus) + ")";
+        text += " after " + delayText(report.answered) + " (connected after " +
+                delayText(report.connected) + ", HTTP status " + std::to_string(report.httpStatus) +
+                ")";
     if (!report.base.empty()) text += "; the files are below " + report.base;
     if (!report.reason.empty()) text += ", but not as it should: " + report.reason;
     return text;
@@ -82,8 +82,8 @@ Json answerDocument(const ServerAnswer& answer) {
     whole["base"] = textOrNull(report.base);
     whole["httpStatus"] = report.httpStatus == 0 ? Json() : Json(report.httpStatus);
     const bool isMeasured = report.httpStatus != 0;  // of a folder nothing is
-    whole["connectedMs"] = isMeasured ? Json(milliseconds(report.connected)) : Json();
-    whole["answeredMs"] = isMeasured ? Json(milliseconds(report.answered)) : Json();
+    whole["connectedMs"] = isMeasured ? Json(inMilliseconds(report.connected)) : Json();
+    whole["answeredMs"] = isMeasured ? Json(inMilliseconds(report.answered)) : Json();
     return whole;
 }
 

@@ -25,7 +25,7 @@ namespace thermika::cli {
 
 namespace {
 
-struct Arguments {
+struct ValidateArguments {
     std::string file;
     std::string serialText;
 };
@@ -66,7 +66,7 @@ std::string readDocument(const std::string& path) {
 
 /// What the schema cannot know: the document's camera and what that camera was calibrated for.
 std::vector<Finding> checkAgainstCamera(const Session& session, const ImagerSettings& settings,
-                                        const Arguments& arguments) {
+                                        const ValidateArguments& arguments) {
     const DocumentNumber serial = settings.serial.value();
     const auto number = static_cast<unsigned long>(serial.value);
     if (!arguments.serialText.empty() && chosenCamera(arguments.serialText, "validate") != number)
@@ -94,7 +94,7 @@ Json document(const std::string& file, const DocumentFindings& result) {
     return whole;
 }
 
-Status run(Session& session, const Arguments& arguments) {
+Status runValidate(Session& session, const ValidateArguments& arguments) {
     // libxml2 goes on without the memory that it did not get: it judges half a document or crashes.
     xmlMemSetup(std::free, allocate, reallocate, duplicate);
     if (!arguments.serialText.empty()) chosenCamera(arguments.serialText, "validate");
@@ -118,13 +118,13 @@ Status run(Session& session, const Arguments& arguments) {
 }  // namespace
 
 Run addValidate(CLI::App& command) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ValidateArguments>();
     command.add_option("FILE", arguments->file, "The configuration document")
         ->required()
         ->type_name("");
     addSerialArgument(command, arguments->serialText, "the one in the document");
     command.footer("Example: thermika validate camera.xml");
-    return [arguments](Session& session) { return run(session, *arguments); };
+    return [arguments](Session& session) { return runValidate(session, *arguments); };
 }
 
 }  // namespace thermika::cli

@@ -13,7 +13,7 @@ namespace thermika::cli {
 
 namespace {
 
-using Optics = std::vector<dax::OpticsEntry>;
+using OpticsList = std::vector<dax::OpticsEntry>;
 
 /// "a, b or c"; each once.
 std::string oneOf(const std::vector<std::string>& all) {
@@ -32,27 +32,27 @@ std::string rangeText(long min, long max) {
     return std::to_string(min) + " to " + std::to_string(max);
 }
 
-std::string fieldsOfView(const Optics& optics) {
+std::string fieldsOfView(const OpticsList& optics) {
     std::vector<std::string> words;
     for (const dax::OpticsEntry& entry : optics) words.push_back(std::to_string(entry.fov));
     return oneOf(words);
 }
 
-std::string texts(const Optics& optics) {
+std::string texts(const OpticsList& optics) {
     std::vector<std::string> words;
     for (const dax::OpticsEntry& entry : optics)
-        if (!entry.text.empty()) words.push_back(quoted(entry.text));
+        if (!entry.text.empty()) words.push_back(inQuotes(entry.text));
     return oneOf(words);
 }
 
-std::string ranges(const Optics& optics) {
+std::string ranges(const OpticsList& optics) {
     std::vector<std::string> words;
     for (const dax::OpticsEntry& entry : optics)
         for (const auto& [min, max] : entry.tempRanges) words.push_back(rangeText(min, max));
     return oneOf(words);
 }
 
-bool hasRange(const Optics& optics, long min, long max) {
+bool hasRange(const OpticsList& optics, long min, long max) {
     return std::any_of(optics.begin(), optics.end(), [min, max](const dax::OpticsEntry& entry) {
         return std::any_of(
             entry.tempRanges.begin(), entry.tempRanges.end(),
@@ -61,8 +61,8 @@ bool hasRange(const Optics& optics, long min, long max) {
 }
 
 template <typename Predicate>
-Optics only(const Optics& optics, Predicate isWanted) {
-    Optics kept;
+OpticsList only(const OpticsList& optics, Predicate isWanted) {
+    OpticsList kept;
     std::copy_if(optics.begin(), optics.end(), std::back_inserter(kept), isWanted);
     return kept;
 }
@@ -77,7 +77,8 @@ std::string advice(const std::string& choices, const char* whenNone, const char*
     return choices.empty() ? whenNone : "give " + choices + how;
 }
 
-std::vector<Finding> checkWithoutFieldOfView(const ImagerSettings& settings, const Optics& optics) {
+std::vector<Finding> checkWithoutFieldOfView(const ImagerSettings& settings,
+                                             const OpticsList& optics) {
     if (!hasLimits(settings) && !hasText(settings)) return {};
     const char* const what = hasLimits(settings) ? "limits stand" : "a text stands";
     const long line = hasLimits(settings) ? settings.minTempC->line : settings.opticsText->line;
@@ -98,17 +99,17 @@ std::vector<Finding> checkChoice(const ImagerSettings& settings,
     const DocumentNumber fov = *settings.fovDeg;
     const std::string degrees = std::to_string(fov.value) + " degrees";
 
-    Optics chosen =
+    OpticsList chosen =
         only(optics, [fov](const dax::OpticsEntry& entry) { return entry.fov == fov.value; });
     if (chosen.empty())
         return {{fov.line, "the camera has no optics of " + degrees,
                  advice(fieldsOfView(optics), "remove <fov>: its description names no optics")}};
     if (hasText(settings)) {
         const DocumentText& text = *settings.opticsText;
-        const Optics named = only(
+        const OpticsList named = only(
             chosen, [&text](const dax::OpticsEntry& entry) { return entry.text == text.value; });
         if (named.empty())
-            return {{text.line, "no optics of " + degrees + " has the text " + quoted(text.value),
+            return {{text.line, "no optics of " + degrees + " has the text " + inQuotes(text.value),
                      advice(texts(chosen), "leave it empty")}};
         chosen = named;
     }

@@ -16,6 +16,7 @@
 #include "cli/ValidateMarkup.h"
 #include "cli/ValidateNames.h"
 #include "cli/ValidateSchema.h"
+#include "cli/XmlText.h"
 
 namespace thermika::cli {
 
@@ -30,13 +31,6 @@ struct ValidatorDeleter {
 std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
 
 bool isElement(const xmlNode* node) { return node->type == XML_ELEMENT_NODE; }
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    const std::size_t from = text.find_first_not_of(kBlanks);
-    if (from == std::string_view::npos) return {};
-    return text.substr(from, text.find_last_not_of(kBlanks) + 1 - from);
-}
 
 void removeNode(xmlNode* node) {
     xmlUnlinkNode(node);
@@ -121,7 +115,7 @@ private:
             add(at->second, "\"-->\" ends no comment",
                 "of the two comment lines around the suggested field of view, remove both or none");
         else
-            add(at->second, "the text " + quoted(shown) + " stands between elements",
+            add(at->second, "the text " + inQuotes(shown) + " stands between elements",
                 "remove it, or put it between \"<!--\" and \"-->\"");
         removeNode(text);
     }
@@ -137,7 +131,7 @@ private:
                 reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace)
                 continue;
             add(lineOf(element),
-                tag(nameOf(element)) + " has the attribute " + quoted(nameOf(node)), "remove it");
+                tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)), "remove it");
             xmlRemoveProp(attribute);
         }
     }
@@ -191,7 +185,8 @@ private:
             return;
         }
         const std::string content = contentOf(node);
-        add(lineOf(node), tag(name) + (content.empty() ? " is empty" : " holds " + quoted(content)),
+        add(lineOf(node),
+            tag(name) + (content.empty() ? " is empty" : " holds " + inQuotes(content)),
             "give " + known->words);
     }
 

@@ -11,12 +11,13 @@
 #include <iterator>
 #include <new>
 
+#include "cli/XmlText.h"
+
 namespace thermika::cli {
 
 namespace {
 
 constexpr std::size_t kMostQuotedBytes = 80;
-constexpr std::string_view kBlanks = " \t\r\n";
 
 struct ContextDeleter {
     void operator()(xmlParserCtxt* context) const {
@@ -25,12 +26,6 @@ struct ContextDeleter {
     }
 };
 using ContextPointer = std::unique_ptr<xmlParserCtxt, ContextDeleter>;
-
-struct XmlTextDeleter {
-    void operator()(xmlChar* text) const { xmlFree(text); }
-};
-
-std::string_view view(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
 struct MessageRow {
     int code;
@@ -60,12 +55,6 @@ constexpr MessageRow kMessages[] = {
     {XML_ERR_INVALID_CHAR, "a character is not allowed in a document", "remove it"},
 };
 
-std::string trimmed(std::string_view text) {
-    const std::size_t from = std::min(text.find_first_not_of(kBlanks), text.size());
-    const std::size_t to = text.find_last_not_of(kBlanks) + 1;  // 0 when there is none
-    return std::string(text.substr(from, std::max(from, to) - from));
-}
-
 Finding findingOf(const xmlError& error) {
     const long line = std::max(error.line, 1);
     if (error.code == XML_ERR_TAG_NAME_MISMATCH && error.str1 != nullptr && error.str2 != nullptr) {
@@ -77,7 +66,8 @@ Finding findingOf(const xmlError& error) {
     }
     for (const MessageRow& row : kMessages)
         if (row.code == error.code) return {line, row.wrong, row.right};
-    return {line, "the markup is wrong: " + trimmed(error.message != nullptr ? error.message : ""),
+    const std::string_view words = error.message != nullptr ? error.message : "";
+    return {line, "the markup is wrong: " + std::string(trimmed(words)),
             "correct it here or shortly before"};
 }
 
@@ -156,11 +146,11 @@ std::string nameOf(const xmlNode* node) {
 }
 
 std::string contentOf(const xmlNode* node) {
-    const std::unique_ptr<xmlChar, XmlTextDeleter> text(xmlNodeGetContent(node));
+    const XmlText text(xmlNodeGetContent(node));
     return text ? std::string(view(text.get())) : std::string();
 }
 
-std::string quoted(std::string_view bytes) {
+std::string inQuotes(std::string_view bytes) {
     if (bytes.size() <= kMostQuotedBytes) return '"' + std::string(bytes) + '"';
     std::size_t end = kMostQuotedBytes;
     while (end > 0 && (static_cast<unsigned char>(bytes[end]) & 0xC0U) == 0x80U) --end;

@@ -37,6 +37,6 @@ std::string nameOf(const xmlNode* node);
 std::string contentOf(const xmlNode* node);
 
 /// `bytes` between quotes, cut where they are long.
-std::string quoted(std::string_view bytes);
+std::string inQuotes(std::string_view bytes);
 
 }  // namespace thermika::cli

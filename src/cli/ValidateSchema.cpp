@@ -6,20 +6,15 @@
 #include <algorithm>
 #include <new>
 
+#include "cli/XmlText.h"
+
 namespace thermika::cli {
 
 namespace {
 
-struct XmlTextDeleter {
-    void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using XmlText = std::unique_ptr<xmlChar, XmlTextDeleter>;
-
 struct ParserDeleter {
     void operator()(xmlSchemaParserCtxt* context) const { xmlSchemaFreeParserCtxt(context); }
 };
-
-std::string_view view(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
 std::string attribute(xmlNode* node, const char* name) {
     const XmlText value(xmlGetNoNsProp(node, reinterpret_cast<const xmlChar*>(name)));
