@@ -28,7 +28,7 @@ const RunResult kLooksOnTheBus{kNoCamera, kNoBus, kToolFailure};
 const RunResult kWrongSerial{"", kEightDigitsNeeded, kToolFailure};
 const RunResult kSilentEnd{"", "", kToolFailure};
 
-RunResult document(const std::string& serial) {
+RunResult delivered(const std::string& serial) {
     ExpectedDocument expected;
     expected.serial = serial;
     return {expected.text() + "\n", "", 0};
@@ -36,15 +36,15 @@ RunResult document(const std::string& serial) {
 
 TEST(DriverOptions, takesTheSerialNumberWithoutTouchingTheBus) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"-d", "12345678"}), document("12345678"));
-        EXPECT_EQ(runTool({"-d12345678"}), document("12345678"));
+        EXPECT_EQ(runTool({"-d", "12345678"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-d12345678"}), delivered("12345678"));
     });
 }
 
 TEST(DriverOptions, acceptsTheLowestAndTheHighestSerialNumberOfEightDigits) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"-d", "10000000"}), document("10000000"));
-        EXPECT_EQ(runTool({"-d", "99999999"}), document("99999999"));
+        EXPECT_EQ(runTool({"-d", "10000000"}), delivered("10000000"));
+        EXPECT_EQ(runTool({"-d", "99999999"}), delivered("99999999"));
     });
 }
 
@@ -66,10 +66,10 @@ TEST(DriverOptions, refusesSerialNumbersThatOverflow) {
 
 TEST(DriverOptions, acceptsLeadingZerosAndTrailingLetters) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"-d", "012345678"}), document("12345678"));
-        EXPECT_EQ(runTool({"-d", std::string(300, '0') + "12345678"}), document("12345678"));
-        EXPECT_EQ(runTool({"-d", "12345678abc"}), document("12345678"));
-        EXPECT_EQ(runTool({"-d", "12345678.9 %s%n\n"}), document("12345678"));
+        EXPECT_EQ(runTool({"-d", "012345678"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-d", std::string(300, '0') + "12345678"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-d", "12345678abc"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-d", "12345678.9 %s%n\n"}), delivered("12345678"));
     });
 }
 
@@ -99,7 +99,7 @@ TEST(DriverOptions, looksOnTheBusWithoutOptions) {
 
 TEST(DriverOptions, takesTheLastOfSeveralSerialNumbers) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"-d", "12345678", "-d", "87654321"}), document("87654321"));
+        EXPECT_EQ(runTool({"-d", "12345678", "-d", "87654321"}), delivered("87654321"));
     });
 }
 
@@ -109,8 +109,8 @@ TEST(DriverOptions, failsOnTheSecondSerialNumberAfterAGoodOne) {
 
 TEST(DriverOptions, keepsTheSerialNumberWhenALaterOneIsIgnored) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"-d", "12345678", "-d", "abc"}), document("12345678"));
-        EXPECT_EQ(runTool({"-d", "abc", "-d", "12345678"}), document("12345678"));
+        EXPECT_EQ(runTool({"-d", "12345678", "-d", "abc"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-d", "abc", "-d", "12345678"}), delivered("12345678"));
     });
 }
 
@@ -185,8 +185,8 @@ TEST(DriverOptions, refusesAWrongSerialNumberAfterASourceDirectory) {
 
 TEST(DriverOptions, neverExaminesArgumentsThatAreNoOptions) {
     inSandbox([] {
-        EXPECT_EQ(runTool({"5", "-d", "12345678", "x"}), document("12345678"));
-        EXPECT_EQ(runTool({"-", "-d", "12345678", "--", "-x", "-d", "5"}), document("12345678"));
+        EXPECT_EQ(runTool({"5", "-d", "12345678", "x"}), delivered("12345678"));
+        EXPECT_EQ(runTool({"-", "-d", "12345678", "--", "-x", "-d", "5"}), delivered("12345678"));
         EXPECT_EQ(runTool({"--", "-d", "12345678"}), kLooksOnTheBus);
         EXPECT_EQ(runTool({"12345678"}), kLooksOnTheBus);
         EXPECT_EQ(runTool({""}), kLooksOnTheBus);
@@ -196,7 +196,7 @@ TEST(DriverOptions, neverExaminesArgumentsThatAreNoOptions) {
 TEST(DriverOptions, takesNoNoticeOfTheEnvironmentsLocale) {
     inSandbox([] {
         const auto german = [] { setenv("LC_ALL", "de_DE.UTF-8", 1); };
-        EXPECT_EQ(runTool({"-d", "12345678"}, german), document("12345678"));
+        EXPECT_EQ(runTool({"-d", "12345678"}, german), delivered("12345678"));
         EXPECT_EQ(runTool({"-d", "5"}, german), kWrongSerial);
         EXPECT_EQ(runTool({"-x"}, german),
                   (RunResult{"", "genconfig: invalid option -- 'x'\n", kToolFailure}));

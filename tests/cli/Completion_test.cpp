@@ -49,7 +49,7 @@ std::set<std::string> optionsOf(const CompletionCommand& command, const Completi
     return names;
 }
 
-std::set<std::string> wordsOf(const std::string& text) {
+std::set<std::string> distinctWords(const std::string& text) {
     std::istringstream in(text);
     std::set<std::string> words;
     for (std::string word; in >> word;) words.insert(word);
@@ -118,13 +118,14 @@ TEST(Completion, namesEveryCommandAndOptionInBashAndZsh) {
         for (const CompletionCommand& command : expected.commands) {
             commands.insert(command.name);
             EXPECT_EQ(
-                wordsOf(run(shell, {shell, "-c", begin + "_thermika_options " + command.name}).out),
+                distinctWords(
+                    run(shell, {shell, "-c", begin + "_thermika_options " + command.name}).out),
                 optionsOf(command, expected.shared))
                 << shell;
         }
         const std::string words = run(shell, {shell, "-c", begin + "_thermika_argument '' 0"}).out;
         ASSERT_EQ(words.substr(0, 6), "words:");
-        EXPECT_EQ(wordsOf(words.substr(6)), commands) << shell;
+        EXPECT_EQ(distinctWords(words.substr(6)), commands) << shell;
     }
 }
 
@@ -134,11 +135,12 @@ TEST(Completion, namesEveryCommandAndOptionInFish) {
     std::set<std::string> commands;
     for (const CompletionCommand& command : expected.commands) {
         commands.insert(command.name);
-        std::set<std::string> offered = wordsOf(offeredByFish("thermika " + command.name + " -"));
-        offered.merge(wordsOf(offeredByFish("thermika " + command.name + " --")));
+        std::set<std::string> offered =
+            distinctWords(offeredByFish("thermika " + command.name + " -"));
+        offered.merge(distinctWords(offeredByFish("thermika " + command.name + " --")));
         EXPECT_EQ(offered, optionsOf(command, expected.shared)) << command.name;
     }
-    EXPECT_EQ(wordsOf(offeredByFish("thermika ")), commands);
+    EXPECT_EQ(distinctWords(offeredByFish("thermika ")), commands);
 }
 
 TEST(Completion, scriptsHaveNoSyntaxErrors) {

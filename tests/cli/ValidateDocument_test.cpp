@@ -29,12 +29,12 @@ using thermika_test::RunResult;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
-constexpr const char* kDocuments = THERMIKA_TEST_DATA "/documents";
+constexpr const char* kDocumentFolders = THERMIKA_TEST_DATA "/documents";
 constexpr const char* kSchema = THERMIKA_SHARE "/imager.xsd";
 
 std::vector<fs::path> documentsIn(const std::string& folder) {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(kDocuments + ("/" + folder)))
+    for (const auto& entry : fs::directory_iterator(kDocumentFolders + ("/" + folder)))
         files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     return files;
@@ -74,7 +74,7 @@ TEST(ValidateDocument, namesLineFaultAndRemedyOfEachBrokenEdit) {
     std::string found;
     for (const fs::path& file : documentsIn("broken"))
         found += linesOf(file.filename(), checkDocument(readFile(file)).findings);
-    EXPECT_EQ(found, readFile(kDocuments + std::string("/findings.txt")));
+    EXPECT_EQ(found, readFile(kDocumentFolders + std::string("/findings.txt")));
 }
 
 TEST(ValidateDocument, agreesWithXmllintOnEveryBrokenEdit) {

@@ -18,7 +18,6 @@ using thermika::fetch::Folder;
 using thermika::fetch::Progress;
 using thermika::fetch::Request;
 
-const std::string kFolder = "/14/1408/Califiles%20SN14080045/";
 constexpr const char* kRefusal = "refused, the file name contains \"/\"\n";
 
 Request followed(const std::vector<std::string>& names, const std::vector<std::string>& more) {
@@ -49,7 +48,7 @@ TEST(Call, fetchesWhatFollowsOverTheSameConnection) {
                   std::string("first.dat: fetched\nsecond.dat: fetched\n../third: ") + kRefusal);
         EXPECT_EQ(contents(kFetched), (Files{{"first.dat", "first"}, {"second.dat", "second"}}));
         EXPECT_EQ(FetchSandbox::requests(),
-                  (Texts{kLinksPath, kFolder + "first.dat", kFolder + "second.dat"}));
+                  (Texts{kLinksPath, kEncodedFolder + "first.dat", kEncodedFolder + "second.dat"}));
         EXPECT_EQ(FetchSandbox::connections(), 1U);
         EXPECT_EQ(told, "first.dat ../third second.dat ");
         EXPECT_EQ(files, 3U);

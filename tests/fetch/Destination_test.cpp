@@ -44,12 +44,12 @@ using thermika::fetch::Request;
 const std::string kPart = ".thermika-fetch-0123456789abcdef.part";
 
 /// A folder with a.dat and b.dat to fetch from, and a path to fetch to.
-struct World {
+struct DestinationWorld {
     TempDir home;
     std::string source = home / "medium";
     std::string destination = home / "cali";
 
-    World() {
+    DestinationWorld() {
         fs::create_directories(source);
         writeFile(source + "/a.dat", "new a");
         writeFile(source + "/b.dat", "new b");
@@ -69,7 +69,7 @@ constexpr const char* kBothFetched = "a.dat: fetched\nb.dat: fetched\n";
 const Files kBothFiles = {{"a.dat", "new a"}, {"b.dat", "new b"}};
 
 TEST(Destination, keepsWhatIsThereAndFetchesTheRest) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.inDestination("a.dat"), "old");
     const Report report = world.fetch();
@@ -79,7 +79,7 @@ TEST(Destination, keepsWhatIsThereAndFetchesTheRest) {
 }
 
 TEST(Destination, replacesWhatIsThereWhenAsked) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.inDestination("a.dat"), "old and longer than the new one");
     Request request = world.request();
@@ -89,7 +89,7 @@ TEST(Destination, replacesWhatIsThereWhenAsked) {
 }
 
 TEST(Destination, replacesAnEmptyFile) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.inDestination("a.dat"), "");
     EXPECT_EQ(linesOf(world.fetch()), kBothFetched);
@@ -97,7 +97,7 @@ TEST(Destination, replacesAnEmptyFile) {
 }
 
 TEST(Destination, replacesALinkAndAFifoWithoutFollowingOrOpeningThem) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.home / "elsewhere", "untouched");
     fs::create_symlink("../elsewhere", world.inDestination("a.dat"));
@@ -110,7 +110,7 @@ TEST(Destination, replacesALinkAndAFifoWithoutFollowingOrOpeningThem) {
 }
 
 TEST(Destination, leavesAFolderUnderAFinalNameAlone) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.inDestination("a.dat"));
     EXPECT_EQ(linesOf(world.fetch()),
               "a.dat: failed, cannot rename: Is a directory\nb.dat: fetched\n");
@@ -118,7 +118,7 @@ TEST(Destination, leavesAFolderUnderAFinalNameAlone) {
 }
 
 TEST(Destination, isCreatedWithItsParentsForEveryUserWhateverTheUmask) {
-    const World world;
+    const DestinationWorld world;
     const mode_t former = umask(077);
     Request request = world.request();
     request.directory = world.home / "x/y//z/";
@@ -134,7 +134,7 @@ TEST(Destination, isCreatedWithItsParentsForEveryUserWhateverTheUmask) {
 // Somebody who may write to the parent puts a link in the place of what was just made: it was
 // followed, and what it leads to got mode 0755.
 TEST(Destination, followsNoLinkWhereItMadeADirectory) {
-    const World world;
+    const DestinationWorld world;
     const std::string elsewhere = world.home / "elsewhere";
     fs::create_directories(elsewhere);
     ASSERT_EQ(chmod(elsewhere.c_str(), 0700), 0);
@@ -151,7 +151,7 @@ TEST(Destination, followsNoLinkWhereItMadeADirectory) {
 }
 
 TEST(Destination, mayLieBehindALink) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.home / "elsewhere");
     fs::create_symlink("elsewhere", world.home / "link");
     Request request = world.request();
@@ -162,7 +162,7 @@ TEST(Destination, mayLieBehindALink) {
 
 TEST(Destination, isCreatedBelowADirectoryThatMayNotBeRead) {
     inSandbox([] {
-        const World world;
+        const DestinationWorld world;
         fs::create_directories(world.home / "closed/open");
         ASSERT_EQ(chmod((world.home / "closed").c_str(), 0111), 0);
         Request request = world.request();
@@ -173,7 +173,7 @@ TEST(Destination, isCreatedBelowADirectoryThatMayNotBeRead) {
 }
 
 TEST(Destination, keepsTheModeThatItHas) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     ASSERT_EQ(chmod(world.destination.c_str(), 0700), 0);
     EXPECT_EQ(linesOf(world.fetch()), kBothFetched);
@@ -181,7 +181,7 @@ TEST(Destination, keepsTheModeThatItHas) {
 }
 
 TEST(Destination, isNotCreatedWhenNothingMayBeFetched) {
-    const World world;
+    const DestinationWorld world;
     Request request = world.request();
     request.names = {"../a.dat"};
     EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
@@ -191,7 +191,7 @@ TEST(Destination, isNotCreatedWhenNothingMayBeFetched) {
 
 TEST(Destination, thatCannotBeWrittenIsSaidBeforeAnythingIsRead) {
     inSandbox([] {
-        const World world;
+        const DestinationWorld world;
         fs::create_directories(world.destination);
         ASSERT_EQ(chmod(world.destination.c_str(), 0555), 0);
         Request request = world.request();
@@ -208,7 +208,7 @@ TEST(Destination, thatCannotBeWrittenIsSaidBeforeAnythingIsRead) {
 }
 
 TEST(Destination, thatIsAFileIsAProblem) {
-    const World world;
+    const DestinationWorld world;
     writeFile(world.destination, "a file");
     EXPECT_EQ(world.fetch().problem, "cannot open the directory " + world.destination +
                                          ": Not a directory (choose a directory that you may "
@@ -218,7 +218,7 @@ TEST(Destination, thatIsAFileIsAProblem) {
 
 TEST(Destination, onAFullDiskKeepsOldFilesAndNoHalfOnes) {
     inSandbox([] {
-        const World world;
+        const DestinationWorld world;
         fs::create_directories(world.destination);
         mountOver(world.destination, "size=64k");
         writeFile(world.inDestination("a.dat"), "old");
@@ -232,7 +232,7 @@ TEST(Destination, onAFullDiskKeepsOldFilesAndNoHalfOnes) {
 }
 
 TEST(Destination, losesPartFilesOfCallsThatWereKilled) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.inDestination(kPart), "half");
     writeFile(world.inDestination(".thermika-fetch-notes"), "not a part file");
@@ -249,7 +249,7 @@ TEST(Destination, losesPartFilesOfCallsThatWereKilled) {
 
 // A FIFO's writer would go on, and write into nothing.
 TEST(Destination, opensNothingButRegularFilesToFindLeftovers) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     ASSERT_EQ(mkfifo(world.inDestination(kPart).c_str(), 0644), 0);
     const OpenWatch fifo(world.inDestination(kPart));
@@ -259,7 +259,7 @@ TEST(Destination, opensNothingButRegularFilesToFindLeftovers) {
 }
 
 TEST(Destination, losesLeftoversAlsoWhenNothingIsToBeFetched) {
-    const World world;
+    const DestinationWorld world;
     EXPECT_EQ(linesOf(world.fetch()), kBothFetched);
     writeFile(world.inDestination(kPart), "half");
     EXPECT_EQ(linesOf(world.fetch()), "a.dat: present\nb.dat: present\n");
@@ -267,7 +267,7 @@ TEST(Destination, losesLeftoversAlsoWhenNothingIsToBeFetched) {
 }
 
 TEST(Destination, keepsPartFilesThatAnotherCallHolds) {
-    const World world;
+    const DestinationWorld world;
     fs::create_directories(world.destination);
     writeFile(world.inDestination(kPart), "half");
     const int held = open(world.inDestination(kPart).c_str(), O_RDONLY | O_CLOEXEC);
@@ -278,7 +278,7 @@ TEST(Destination, keepsPartFilesThatAnotherCallHolds) {
 }
 
 TEST(Destination, isNotTouchedWhenTheRequestIsWrong) {
-    const World world;
+    const DestinationWorld world;
     Request request = world.request();
     for (const char* const serial : {"", "1408004x", "-1", "123456789012345678901", "14 08"}) {
         request.serial = serial;
@@ -292,7 +292,7 @@ TEST(Destination, isNotTouchedWhenTheRequestIsWrong) {
 }
 
 TEST(Destination, takesARepeatedNameOnceAndNoMoreNamesThanAllowed) {
-    const World world;
+    const DestinationWorld world;
     Request request = world.request();
     request.names = {"a.dat", "a.dat", "b.dat", "c.dat"};
     request.limits.files = 2;
@@ -302,7 +302,7 @@ TEST(Destination, takesARepeatedNameOnceAndNoMoreNamesThanAllowed) {
 }
 
 TEST(Destination, leavesNoDescriptorOpen) {
-    const World world;
+    const DestinationWorld world;
     const std::size_t before = openDescriptors();
     world.fetch();
     EXPECT_EQ(openDescriptors(), before);

@@ -48,12 +48,12 @@ using thermika::fetch::Report;
 using thermika::fetch::Request;
 
 /// A folder to fetch from and one to fetch into.
-struct World {
+struct FolderWorld {
     TempDir home;
     std::string source = home / "medium";
     std::string destination = home / "cali";
 
-    World() { fs::create_directories(source); }
+    FolderWorld() { fs::create_directories(source); }
 
     void add(const std::string& path, const std::string& bytes) const {
         fs::create_directories(fs::path(source + "/" + path).parent_path());
@@ -68,7 +68,7 @@ struct World {
 };
 
 TEST(FolderSource, findsFilesAtAnyDepth) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "top");
     world.add("x/y/z/b.dat", "below");
     const Report report = world.fetch({"a.dat", "b.dat"});
@@ -81,7 +81,7 @@ TEST(FolderSource, findsFilesAtAnyDepth) {
 }
 
 TEST(FolderSource, findsAFileDeeperThanAnyPathAndDescriptorLimit) {
-    const World world;
+    const FolderWorld world;
     int folder = open(world.source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::string name(100, 'd');
     for (int depth = 0; depth < 1100; ++depth) {
@@ -101,7 +101,7 @@ TEST(FolderSource, findsAFileDeeperThanAnyPathAndDescriptorLimit) {
 }
 
 TEST(FolderSource, takesTheFirstOfSeveralFilesWithOneName) {
-    const World world;
+    const FolderWorld world;
     world.add("b/a.dat", "second");
     world.add("a/z/a.dat", "first");
     EXPECT_EQ(linesOf(world.fetch({"a.dat"})), "a.dat: fetched\n");
@@ -109,7 +109,7 @@ TEST(FolderSource, takesTheFirstOfSeveralFilesWithOneName) {
 }
 
 TEST(FolderSource, passesOverFilesThatCannotBeUsed) {
-    const World world;
+    const FolderWorld world;
     world.add("a/a.dat", "");
     world.add("b/a.dat", "good");
     EXPECT_EQ(linesOf(world.fetch({"a.dat"})), "a.dat: fetched\n");
@@ -117,7 +117,7 @@ TEST(FolderSource, passesOverFilesThatCannotBeUsed) {
 }
 
 TEST(FolderSource, followsNoLinksAndOpensNoFifos) {
-    const World world;
+    const FolderWorld world;
     writeFile(world.home / "secret", "not the medium's");
     fs::create_directories(world.home / "elsewhere");
     writeFile(world.home / "elsewhere/behind.dat", "not the medium's");
@@ -136,7 +136,7 @@ TEST(FolderSource, followsNoLinksAndOpensNoFifos) {
 }
 
 TEST(FolderSource, doesNotEnterAFolderThatHasBecomeALink) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "bytes");
     world.add("sub/b.dat", "bytes");
     Request request = world.request({"a.dat", "b.dat"});
@@ -152,7 +152,7 @@ TEST(FolderSource, doesNotEnterAFolderThatHasBecomeALink) {
 }
 
 TEST(FolderSource, mayItselfBeALink) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "bytes");
     fs::create_symlink("medium", world.home / "link");
     const Request request = requestFor({"a.dat"}, Folder{world.home / "link"}, world.destination);
@@ -160,7 +160,7 @@ TEST(FolderSource, mayItselfBeALink) {
 }
 
 TEST(FolderSource, takesNoMoreThanAFileMayHave) {
-    const World world;
+    const FolderWorld world;
     world.add("fits.dat", std::string(1000, 'x'));
     world.add("large.dat", std::string(1001, 'x'));
     Request request = world.request({"fits.dat", "large.dat"});
@@ -173,7 +173,7 @@ TEST(FolderSource, takesNoMoreThanAFileMayHave) {
 }
 
 TEST(FolderSource, takesNoFileThatSomebodyIsWriting) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "bytes");
     g_onStat = [&world] { std::ofstream(world.source + "/a.dat", std::ios::app) << "more"; };
     EXPECT_EQ(linesOf(world.fetch({"a.dat"})),
@@ -182,7 +182,7 @@ TEST(FolderSource, takesNoFileThatSomebodyIsWriting) {
 }
 
 TEST(FolderSource, takesNoMoreThanAllFilesMayHave) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", std::string(600, 'x'));
     world.add("b.dat", std::string(600, 'x'));
     world.add("c.dat", std::string(400, 'x'));
@@ -197,7 +197,7 @@ TEST(FolderSource, takesNoMoreThanAllFilesMayHave) {
 
 TEST(FolderSource, tellsWhichFolderCouldNotBeRead) {
     inSandbox([] {
-        const World world;
+        const FolderWorld world;
         world.add("closed/a.dat", "bytes");
         ASSERT_EQ(chmod((world.source + "/closed").c_str(), 0), 0);
         EXPECT_EQ(linesOf(world.fetch({"a.dat"})),
@@ -211,7 +211,7 @@ TEST(FolderSource, tellsWhichFolderCouldNotBeRead) {
 // With no descriptor left to list a folder, the reason was "Bad file descriptor": closing the one
 // that had not been opened overwrote what the system had answered.
 TEST(FolderSource, tellsOfMissingDescriptorsAsSuch) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "bytes");
     std::string reasons;
     bool isComplete = false;
@@ -232,7 +232,7 @@ TEST(FolderSource, tellsOfMissingDescriptorsAsSuch) {
 }
 
 TEST(FolderSource, thatIsNotThereIsTheProblemOfAllFiles) {
-    const World world;
+    const FolderWorld world;
     const Request request = requestFor({"a.dat"}, Folder{world.home / "none"}, world.destination);
     const std::string problem =
         "cannot read the folder " + (world.home / "none") + ": No such file or directory";
@@ -241,7 +241,7 @@ TEST(FolderSource, thatIsNotThereIsTheProblemOfAllFiles) {
 }
 
 TEST(FolderSource, planTellsTheSameAndTouchesNothing) {
-    const World world;
+    const FolderWorld world;
     world.add("x/a.dat", "bytes");
     world.add("empty.dat", "");
     const Report plan = thermika::fetch::plan(world.request({"a.dat", "empty.dat", "none.dat"}));
@@ -256,7 +256,7 @@ TEST(FolderSource, planTellsTheSameAndTouchesNothing) {
 }
 
 TEST(FolderSource, probeTellsWhetherItCanBeRead) {
-    const World world;
+    const FolderWorld world;
     const auto there = thermika::fetch::probe(world.request({}));
     EXPECT_TRUE(there.answers);
     EXPECT_EQ(there.address, world.source);
@@ -267,7 +267,7 @@ TEST(FolderSource, probeTellsWhetherItCanBeRead) {
 }
 
 TEST(FolderSource, tellsOfEachFileAsItEnds) {
-    const World world;
+    const FolderWorld world;
     world.add("a.dat", "bytes");
     std::vector<std::string> told;
     Request request = world.request({"a.dat", "../x", "b.dat"});
@@ -283,7 +283,7 @@ TEST(FolderSource, tellsOfEachFileAsItEnds) {
 }
 
 TEST(FolderSource, callThatIsCancelledLeavesWholeFilesOnly) {
-    const World world;
+    const FolderWorld world;
     for (const char* const name : {"a.dat", "b.dat", "c.dat"}) world.add(name, "bytes");
     std::atomic<bool> cancel{false};
     Request request = world.request({"a.dat", "b.dat", "c.dat"});
@@ -296,7 +296,7 @@ TEST(FolderSource, callThatIsCancelledLeavesWholeFilesOnly) {
 }
 
 TEST(FolderSource, whatProgressThrowsComesOutAndLeavesWholeFilesOnly) {
-    const World world;
+    const FolderWorld world;
     for (const char* const name : {"a.dat", "b.dat"}) world.add(name, "bytes");
     Request request = world.request({"a.dat", "b.dat"});
     request.progress = [](const Progress& progress) {

@@ -29,13 +29,13 @@ using thermika::fetch::Report;
 using thermika::fetch::Request;
 
 /// Ten files of different length, old ones in the destination and new ones on the server.
-struct World {
+struct ReplacementWorld {
     FetchSandbox server;
     std::vector<std::string> names;
     Files oldFiles;
     Files newFiles;
 
-    World() {
+    ReplacementWorld() {
         fs::create_directories(kFetched);
         for (int i = 0; i < 10; ++i) {
             const std::string name = std::to_string(i) + ".dat";
@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Interruption, AtAnyMoment, testing::Range(0U, kRounds))
 
 TEST_P(AtAnyMoment, killLeavesWholeFilesAndTheNextCallCleansUp) {
     inSandbox([] {
-        const World world;
+        const ReplacementWorld world;
         const auto fetch = [&] { thermika::fetch::fetch(world.request()); };
         const auto whole = timeOf([&] { waitpid(start(fetch), nullptr, 0); });
         EXPECT_EQ(world.countNew(false), world.names.size());
@@ -115,7 +115,7 @@ std::atomic<bool> interruptedBySignal{false};
 
 TEST_P(AtAnyMoment, cancelBySignalLeavesWholeFilesOnly) {
     inSandbox([] {
-        const World world;
+        const ReplacementWorld world;
         const auto fetch = [&] {
             struct sigaction action {};
             action.sa_handler = [](int) { interruptedBySignal = true; };  // calls are interrupted
@@ -144,7 +144,7 @@ TEST_P(AtAnyMoment, cancelBySignalLeavesWholeFilesOnly) {
 
 TEST(Interruption, callsInSeveralProcessesAllSucceed) {
     inSandbox([] {
-        const World world;
+        const ReplacementWorld world;
         std::vector<pid_t> children;
         for (int i = 0; i < 4; ++i)
             children.push_back(start([&] {
@@ -170,7 +170,7 @@ TEST(Interruption, fullDiskKeepsOldFilesAndNoHalfOnes) {
         for (int i = 0; i < 8; ++i) {
             names.push_back(std::to_string(i) + ".dat");
             expected[names.back()] = "old";
-            writeFile(World::path(names.back()), "old");
+            writeFile(ReplacementWorld::path(names.back()), "old");
             FetchSandbox::add(names.back(), std::string(100000, 'n'));
         }
         Request request = serverRequest(names);

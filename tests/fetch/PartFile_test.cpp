@@ -51,19 +51,19 @@ using thermika::fetch::Descriptor;
 using thermika::fetch::Destination;
 using thermika::fetch::PartFile;
 
-struct World {
+struct PartWorld {
     TempDir folder;
     Destination directory{folder.path()};
     Allowance allowance{100, 100};
 
-    World() { EXPECT_TRUE(directory.openExisting()); }
+    PartWorld() { EXPECT_TRUE(directory.openExisting()); }
     std::string part(int digit) const {
         return folder / (".thermika-fetch-000000000000000" + std::to_string(digit) + ".part");
     }
 };
 
 TEST(PartFile, takesNoNameThatIsTaken) {
-    World world;
+    PartWorld world;
     writeFile(world.part(1), "somebody's");
     fs::create_symlink(world.part(1), world.part(2));
     g_numbers = {3, 2, 1};
@@ -74,7 +74,7 @@ TEST(PartFile, takesNoNameThatIsTaken) {
 }
 
 TEST(PartFile, givesUpWhenEveryNameIsTaken) {
-    World world;
+    PartWorld world;
     writeFile(world.part(1), "somebody's");
     g_numbers = std::vector<unsigned long long>(1000, 1);
     PartFile part(world.directory, world.allowance);
@@ -84,7 +84,7 @@ TEST(PartFile, givesUpWhenEveryNameIsTaken) {
 }
 
 TEST(PartFile, isLockedWhileItIsWritten) {
-    World world;
+    PartWorld world;
     g_numbers = {1};
     PartFile part(world.directory, world.allowance);
     ASSERT_TRUE(part.append("bytes"));
@@ -94,7 +94,7 @@ TEST(PartFile, isLockedWhileItIsWritten) {
 }
 
 TEST(PartFile, isMadeAnewWhenItWasTakenForALeftover) {
-    World world;
+    PartWorld world;
     g_numbers = {2, 1};
     g_onLock = [&world] { fs::remove(world.part(1)); };
     PartFile part(world.directory, world.allowance);

@@ -21,8 +21,6 @@ using thermika::fetch::Progress;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
 
-const std::string kFolder = "/14/1408/Califiles%20SN14080045/";
-
 TEST(ServerSource, fetchesFromWhereTheLinksDocumentSays) {
     inSandbox([] {
         const FetchSandbox world;
@@ -31,13 +29,14 @@ TEST(ServerSource, fetchesFromWhereTheLinksDocumentSays) {
         const Report report = thermika::fetch::fetch(serverRequest({"a.dat", "b.dat"}));
         EXPECT_EQ(linesOf(report), "a.dat: fetched\nb.dat: fetched\n");
         EXPECT_EQ(contents(kFetched), (Files{{"a.dat", "bytes of a"}, {"b.dat", "bytes of b"}}));
-        EXPECT_EQ(report.files[0].source, serverAddress(kFolder + "a.dat"));
+        EXPECT_EQ(report.files[0].source, serverAddress(kEncodedFolder + "a.dat"));
         EXPECT_EQ(report.files[0].httpStatus, 200);
         EXPECT_EQ(report.files[0].bytes, 10U);
         EXPECT_EQ(report.files[0].tries, 1U);
         std::vector<std::string> requests = FetchSandbox::requests();
         std::sort(requests.begin() + 1, requests.end());
-        EXPECT_EQ(requests, (Texts{kLinksPath, kFolder + "a.dat", kFolder + "b.dat"}));
+        EXPECT_EQ(requests,
+                  (Texts{kLinksPath, kEncodedFolder + "a.dat", kEncodedFolder + "b.dat"}));
     });
 }
 
@@ -50,7 +49,8 @@ TEST(ServerSource, asksAMirrorForTheFilesAlone) {
             request.replacePresent = true;
             EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: fetched\n");
         }
-        EXPECT_EQ(FetchSandbox::requests(), (Texts{kFolder + "a.dat", kFolder + "a.dat"}));
+        EXPECT_EQ(FetchSandbox::requests(),
+                  (Texts{kEncodedFolder + "a.dat", kEncodedFolder + "a.dat"}));
     });
 }
 
@@ -119,7 +119,7 @@ TEST(ServerSource, planAsksForTheLinksDocumentOnlyAndTouchesNothing) {
         const FetchSandbox world;
         const Report plan = thermika::fetch::plan(serverRequest({"a.dat", "../b"}));
         EXPECT_EQ(linesOf(plan), "a.dat: planned\n../b: refused, the file name contains \"/\"\n");
-        EXPECT_EQ(plan.files[0].source, serverAddress(kFolder + "a.dat"));
+        EXPECT_EQ(plan.files[0].source, serverAddress(kEncodedFolder + "a.dat"));
         EXPECT_EQ(plan.files[0].destination, std::string(kFetched) + "/a.dat");
         EXPECT_EQ(FetchSandbox::requests(), Texts{kLinksPath});
         EXPECT_FALSE(fs::exists(kFetched));

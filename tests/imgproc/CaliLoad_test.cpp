@@ -27,7 +27,7 @@
 namespace thermika_test {
 namespace {
 
-constexpr int kOtherSerial = 12345679;
+constexpr int kOtherCamera = 12345679;
 constexpr int kCannotOpen = -2147024891;
 constexpr uid_t kNobody = 65534;  // root may read everything, this user nothing of ours
 
@@ -72,7 +72,7 @@ TEST(CaliLoad, replacesTheBuiltInDescription) {
     EXPECT_EQ(cali.getOpticsCount(), 1);
     EXPECT_EQ(take(cali.getOptics(0)).first, 62);
     EXPECT_TRUE(cali.isLoaded(kSerial));
-    EXPECT_FALSE(cali.isLoaded(kOtherSerial));
+    EXPECT_FALSE(cali.isLoaded(kOtherCamera));
     EXPECT_TRUE(dax::CaliView(cali).hasEverLoaded());
 }
 
@@ -131,11 +131,11 @@ TEST(CaliLoad, replacesEverythingForAnotherSerial) {
     writeDescription(folder, kSerial,
                      "<Main><TecA>7</TecA></Main>" +
                          opticsList(opticsElement(62, "A", "") + opticsElement(63, "B", "")));
-    writeDescription(folder, kOtherSerial, oneOptics(13));
+    writeDescription(folder, kOtherCamera, oneOptics(13));
     ConfigCali cali;
     cali.load(folder.path().c_str(), kSerial);
     LogCapture log;
-    EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), 0);
+    EXPECT_EQ(cali.load(folder.path().c_str(), kOtherCamera), 0);
     EXPECT_EQ(log.all(),
               (Lines{"DEBUG [Cali] Serial number has changed (12345679), reload Calibration XML.",
                      "DEBUG [Cali] Calibration directory path: " + folder.path(),
@@ -144,7 +144,7 @@ TEST(CaliLoad, replacesEverythingForAnotherSerial) {
     EXPECT_EQ(cali.getOpticsCount(), 1);
     EXPECT_EQ(take(cali.getOptics(0)), std::make_pair(13, std::string()));
     EXPECT_EQ(cali.getTempRangeCount(62, asText("A")), -1);
-    EXPECT_TRUE(cali.isLoaded(kOtherSerial));
+    EXPECT_TRUE(cali.isLoaded(kOtherCamera));
     EXPECT_FALSE(cali.isLoaded(kSerial));
 }
 
@@ -154,15 +154,15 @@ TEST(CaliLoad, fallsBackToTheBuiltInDescriptionWhenTheNextFileIsMissing) {
     ConfigCali cali;
     cali.load(folder.path().c_str(), kSerial);
     LogCapture log;
-    EXPECT_EQ(cali.load(folder.path().c_str(), kOtherSerial), kCannotOpen);
+    EXPECT_EQ(cali.load(folder.path().c_str(), kOtherCamera), kCannotOpen);
     EXPECT_EQ(log.all(),
               (Lines{"DEBUG [Cali] Serial number has changed (12345679), reload Calibration XML.",
                      "DEBUG [Cali] Calibration directory path: " + folder.path(),
                      "DEBUG [Cali] Calibration file name: Cali-12345679.xml",
-                     "DEBUG [SimpleXML] Failed to open file " + (folder / nameOf(kOtherSerial))}));
+                     "DEBUG [SimpleXML] Failed to open file " + (folder / nameOf(kOtherCamera))}));
     expectBuiltIn(cali);
     EXPECT_FALSE(cali.isLoaded(kSerial));
-    EXPECT_FALSE(cali.isLoaded(kOtherSerial));
+    EXPECT_FALSE(cali.isLoaded(kOtherCamera));
     EXPECT_FALSE(cali.isLoaded(-1));
     EXPECT_TRUE(dax::CaliView(cali).hasEverLoaded());
 }
@@ -172,7 +172,7 @@ TEST(CaliLoad, readsTheFirstSerialAgainAfterAFailedReload) {
     writeDescription(folder, kSerial, oneOptics(62));
     ConfigCali cali;
     cali.load(folder.path().c_str(), kSerial);
-    cali.load(folder.path().c_str(), kOtherSerial);
+    cali.load(folder.path().c_str(), kOtherCamera);
     writeDescription(folder, kSerial, oneOptics(13));
     LogCapture log;
     EXPECT_EQ(cali.load(folder.path().c_str(), kSerial), 0);
@@ -265,7 +265,7 @@ TEST(CaliLoad, leavesNoFileOpen) {
     ConfigCali cali;
     const std::size_t before = openDescriptors();
     cali.load(folder.path().c_str(), kSerial);
-    cali.load(folder.path().c_str(), kOtherSerial);
+    cali.load(folder.path().c_str(), kOtherCamera);
     EXPECT_EQ(openDescriptors(), before);
 }
 
@@ -347,8 +347,8 @@ TEST(CaliLoad, readsDecimalPointsInADecimalCommaLocale) {
 
 TEST(CaliLoad, leavesTheNumericLocaleAtCWhenNoValueWasRead) {
     const TempDir folder;
-    writeDescription(folder, kOtherSerial, "");
-    for (const int serial : {kSerial, kOtherSerial}) {
+    writeDescription(folder, kOtherCamera, "");
+    for (const int serial : {kSerial, kOtherCamera}) {
         const ScopedLocale comma({{LC_ALL, kDecimalCommaLocale}});
         ConfigCali cali;
         cali.load(folder.path().c_str(), serial);

@@ -3,18 +3,15 @@
 
 #include <climits>
 #include <cstring>
-#include <limits>
 #include <string>
 
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
 #include "support/ProcessState.h"
+#include "support/SpecialFloats.h"
 
 namespace thermika_test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 /// Both forms must compose alike.
 std::string stem(int serial, int fov, const char* text, float min, float max, unsigned short rate) {

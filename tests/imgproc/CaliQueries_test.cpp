@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,12 +9,12 @@
 #include "imgproc/Cali.h"
 #include "support/CaliDescriptions.h"
 #include "support/LogText.h"
+#include "support/SpecialFloats.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr std::pair<float, float> kInverted(1000000.0F, -1000000.0F);
 
 /// Both forms of a query by key must answer alike.
@@ -285,7 +284,6 @@ TEST(CaliQueries, neverFindsARangeByNaN) {
 
 TEST(CaliQueries, findsInfiniteBounds) {
     LoadedCali cali(opticsList(opticsElement(30, "", rangeElement("-inf", "1e999"))));
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(rangeIndex(*cali, 30, nullptr, -kInfinity, kInfinity), 0);
     EXPECT_EQ(take(cali->getTempRangeOverAll()), std::make_pair(-kInfinity, kInfinity));
 }

@@ -2,19 +2,21 @@
 #include "sdk/IRLogger.h"
 
 #include <climits>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
+#include "support/LoggerTest.h"
 #include "support/ProcessState.h"
 #include "support/TestFiles.h"
 
 namespace {
 
 using dax::IRLoggerVerbosityLevel;
+using thermika_test::kMorning;
+using thermika_test::kMorningUs;
 using thermika_test::readFile;
 using thermika_test::StderrCapture;
 
@@ -23,8 +25,6 @@ static_assert(dax::IRLOG_OFF == 1 && dax::IRLOG_ERROR == 2 && dax::IRLOG_WARNING
 static_assert(kelvra::Logger::LOGGER_FILE == 1 && kelvra::Logger::LOGGER_NO_FILE == 2 &&
               kelvra::Logger::LOGGER_CONSOLE == 4 && kelvra::Logger::LOGGER_NO_CONSOLE == 8);
 
-constexpr std::int64_t kMorningUs = 1'794'733'507'000'000;  // 2026-11-15 09:05:07 UTC
-constexpr const char* kMorning = "_15_11_2026_9-5-7.log";
 constexpr const char* kLines[] = {"ERROR [Unit:1] @ 0s :m\n", "WARNING [Unit:1] @ 0s :m\n",
                                   "INFO [Unit:1] @ 0s :m\n", "DEBUG [Unit:1] @ 0s :m\n"};
 

@@ -21,7 +21,7 @@
 namespace {
 
 constexpr std::uint32_t kSeed = 20261115;
-constexpr std::int64_t kMorningUs = 1'794'733'507'000'731;
+constexpr std::int64_t kLogStartUs = 1'794'733'507'000'731;
 constexpr std::int64_t kLongestUs = 1'000'000'000'000'000;  // in which a double's steps are small
 constexpr int kDigits = 6;
 
@@ -107,12 +107,12 @@ void expectHalvesAlike(std::int64_t startUs) {
 
 TEST(LoggerSeconds, areThoseOfAStreamInEveryMagnitude) {
     expectAllMagnitudesAlike(0);
-    expectAllMagnitudesAlike(kMorningUs);
+    expectAllMagnitudesAlike(kLogStartUs);
 }
 
 TEST(LoggerSeconds, areThoseOfAStreamHalfwayBetweenTwoTextsAndBeside) {
     expectHalvesAlike(0);
-    expectHalvesAlike(kMorningUs);
+    expectHalvesAlike(kLogStartUs);
 }
 
 TEST(LoggerSeconds, areThoseOfAStreamAroundEachPowerOfTenAndBeforeTheStart) {
@@ -135,7 +135,7 @@ TEST(LoggerSeconds, areThoseOfAStreamAroundEachPowerOfTenAndBeforeTheStart) {
 
 TEST(LoggerSeconds, leaveTheThreadsLocaleAsItWas) {
     const locale_t before = uselocale(locale_t{});
-    Seconds seconds(kMorningUs);
+    Seconds seconds(kLogStartUs);
     seconds.print(2'000'000'000'000);
     EXPECT_EQ(uselocale(locale_t{}), before);
     seconds.expectAlike(1);

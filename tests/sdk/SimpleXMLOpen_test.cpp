@@ -72,8 +72,6 @@ std::string craftedText(const char* name) {
     return nodeText(reader).value_or("");
 }
 
-}  // namespace
-
 TEST_F(SimpleXMLOpen, loadsADocumentWhoseRootCarriesAttributes) {
     EXPECT_EQ(opened("<?xml version='1.0'?>\n<R version='1'>\n<a>1</a>\n</R>\n"), "<a>1</a>");
 }
@@ -279,3 +277,5 @@ TEST_F(SimpleXMLOpen, readsADocumentOfLinksAsAServerWritesIt) {
     ASSERT_TRUE(m_reader.setNode("Links"));
     EXPECT_EQ(stringOf(m_reader, "string"), "http://files.thermika.example/cali/");
 }
+
+}  // namespace

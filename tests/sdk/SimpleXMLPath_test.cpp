@@ -41,7 +41,7 @@ mode_t modeOf(const std::string& dir) {
 }
 
 /// A new folder below `dir` whose path has exactly `characters`.
-std::string folderOfLength(const TempDir& dir, std::size_t characters) {
+std::string nestedFolderOfLength(const TempDir& dir, std::size_t characters) {
     std::string path = dir.path();
     while (path.size() < characters) {
         // Names of 100 at most, and never one character alone for the last "/".
@@ -162,7 +162,7 @@ TEST(SimpleXMLPath, opensNothingWithoutAWorkingDirectory) {
 TEST(SimpleXMLPath, opensNothingBelowAWorkingDirectoryThatIsTooLongToTell) {
     const LogCapture quiet;
     const TempDir dir;
-    const WorkingDirectory working(folderOfLength(dir, kLongestPath + 1));
+    const WorkingDirectory working(nestedFolderOfLength(dir, kLongestPath + 1));
     dax::SimpleXML reader;
     EXPECT_FALSE(openIn(reader, "", "one"));
     EXPECT_EQ(modeOf("Imager"), 0U);
@@ -170,7 +170,7 @@ TEST(SimpleXMLPath, opensNothingBelowAWorkingDirectoryThatIsTooLongToTell) {
 
 TEST(SimpleXMLPath, opensAPathOfTheGreatestLength) {
     const TempDir dir;
-    const std::string folder = folderOfLength(dir, 200);
+    const std::string folder = nestedFolderOfLength(dir, 200);
     const std::string name = nameFor(folder, kLongestPath);
     writeFile(folder + "/" + name + ".xml", "<R>\n<a>1</a>\n</R>\n");
     dax::SimpleXML reader;
@@ -181,7 +181,7 @@ TEST(SimpleXMLPath, opensAPathOfTheGreatestLength) {
 
 TEST(SimpleXMLPathDeathTest, endsTheProcessForALongerPath) {
     const TempDir dir;
-    const std::string folder = folderOfLength(dir, 200);
+    const std::string folder = nestedFolderOfLength(dir, 200);
     const std::string name = nameFor(folder, kLongestPath + 1);
     dax::SimpleXML reader;
     EXPECT_EXIT(openIn(reader, folder, name), testing::KilledBySignal(SIGABRT), kLimitLine);
@@ -208,7 +208,7 @@ TEST(SimpleXMLPathDeathTest, endsTheProcessForALongerDirectory) {
 
 TEST(SimpleXMLPathDeathTest, createsNoDirectoryThatIsItselfTooLong) {
     const TempDir dir;
-    const std::string parent = folderOfLength(dir, 200);
+    const std::string parent = nestedFolderOfLength(dir, 200);
     const std::string longDir = parent + "/" + std::string(59, 'd');
     ASSERT_EQ(longDir.size(), kLongestPath + 1);
     dax::SimpleXML reader;
@@ -222,7 +222,7 @@ TEST(SimpleXMLPathDeathTest, createsNoDirectoryThatIsItselfTooLong) {
 TEST(SimpleXMLPathDeathTest, endsTheProcessBelowAWorkingDirectoryThatLeavesNoRoom) {
     const TempDir dir;
     for (const std::size_t characters : {kLongestPath - 3, kLongestPath}) {
-        const std::string folder = folderOfLength(dir, characters);
+        const std::string folder = nestedFolderOfLength(dir, characters);
         const WorkingDirectory working(folder);
         dax::SimpleXML reader;
         EXPECT_EXIT(openIn(reader, "", "x"), testing::KilledBySignal(SIGABRT), kLimitLine);

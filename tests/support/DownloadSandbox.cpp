@@ -14,18 +14,17 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
-#include <system_error>
 
 #include "sdk/IRLogger.h"
 #include "support/BuildPaths.h"
 #include "support/LogText.h"
 #include "support/Sandbox.h"
+#include "support/SystemError.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -38,10 +37,6 @@ constexpr const char* kWorld = "/usr/share/world";
 constexpr const char* kScratch = "/usr/share/world/scratch";
 constexpr const char* kWgetSettings = "/usr/share/world/wgetrc";
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
-
 std::string worldFile(const std::string& name, std::string_view bytes) {
     std::string path = std::string(kWorld) + "/" + name;
     writeFile(path, bytes);
@@ -51,7 +46,7 @@ std::string worldFile(const std::string& name, std::string_view bytes) {
 /// `file` stands for `target` from here on.
 void cover(const std::string& target, const std::string& file) {
     if (mount(file.c_str(), target.c_str(), "none", MS_BIND, nullptr) != 0)
-        fail("cannot mount over " + target);
+        throwSystemError("cannot mount over " + target);
 }
 
 /// The file's name is to be one that programs look up in /etc. Where /etc has no such file to mount
@@ -67,7 +62,7 @@ void coverInEtc(const std::string& name, std::string_view bytes) {
     for (const std::string& dir : {covered, links}) fs::create_directory(dir);
     // With what is mounted below it: a user namespace must not look under its parent's mounts.
     if (mount("/etc", covered.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0)
-        fail("cannot mount /etc elsewhere");
+        throwSystemError("cannot mount /etc elsewhere");
     for (const auto& entry : fs::directory_iterator(covered))
         fs::create_symlink(entry.path(), fs::path(links) / entry.path().filename());
     fs::create_symlink(file, fs::path(links) / name);
@@ -81,7 +76,7 @@ void bringLoopbackUp() {
     request.ifr_flags = IFF_UP;
     const int result = ioctl(handle, SIOCSIFFLAGS, &request);
     close(handle);
-    if (result != 0) fail("cannot bring loopback up");
+    if (result != 0) throwSystemError("cannot bring loopback up");
 }
 
 void setEnvironment() {
@@ -124,14 +119,14 @@ void DownloadSandbox::hideAllPrograms() {
 
 void mountOver(const std::string& dir, const std::string& options) {
     if (mount("tmpfs", dir.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, options.c_str()) != 0)
-        fail("cannot mount over " + dir);
+        throwSystemError("cannot mount over " + dir);
 }
 
 void makeReadOnly(const std::string& dir) {
     cover(dir, dir);
     // A file system of this sandbox's own: no flag of it is locked.
     if (mount("none", dir.c_str(), "none", MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
-        fail("cannot make read-only: " + dir);
+        throwSystemError("cannot make read-only: " + dir);
 }
 
 void forbidNewProcesses() {
@@ -139,7 +134,7 @@ void forbidNewProcesses() {
     // The leak checker's own helper alone may start: it is the only one that nobody traces. (Where
     // the highest byte comes first, this is the other half of the flags, and nobody may.)
     constexpr auto kNumber = static_cast<unsigned int>(offsetof(seccomp_data, nr));
-    constexpr auto kFlags = static_cast<unsigned int>(offsetof(seccomp_data, args));
+    constexpr auto kCloneFlags = static_cast<unsigned int>(offsetof(seccomp_data, args));
     sock_filter rules[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, kNumber),
 #ifdef SYS_fork
@@ -148,7 +143,7 @@ void forbidNewProcesses() {
 #endif
         BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone3, 4, 0),
         BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 2),
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, kFlags),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, kCloneFlags),
         BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, CLONE_UNTRACED, 0, 1),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
@@ -156,16 +151,16 @@ void forbidNewProcesses() {
     sock_fprog filter{static_cast<unsigned short>(std::size(rules)), rules};
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
-        fail("cannot filter system calls");
+        throwSystemError("cannot filter system calls");
 }
 
 void forbidNewDescriptors() {
     const int lowest = dup(STDERR_FILENO);
     rlimit files{};
     if (lowest < 0 || close(lowest) != 0 || getrlimit(RLIMIT_NOFILE, &files) != 0)
-        fail("cannot find the next descriptor");
+        throwSystemError("cannot find the next descriptor");
     files.rlim_cur = static_cast<rlim_t>(lowest);
-    if (setrlimit(RLIMIT_NOFILE, &files) != 0) fail("cannot limit descriptors");
+    if (setrlimit(RLIMIT_NOFILE, &files) != 0) throwSystemError("cannot limit descriptors");
 }
 
 bool operator==(const Outcome& a, const Outcome& b) {

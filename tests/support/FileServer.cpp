@@ -6,13 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <system_error>
 
 #include "support/DownloadSandbox.h"
+#include "support/SystemError.h"
 #include "support/TestFiles.h"
 
 namespace thermika_test {
@@ -21,10 +20,6 @@ namespace {
 
 constexpr const char* kFaults = "/usr/share/world/faults";
 constexpr const char* kRequests = "/usr/share/world/requests";
-
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 [[noreturn]] void becomeServer(int ready) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -40,15 +35,15 @@ FileServer::FileServer() {
     for (const char* const file : {kFaults, kRequests}) writeFile(file, "");
     std::filesystem::create_directories(kServedFolder);
     int ready[2];
-    if (pipe2(ready, O_CLOEXEC) != 0) fail("pipe2");
+    if (pipe2(ready, O_CLOEXEC) != 0) throwSystemError("pipe2");
     m_pid = fork();
-    if (m_pid < 0) fail("fork");
+    if (m_pid < 0) throwSystemError("fork");
     if (m_pid == 0) becomeServer(ready[1]);
     close(ready[1]);
     char byte = 0;
     const ssize_t got = read(ready[0], &byte, 1);
     close(ready[0]);
-    if (got != 1) fail("the file server does not listen (is python3 installed?)");
+    if (got != 1) throwSystemError("the file server does not listen (is python3 installed?)");
 }
 
 FileServer::~FileServer() {

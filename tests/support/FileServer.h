@@ -11,6 +11,7 @@
 namespace thermika_test {
 
 constexpr const char* kLinksPath = "/downloadlinks.xml";  // on the server
+inline const std::string kCameraSerial = "14080045";      // of the usual camera
 
 /// Serves from construction to destruction; the folder it serves is empty at first. Needs a
 /// DownloadSandbox, which gives it its name. Every failure throws.

@@ -27,7 +27,7 @@ bool standsBefore(const Token& a, const Token& b) {
 }
 
 /// Whole regular files of at least one byte only.
-bool readFile(const char* file, std::string& bytes) {
+bool readRegularFile(const char* file, std::string& bytes) {
     struct stat status {};
     if (stat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
     std::ifstream in(file, std::ios::binary);
@@ -77,7 +77,7 @@ char* handOut(const std::string& text) {
 
 bool ReaderModel::open(const char* file, const char* rootName) {
     std::string bytes;
-    if (!readFile(file, bytes)) {
+    if (!readRegularFile(file, bytes)) {
         m_log.push_back({3, std::string("Failed to open file ") + file});
         return false;
     }

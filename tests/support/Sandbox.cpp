@@ -29,6 +29,7 @@
 #include <gtest/gtest.h>
 
 #include "support/ProcessEnd.h"
+#include "support/SystemError.h"
 
 namespace thermika_test {
 
@@ -37,15 +38,11 @@ namespace {
 constexpr unsigned int kLongestRunSeconds = 60;
 constexpr int kCannotStart = 127;  // as a shell says it
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
-
 /// A file in memory, without a name; closed at the end.
 class MemoryFile {
 public:
     MemoryFile() : m_fd(memfd_create("thermika-test", MFD_CLOEXEC)) {
-        if (m_fd < 0) fail("memfd_create");
+        if (m_fd < 0) throwSystemError("memfd_create");
     }
     ~MemoryFile() { close(m_fd); }
     MemoryFile(const MemoryFile&) = delete;
@@ -56,15 +53,15 @@ public:
     /// Throws when not all is written.
     void append(std::string_view bytes) const {
         if (write(m_fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-            fail("write to memory");
+            throwSystemError("write to memory");
     }
 
     std::string text() const {
         struct stat status {};
-        if (fstat(m_fd, &status) != 0) fail("fstat");
+        if (fstat(m_fd, &status) != 0) throwSystemError("fstat");
         std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
         if (pread(m_fd, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
-            fail("pread");
+            throwSystemError("pread");
         return bytes;
     }
 
@@ -88,16 +85,16 @@ void limitLife() {
 int waitFor(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0)
-        if (errno != EINTR) fail("waitpid");
+        if (errno != EINTR) throwSystemError("waitpid");
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 void writeProcFile(const char* path, const std::string& text) {
     const int fd = open(path, O_WRONLY | O_CLOEXEC);
-    if (fd < 0) fail(path);
+    if (fd < 0) throwSystemError(path);
     const ssize_t written = write(fd, text.data(), text.size());
     close(fd);
-    if (written != static_cast<ssize_t>(text.size())) fail(path);
+    if (written != static_cast<ssize_t>(text.size())) throwSystemError(path);
 }
 
 void enterNamespaces() {
@@ -109,10 +106,11 @@ void enterNamespaces() {
         writeProcFile("/proc/self/uid_map", "0 " + uid + " 1");
         writeProcFile("/proc/self/gid_map", "0 " + gid + " 1");
     } else if (unshare(kMountsAndNetwork) != 0) {  // possible for root, where users have none
-        fail(
+        throwSystemError(
             "this system does not allow private namespaces: become root, or allow user namespaces");
     }
-    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) fail("private mounts");
+    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0)
+        throwSystemError("private mounts");
 }
 
 /// From here on file modes bind this process and the programs that it starts.
@@ -120,13 +118,13 @@ void obeyFileModes() {
     constexpr unsigned int kOverrides[] = {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH};
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3] = {};
-    if (syscall(SYS_capget, &header, sets) != 0) fail("capget");
+    if (syscall(SYS_capget, &header, sets) != 0) throwSystemError("capget");
     for (const unsigned int override : kOverrides) {
-        if (prctl(PR_CAPBSET_DROP, override, 0, 0, 0) != 0) fail("PR_CAPBSET_DROP");
+        if (prctl(PR_CAPBSET_DROP, override, 0, 0, 0) != 0) throwSystemError("PR_CAPBSET_DROP");
         sets[0].effective &= ~(1U << override);
         sets[0].permitted &= ~(1U << override);
     }
-    if (syscall(SYS_capset, &header, sets) != 0) fail("capset");
+    if (syscall(SYS_capset, &header, sets) != 0) throwSystemError("capset");
 }
 
 /// Writes each failure as file, line and message, each ended by a zero byte.
@@ -191,7 +189,7 @@ bool relay(std::string_view report) {
 
 /// `fd` becomes `target` here and in the programs started from here.
 void redirect(int fd, int target) {
-    if (fd < 0 || dup2(fd, target) < 0) fail("redirect");
+    if (fd < 0 || dup2(fd, target) < 0) throwSystemError("redirect");
 }
 
 [[noreturn]] void becomeProgram(const std::string& program, char* const* argv,
@@ -213,7 +211,7 @@ void inSandbox(const std::function<void()>& body) {
     std::fflush(nullptr);
     const MemoryFile report;
     const pid_t child = fork();
-    if (child < 0) fail("fork");
+    if (child < 0) throwSystemError("fork");
     if (child == 0) liveInSandbox(body, report);
     const int status = waitFor(child);
     const bool isCompleted = relay(report.text());
@@ -223,7 +221,7 @@ void inSandbox(const std::function<void()>& body) {
 
 void mountEmptyFolder(const std::string& dir) {
     if (mount("tmpfs", dir.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755") != 0)
-        fail("cannot mount over " + dir);
+        throwSystemError("cannot mount over " + dir);
 }
 
 void failSystemCall(unsigned int number, unsigned int error) {
@@ -236,7 +234,7 @@ void failSystemCall(unsigned int number, unsigned int error) {
     sock_fprog filter{static_cast<unsigned short>(std::size(rules)), rules};
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
-        fail("cannot filter system calls");
+        throwSystemError("cannot filter system calls");
 }
 
 bool operator==(const RunResult& a, const RunResult& b) {
@@ -259,7 +257,7 @@ RunResult run(const std::string& program, const std::vector<std::string>& argv,
     const MemoryFile out;
     const MemoryFile err;
     const pid_t child = fork();
-    if (child < 0) fail("fork");
+    if (child < 0) throwSystemError("fork");
     if (child == 0) becomeProgram(program, pointers.data(), out, err, prepare);
     RunResult result;
     result.status = waitFor(child);

@@ -13,13 +13,11 @@
 #include <iterator>
 #include <system_error>
 
+#include "support/SystemError.h"
+
 namespace thermika_test {
 
 namespace {
-
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 /// TMPDIR may name a folder that is not there.
 std::string namePattern() {
@@ -32,7 +30,7 @@ std::string namePattern() {
 int openUnnamedFile() {
     std::string name = namePattern();
     const int fd = mkostemp(name.data(), O_CLOEXEC);
-    if (fd < 0) fail("cannot create " + name);
+    if (fd < 0) throwSystemError("cannot create " + name);
     unlink(name.c_str());
     return fd;
 }
@@ -40,7 +38,7 @@ int openUnnamedFile() {
 }  // namespace
 
 TempDir::TempDir() : m_path(namePattern()) {
-    if (mkdtemp(m_path.data()) == nullptr) fail("cannot create " + m_path);
+    if (mkdtemp(m_path.data()) == nullptr) throwSystemError("cannot create " + m_path);
 }
 
 TempDir::~TempDir() {
@@ -62,12 +60,12 @@ void writeFile(const std::string& path, std::string_view bytes) {
     const int error = errno;
     if (fd >= 0) close(fd);
     errno = error;
-    if (!isWritten) fail("cannot write " + path);
+    if (!isWritten) throwSystemError("cannot write " + path);
 }
 
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    if (!file) fail("cannot read " + path);
+    if (!file) throwSystemError("cannot read " + path);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -79,7 +77,8 @@ std::size_t openDescriptors() {
 StderrCapture::StderrCapture()
     : m_captured(openUnnamedFile()), m_original(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
     std::fflush(stderr);
-    if (m_original < 0 || dup2(m_captured, STDERR_FILENO) < 0) fail("cannot capture errors");
+    if (m_original < 0 || dup2(m_captured, STDERR_FILENO) < 0)
+        throwSystemError("cannot capture errors");
 }
 
 StderrCapture::~StderrCapture() {
@@ -92,10 +91,10 @@ StderrCapture::~StderrCapture() {
 std::string StderrCapture::text() {
     std::fflush(stderr);
     struct stat status {};
-    if (fstat(m_captured, &status) != 0) fail("cannot measure the captured errors");
+    if (fstat(m_captured, &status) != 0) throwSystemError("cannot measure the captured errors");
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
     const ssize_t got = pread(m_captured, text.data(), text.size(), 0);
-    if (got < 0) fail("cannot read the captured errors");
+    if (got < 0) throwSystemError("cannot read the captured errors");
     text.resize(static_cast<std::size_t>(got));
     return text;
 }

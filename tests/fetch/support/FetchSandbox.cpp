@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -14,9 +13,9 @@
 #include <set>
 #include <sstream>
 #include <stdexcept>
-#include <system_error>
 
 #include "support/BuildPaths.h"
+#include "support/SystemError.h"
 
 namespace thermika_test {
 
@@ -27,10 +26,6 @@ constexpr const char* kServedFiles = "/usr/share/world/hostile";
 constexpr const char* kFaults = "/usr/share/world/hostile-faults";
 constexpr const char* kRequests = "/usr/share/world/hostile-requests";
 constexpr const char* kTls = "/usr/share/world/tls";
-
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 void makeCertificates(Tls tls) {
     std::filesystem::create_directories(kTls);
@@ -85,15 +80,15 @@ FetchSandbox::FetchSandbox(Tls tls)
     writeFile(kServedFiles + std::string(kLinksPath), linksDocument());
     if (tls != Tls::kNone) makeCertificates(tls);
     int ready[2];
-    if (pipe2(ready, O_CLOEXEC) != 0) fail("pipe2");
+    if (pipe2(ready, O_CLOEXEC) != 0) throwSystemError("pipe2");
     m_server = fork();
-    if (m_server < 0) fail("fork");
+    if (m_server < 0) throwSystemError("fork");
     if (m_server == 0) becomeServer(ready[1], tls);
     close(ready[1]);
     char byte = 0;
     const ssize_t got = read(ready[0], &byte, 1);
     close(ready[0]);
-    if (got != 1) fail("the server does not listen (is python3 installed?)");
+    if (got != 1) throwSystemError("the server does not listen (is python3 installed?)");
 }
 
 FetchSandbox::~FetchSandbox() {

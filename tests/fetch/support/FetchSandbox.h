@@ -17,6 +17,9 @@
 
 namespace thermika_test {
 
+/// Of the camera's files on the server, as requests name it.
+inline const std::string kEncodedFolder = "/14/1408/Califiles%20SN14080045/";
+
 constexpr const char* kFetched = "/usr/share/world/fetched";  // the usual destination
 
 enum class Tls { kNone, kGood, kOtherHost, kExpired };

@@ -11,8 +11,6 @@
 
 namespace thermika_test {
 
-using thermika::fetch::Outcome;
-
 thermika::fetch::Request requestFor(const std::vector<std::string>& names,
                                     thermika::fetch::Source source, const std::string& directory) {
     thermika::fetch::Request request;
@@ -25,7 +23,8 @@ thermika::fetch::Request requestFor(const std::vector<std::string>& names,
     return request;
 }
 
-std::string wordFor(Outcome outcome) {
+std::string wordFor(thermika::fetch::Outcome outcome) {
+    using thermika::fetch::Outcome;
     switch (outcome) {
         case Outcome::kFetched:
             return "fetched";

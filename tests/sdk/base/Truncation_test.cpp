@@ -7,10 +7,10 @@
 #include <cmath>
 #include <limits>
 
+#include "support/SpecialFloats.h"
+
 namespace thermika_test {
 namespace {
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 TEST(Truncation, dropsTheFraction) {
     EXPECT_EQ(dax::truncateToInt(0.0F), 0);

@@ -14,9 +14,10 @@ namespace {
 
 using namespace thermika_test;
 
-const std::string kNoLinks = managerLine("ERROR", "Error reading /tmp/downloadlinks.xml") +
-                             managerLine("INFO", "Download failed.");
-const std::string kBadLinks =
+const std::string kFailedWithoutLinks =
+    managerLine("ERROR", "Error reading /tmp/downloadlinks.xml") +
+    managerLine("INFO", "Download failed.");
+const std::string kFailedOnBadLinks =
     managerLine("ERROR", "Error parsing download links file: /tmp/downloadlinks.xml") +
     managerLine("INFO", "Download failed.");
 
@@ -124,7 +125,7 @@ TEST(CalibrationDownloadServer, failsWithoutALinksDocumentAndLeavesTheEmptyFile)
             FileServer server;
             serveFiles(server, cameraFiles());
             server.setFault(kLinksPath, fault);
-            EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+            EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
             EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
             EXPECT_EQ(contents(kCaliDir), Files());
             EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath}));
@@ -133,13 +134,13 @@ TEST(CalibrationDownloadServer, failsWithoutALinksDocumentAndLeavesTheEmptyFile)
 }
 
 TEST(CalibrationDownloadServer, failsWithALinksDocumentCutOnTheWay) {
-    inSandbox([] { expectArrival(kLinksPath, "cut", Files(), {false, kBadLinks}); });
+    inSandbox([] { expectArrival(kLinksPath, "cut", Files(), {false, kFailedOnBadLinks}); });
 }
 
 TEST(CalibrationDownloadServer, failsWithoutAServer) {
     inSandbox([] {
         const DownloadSandbox world;
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
         EXPECT_EQ(contents(kCaliDir), Files());
     });
@@ -152,7 +153,7 @@ TEST(CalibrationDownloadServer, failsWithoutARoute) {
         serveFiles(server, cameraFiles());
         // An address for documents, which no network has; the only route here is to this machine.
         writeFile("/etc/hosts", "192.0.2.1 " THERMIKA_DOWNLOAD_HOST "\n");
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
         EXPECT_EQ(FileServer::requests(), Texts());
     });
@@ -164,7 +165,7 @@ TEST(CalibrationDownloadServer, failsWhenNobodyKnowsTheHost) {
         FileServer server;
         serveFiles(server, cameraFiles());
         writeFile("/etc/hosts", "127.0.0.1 localhost\n");
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
         EXPECT_EQ(FileServer::requests(), Texts());
     });
@@ -176,7 +177,7 @@ TEST(CalibrationDownloadServer, failsWithoutWget) {
         FileServer server;
         serveFiles(server, cameraFiles());
         DownloadSandbox::hideAllPrograms();
-        EXPECT_EQ(download(), (Outcome{false, "sh: 1: wget: not found\n" + kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, "sh: 1: wget: not found\n" + kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), Files());
         EXPECT_EQ(contents(kCaliDir), Files());
     });
@@ -193,7 +194,7 @@ TEST(CalibrationDownloadServer, believesALinksDocumentThatLiesThereWhenNoneCanBe
                                        "sh: 1: wget: not found\n"
                                        "sh: 1: wget: not found\n"
                                        "sh: 1: wget: not found\n" +
-                                           kNoLinks}));
+                                           kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), Files());
     });
 }
@@ -205,7 +206,7 @@ TEST(CalibrationDownloadServer, replacesALinksDocumentThatLiesThere) {
         serveFiles(server, cameraFiles());
         server.setFault(kLinksPath, "missing");
         writeFile(kLinksFile, linksDocument());
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
     });
 }
@@ -216,7 +217,7 @@ TEST(CalibrationDownloadServer, failsInALaterPassWhenTheServerGoesAway) {
         FileServer server;
         serveFiles(server, cameraFiles());
         server.setFault(kLinksPath, "missing-later");
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), (Files{{"downloadlinks.xml", ""}}));
         EXPECT_EQ(contents(kCaliDir),
                   (Files{{kDescriptionName, cameraFiles().at(kDescriptionName)}}));
@@ -261,7 +262,7 @@ TEST(CalibrationDownloadServer, failsWhenTheLinksDocumentFindsNoRoom) {
         serveFiles(server, cameraFiles());
         mountOver("/tmp", "size=4k");
         writeFile("/tmp/full", std::string(4096, 'f'));
-        EXPECT_EQ(download(), (Outcome{false, kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"),
                   (Files{{"downloadlinks.xml", ""}, {"full", std::string(4096, 'f')}}));
     });
@@ -273,8 +274,8 @@ TEST(CalibrationDownloadServer, failsWhenTmpIsReadOnly) {
         FileServer server;
         serveFiles(server, cameraFiles());
         makeReadOnly("/tmp");
-        EXPECT_EQ(download(),
-                  (Outcome{false, "/tmp/downloadlinks.xml: Read-only file system\n" + kNoLinks}));
+        EXPECT_EQ(download(), (Outcome{false, "/tmp/downloadlinks.xml: Read-only file system\n" +
+                                                  kFailedWithoutLinks}));
         EXPECT_EQ(contents("/tmp"), Files());
     });
 }

@@ -31,11 +31,13 @@ constexpr int kRounds = 10;
 constexpr int kEndedBadly = 4;  // statuses below tell the two answers
 
 /// In processes of their own, none of which has loaded a description before.
-bool download() { return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera); }
+bool downloadSucceeds() {
+    return dax::IRCalibrationManager::getInstance()->downloadCalibration(kCamera);
+}
 
 /// 1 when a process of its own says yes.
 int downloadAlone() {
-    return thermika_test::runInProcess([] { return download() ? 1 : 0; }).status;
+    return thermika_test::runInProcess([] { return downloadSucceeds() ? 1 : 0; }).status;
 }
 
 /// 1 when one process says yes, and 2 when the other does.
@@ -43,7 +45,7 @@ int downloadInTwoProcesses() {
     return thermika_test::runInProcess([] {
                const pid_t other = fork();
                if (other == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
-               const int answer = download() ? 1 : 0;
+               const int answer = downloadSucceeds() ? 1 : 0;
                if (other == 0) _exit(thermika_test::statusAtEnd(answer));
                int status = 0;
                waitpid(other, &status, 0);

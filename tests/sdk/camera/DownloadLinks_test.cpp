@@ -20,7 +20,7 @@ using dax::readDownloadLinks;
 using thermika_test::TempDir;
 using thermika_test::writeFile;
 
-std::optional<DownloadLinks> read(std::string_view document) {
+std::optional<DownloadLinks> readLinks(std::string_view document) {
     const TempDir dir;
     writeFile(dir / "links.xml", document);
     const thermika_test::StderrCapture quiet;
@@ -29,7 +29,7 @@ std::optional<DownloadLinks> read(std::string_view document) {
 
 /// The document is read, has no `Links`, and so no base.
 void expectNoLinks(std::string_view document) {
-    const auto links = read(document);
+    const auto links = readLinks(document);
     ASSERT_TRUE(links) << document;
     EXPECT_FALSE(links->hasLinks) << document;
     EXPECT_EQ(links->base, std::nullopt) << document;
@@ -37,7 +37,7 @@ void expectNoLinks(std::string_view document) {
 
 /// The document has `Links`, and the base is `base`.
 void expectBase(std::string_view document, const std::optional<std::string>& base) {
-    const auto links = read(document);
+    const auto links = readLinks(document);
     ASSERT_TRUE(links) << document;
     EXPECT_TRUE(links->hasLinks) << document;
     EXPECT_EQ(links->base, base) << document;
@@ -177,12 +177,12 @@ TEST(DownloadLinks, hasNothingFromAFileThatCannotBeRead) {
     const thermika_test::StderrCapture quiet;
     EXPECT_FALSE(readDownloadLinks((dir / "absent.xml").c_str()));
     EXPECT_FALSE(readDownloadLinks(dir.path().c_str()));
-    EXPECT_FALSE(read(""));
+    EXPECT_FALSE(readLinks(""));
 }
 
 TEST(DownloadLinks, hasNothingFromADocumentWhoseCommentsDoNotPairUp) {
-    EXPECT_FALSE(read(linking("<!--<string>B</string>")));
-    EXPECT_FALSE(read(linking("<string>B</string>-->")));
+    EXPECT_FALSE(readLinks(linking("<!--<string>B</string>")));
+    EXPECT_FALSE(readLinks(linking("<string>B</string>-->")));
 }
 
 TEST(DownloadLinks, hasNoLinksFromAnythingElse) {
@@ -197,7 +197,7 @@ TEST(DownloadLinks, readsEveryPrefixWithoutInventingABase) {
     constexpr std::string_view kEnough = "</Imager>";
     const std::size_t needed = kLaidOut.find(kEnough) + kEnough.size();
     for (std::size_t length = 1; length <= kLaidOut.size(); ++length) {
-        const auto links = read(kLaidOut.substr(0, length));
+        const auto links = readLinks(kLaidOut.substr(0, length));
         ASSERT_TRUE(links) << length;
         EXPECT_EQ(links->hasLinks, length >= needed) << length;
         EXPECT_EQ(links->base, length >= needed ? std::optional<std::string>("http://server/files")
@@ -208,7 +208,7 @@ TEST(DownloadLinks, readsEveryPrefixWithoutInventingABase) {
 
 TEST(DownloadLinks, leavesTheNumericLocaleAtC) {
     const thermika_test::ScopedLocale locale({{LC_ALL, thermika_test::kDecimalCommaLocale}});
-    EXPECT_TRUE(read(kLaidOut));
+    EXPECT_TRUE(readLinks(kLaidOut));
     EXPECT_EQ(thermika_test::numericLocale(), "C");
 }
 

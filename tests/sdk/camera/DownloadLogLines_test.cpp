@@ -44,7 +44,7 @@ NumberedLines linesOf(const std::function<void()>& operation) {
     return lines;
 }
 
-NumberedLines download(unsigned long serial = kCamera) {
+NumberedLines linesOfDownload(unsigned long serial = kCamera) {
     return linesOf(
         [serial] { dax::IRCalibrationManager::getInstance()->downloadCalibration(serial); });
 }
@@ -71,13 +71,13 @@ TEST(DownloadLogLines, numberEveryMessageDifferently) {
             all.insert(all.end(), lines.begin(), lines.end());
         };
         ASSERT_EQ(chmod(kCaliDir, 0555), 0);
-        add(download(), {std::string("No writing permissions to ") + kCaliDir});
+        add(linesOfDownload(), {std::string("No writing permissions to ") + kCaliDir});
         ASSERT_EQ(chmod(kCaliDir, 0755), 0);
-        add(download(0), {"No serial number specified."});
-        NumberedLines failed = download();
+        add(linesOfDownload(0), {"No serial number specified."});
+        NumberedLines failed = linesOfDownload();
         ASSERT_EQ(failed.size(), 2U);
         thermika_test::installFiles(cameraFiles());
-        add(download(), {"All files installed."});
+        add(linesOfDownload(), {"All files installed."});
         add({failed[1]}, {"Download failed."});
         add(fetchBehind(server, ""), {"Error reading /tmp/downloadlinks.xml"});
         fs::remove(thermika_test::kLinksFile);

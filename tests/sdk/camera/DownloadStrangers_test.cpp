@@ -27,13 +27,12 @@ using namespace thermika_test;
 constexpr const char* kTarget = "/usr/share/world/target";
 constexpr const char* kOthersFile = "/usr/share/others-file";
 constexpr uid_t kOtherUser = 65534;
-const std::string kSerial = "14080045";
 const Outcome kRefused{false, managerLine("ERROR", "Error reading /tmp/downloadlinks.xml")};
 
-Outcome fetch() {
+Outcome fetchOneFile() {
     return outcomeOf([] {
         std::string list = "a.dat;";
-        return dax::IRCalibrationManager::downloadTarget(list.data(), kSerial, kCaliDir);
+        return dax::IRCalibrationManager::downloadTarget(list.data(), kCameraSerial, kCaliDir);
     });
 }
 
@@ -43,7 +42,7 @@ void expectRefused(const std::function<void()>& leave) {
     writeFile(kTarget, linksDocument());
     recordShell();
     leave();
-    EXPECT_EQ(fetch(), kRefused);
+    EXPECT_EQ(fetchOneFile(), kRefused);
     EXPECT_EQ(shellTexts(), Texts());
     EXPECT_EQ(readFile(kTarget), linksDocument());
     EXPECT_EQ(contents(kCaliDir), Files());
@@ -90,7 +89,7 @@ TEST(DownloadStrangers, linkThatComesMeanwhileIsNotFollowed) {
         const DownloadSandbox world;
         writeFile(kTarget, linksDocument());
         recordProgram("wget", std::string("ln -s ") + kTarget + " " + kLinksFile);
-        EXPECT_EQ(fetch(), kRefused);
+        EXPECT_EQ(fetchOneFile(), kRefused);
         EXPECT_EQ(callsOf("wget").size(), 1U);
         EXPECT_TRUE(fs::is_symlink(kLinksFile));
     });
@@ -101,7 +100,7 @@ TEST(DownloadStrangers, fileLeavesTheNumericLocaleAtCAsAnyOther) {
         const DownloadSandbox world;
         const ScopedLocale locale({{LC_ALL, kDecimalCommaLocale}});
         fs::create_symlink(kTarget, kLinksFile);
-        EXPECT_EQ(fetch(), kRefused);
+        EXPECT_EQ(fetchOneFile(), kRefused);
         EXPECT_EQ(numericLocale(), "C");
     });
 }
@@ -112,9 +111,9 @@ TEST(DownloadStrangers, fileIsNotOurOwn) {
         const DownloadSandbox world;
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        server.add(serverPath(kSerial, "a.dat"), "text");
+        server.add(serverPath(kCameraSerial, "a.dat"), "text");
         writeFile(kLinksFile, "from before");
-        EXPECT_EQ(fetch(), (Outcome{true, ""}));
+        EXPECT_EQ(fetchOneFile(), (Outcome{true, ""}));
         EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", "text"}}));
     });
 }
@@ -126,13 +125,14 @@ TEST(DownloadStrangers, wordsStayOutOfFilesWhereStandardOutputsAreClosed) {
         DownloadSandbox::letWgetTalk();
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        server.add(serverPath(kSerial, "a.dat"), "text");
+        server.add(serverPath(kCameraSerial, "a.dat"), "text");
         const std::vector<std::vector<int>> sets = {{2}, {1, 2}, {0, 2}, {0, 1, 2}};
         for (const std::vector<int>& closed : sets) {
             const RunResult result = runInProcess([&closed] {
                 for (const int fd : closed) close(fd);
                 std::string list = "a.dat;";
-                return dax::IRCalibrationManager::downloadTarget(list.data(), kSerial, kCaliDir)
+                return dax::IRCalibrationManager::downloadTarget(list.data(), kCameraSerial,
+                                                                 kCaliDir)
                            ? 1
                            : 0;
             });

@@ -22,14 +22,12 @@ namespace {
 
 using namespace thermika_test;
 
-const std::string kSerial = "14080045";
-
-bool fetch(std::string targets, const std::string& dir = kCaliDir) {
-    return dax::IRCalibrationManager::downloadTarget(targets.data(), kSerial, dir);
+bool tryToFetch(std::string targets, const std::string& dir = kCaliDir) {
+    return dax::IRCalibrationManager::downloadTarget(targets.data(), kCameraSerial, dir);
 }
 
 std::string quotedAddress(const std::string& name) {
-    return "\"" + serverAddress(serverPath(kSerial, name)) + "\"";
+    return "\"" + serverAddress(serverPath(kCameraSerial, name)) + "\"";
 }
 
 std::string errorDownloading(const std::string& name) {
@@ -49,7 +47,7 @@ TEST(DownloadTargetStart, givesTheShellAndWgetExactlyThis) {
         server.add(kLinksPath, linksDocument());
         recordShell();
         recordProgram("wget");
-        EXPECT_EQ(outcomeOf([] { return fetch("Kennlinie-14080045.prn;Cali-14080045.xml;"); }),
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("Kennlinie-14080045.prn;Cali-14080045.xml;"); }),
                   (Outcome{true, ""}));
         EXPECT_EQ(shellTexts(), (Texts{"wget http://" THERMIKA_DOWNLOAD_HOST
                                        "/downloadlinks.xml -O /tmp/downloadlinks.xml",
@@ -75,7 +73,7 @@ TEST(DownloadTargetStart, passesTheDirectoryAndTheNamesOnUnquoted) {
     inSandbox([] {
         const DownloadSandbox world;
         recordProgram("wget", leaveLinks("B"));
-        EXPECT_TRUE(fetch("a b;", "/my dir"));
+        EXPECT_TRUE(tryToFetch("a b;", "/my dir"));
         EXPECT_EQ(callsOf("wget").at(1),
                   (Texts{"B/14/1408/Califiles SN14080045/a b", "-O", "/my", "dir/a", "b"}));
     });
@@ -86,7 +84,7 @@ TEST(DownloadTargetStart, letsTheShellReadTheBaseBetweenDoubleQuotes) {
         const DownloadSandbox world;
         setenv("NAME", "value", 1);
         recordProgram("wget", leaveLinks("a  b $NAME `echo c`"));
-        EXPECT_TRUE(fetch("f;"));
+        EXPECT_TRUE(tryToFetch("f;"));
         EXPECT_EQ(callsOf("wget").at(1).at(0), "a  b value c/14/1408/Califiles SN14080045/f");
     });
 }
@@ -95,7 +93,7 @@ TEST(DownloadTargetStart, takesAnEmptyBaseForABase) {
     inSandbox([] {
         const DownloadSandbox world;
         recordProgram("wget", leaveLinks(""));
-        EXPECT_EQ(outcomeOf([] { return fetch("f;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("f;"); }), (Outcome{true, ""}));
         EXPECT_EQ(callsOf("wget").at(1).at(0), "/14/1408/Califiles SN14080045/f");
     });
 }
@@ -104,7 +102,7 @@ TEST(DownloadTargetStart, countsAFileAsFetchedWhateverItsCommandAnswers) {
     inSandbox([] {
         const DownloadSandbox world;
         recordProgram("wget", leaveLinks("B") + "; exit 8");
-        EXPECT_EQ(outcomeOf([] { return fetch("a;b;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("a;b;"); }), (Outcome{true, ""}));
         EXPECT_EQ(callsOf("wget").size(), 3U);
         EXPECT_EQ(contents(kCaliDir), Files());
     });
@@ -115,10 +113,10 @@ TEST(DownloadTargetStart, logsEveryAddressWhileNoCommandCanBeWaitedFor) {
         const DownloadSandbox world;
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        server.add(serverPath(kSerial, "b.dat"), "came all the same");
+        server.add(serverPath(kCameraSerial, "b.dat"), "came all the same");
         // As in programs that do not want to hear of their children.
         std::signal(SIGCHLD, SIG_IGN);
-        const Outcome outcome = outcomeOf([] { return fetch("a.dat;b.dat;"); });
+        const Outcome outcome = outcomeOf([] { return tryToFetch("a.dat;b.dat;"); });
         std::signal(SIGCHLD, SIG_DFL);
         EXPECT_EQ(outcome, (Outcome{false, errorDownloading("a.dat") + errorDownloading("b.dat")}));
         EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", ""}, {"b.dat", "came all the same"}}));
@@ -148,7 +146,7 @@ TEST(DownloadTargetStart, saysNothingOfAFailureAfterTheFirstStart) {
         FileServer server;
         server.add(kLinksPath, linksDocument());
         switchHearing(3, false);
-        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;b.dat;c.dat;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("a.dat;b.dat;c.dat;"); }), (Outcome{true, ""}));
         EXPECT_EQ(callsOf("wget").size(), 4U);
         std::signal(SIGCHLD, SIG_DFL);
     });
@@ -161,7 +159,7 @@ TEST(DownloadTargetStart, succeedsWithALaterFileThoughTheFirstFailed) {
         server.add(kLinksPath, linksDocument());
         switchHearing(3, true);
         std::signal(SIGCHLD, SIG_IGN);
-        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;b.dat;c.dat;"); }),
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("a.dat;b.dat;c.dat;"); }),
                   (Outcome{true, errorDownloading("a.dat")}));
         EXPECT_EQ(callsOf("wget").size(), 4U);
     });
@@ -174,7 +172,7 @@ TEST(DownloadTargetStart, readsALinksDocumentThoughItsCommandCouldNotBeWaitedFor
         server.add(kLinksPath, linksDocument());
         switchHearing(2, true);
         std::signal(SIGCHLD, SIG_IGN);
-        EXPECT_EQ(outcomeOf([] { return fetch("a.dat;"); }), (Outcome{true, ""}));
+        EXPECT_EQ(outcomeOf([] { return tryToFetch("a.dat;"); }), (Outcome{true, ""}));
     });
 }
 
@@ -186,7 +184,7 @@ TEST(DownloadTargetStart, readsWhatLiesThereWhenNoProcessCanBeStarted) {
         const RunResult result = runInProcess([] {
             forbidNewProcesses();
             const bool isStarted = std::system("true") != -1;
-            const Outcome outcome = outcomeOf([] { return fetch("a.dat;"); });
+            const Outcome outcome = outcomeOf([] { return tryToFetch("a.dat;"); });
             EXPECT_EQ(outcome, (Outcome{isStarted, isStarted ? "" : errorDownloading("a.dat")}));
             return testing::Test::HasFailure() ? 1 : 0;
         });
@@ -202,7 +200,7 @@ TEST(DownloadTargetStart, flushesStandardOutputBeforeEveryCommand) {
         recordProgram("wget", "echo wget\n" + leaveLinks("B"));
         const RunResult result = runInProcess([] {
             std::printf("before\n");
-            fetch("f;");
+            tryToFetch("f;");
             std::printf("after\n");
             return 0;
         });
@@ -216,8 +214,8 @@ TEST(DownloadTargetStart, leavesWgetItsOwnWords) {
         DownloadSandbox::letWgetTalk();
         FileServer server;
         server.add(kLinksPath, linksDocument());
-        server.add(serverPath(kSerial, "a.dat"), "text");
-        const Outcome outcome = outcomeOf([] { return fetch("a.dat;b.dat;"); });
+        server.add(serverPath(kCameraSerial, "a.dat"), "text");
+        const Outcome outcome = outcomeOf([] { return tryToFetch("a.dat;b.dat;"); });
         EXPECT_TRUE(outcome.result);
         for (const char* const words :
              {"'/tmp/downloadlinks.xml' saved", "'/usr/share/libthermika/cali/a.dat' saved [4/4]",

@@ -21,12 +21,11 @@ namespace {
 namespace fs = std::filesystem;
 using namespace thermika_test;
 
-const std::string kSerial = "14080045";
 const std::string kBadLinks =
     managerLine("ERROR", "Error parsing download links file: /tmp/downloadlinks.xml");
 const std::string kNoLinks = managerLine("ERROR", "Error reading /tmp/downloadlinks.xml");
 
-Outcome fetch(const std::string& targets, const std::string& serial = kSerial,
+Outcome fetch(const std::string& targets, const std::string& serial = kCameraSerial,
               const std::string& dir = kCaliDir) {
     std::string list = targets;
     Outcome outcome = outcomeOf(
@@ -37,7 +36,7 @@ Outcome fetch(const std::string& targets, const std::string& serial = kSerial,
 
 void serveFiles(FileServer& server) {
     for (const char* const name : {"a.dat", "b.dat"})
-        server.add(serverPath(kSerial, name), std::string("this is ") + name);
+        server.add(serverPath(kCameraSerial, name), std::string("this is ") + name);
 }
 
 /// Fetches two files behind this links document.
@@ -50,8 +49,8 @@ void expectFetched(const std::string& document) {
         EXPECT_EQ(fetch("a.dat;b.dat;"), (Outcome{true, ""}));
         EXPECT_EQ(contents(kCaliDir),
                   (Files{{"a.dat", "this is a.dat"}, {"b.dat", "this is b.dat"}}));
-        EXPECT_EQ(FileServer::requests(),
-                  (Texts{kLinksPath, serverPath(kSerial, "a.dat"), serverPath(kSerial, "b.dat")}));
+        EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath, serverPath(kCameraSerial, "a.dat"),
+                                                 serverPath(kCameraSerial, "b.dat")}));
         EXPECT_EQ(contents("/tmp"), Files());
     });
 }
@@ -89,7 +88,7 @@ TEST(DownloadTarget, triesNoSecondBaseWhenTheFirstHasNoFiles) {
                    linksDocument(element(serverAddress("/first")) + element(serverAddress(""))));
         EXPECT_EQ(fetch("a.dat;"), (Outcome{true, ""}));
         EXPECT_EQ(FileServer::requests(),
-                  (Texts{kLinksPath, "/first" + serverPath(kSerial, "a.dat")}));
+                  (Texts{kLinksPath, "/first" + serverPath(kCameraSerial, "a.dat")}));
         EXPECT_EQ(contents(kCaliDir), (Files{{"a.dat", ""}}));
     });
 }
@@ -154,7 +153,7 @@ TEST(DownloadTarget, keepsWhiteSpaceAroundTheBase) {
         recordProgram("wget");
         EXPECT_EQ(fetch("a.dat;"), (Outcome{true, ""}));
         EXPECT_EQ(callsOf("wget").at(1),
-                  (Texts{" " + serverAddress("") + "\t" + serverPath(kSerial, "a.dat"), "-O",
+                  (Texts{" " + serverAddress("") + "\t" + serverPath(kCameraSerial, "a.dat"), "-O",
                          std::string(kCaliDir) + "/a.dat"}));
     });
 }
@@ -166,7 +165,8 @@ TEST(DownloadTarget, fetchesNothingButTheLinksForAnEmptyList) {
         server.add(kLinksPath, linksDocument());
         EXPECT_EQ(fetch(""), (Outcome{false, ""}));
         EXPECT_EQ(outcomeOf([] {
-                      return dax::IRCalibrationManager::downloadTarget(nullptr, kSerial, kCaliDir);
+                      return dax::IRCalibrationManager::downloadTarget(nullptr, kCameraSerial,
+                                                                       kCaliDir);
                   }),
                   (Outcome{false, ""}));
         EXPECT_EQ(FileServer::requests(), (Texts{kLinksPath, kLinksPath}));
@@ -189,7 +189,7 @@ TEST(DownloadTarget, takesTheListApartAtEverySemicolon) {
             Texts expected = {kLinksPath};
             // wget has no file to put an empty name's answer into, and asks for none.
             for (const std::string& name : names)
-                if (!name.empty()) expected.push_back(serverPath(kSerial, name));
+                if (!name.empty()) expected.push_back(serverPath(kCameraSerial, name));
             const Texts all = FileServer::requests();
             EXPECT_EQ(Texts(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()), expected)
                 << list;
@@ -204,8 +204,8 @@ TEST(DownloadTarget, takesAnEmptyNameForAFileLikeAnyOther) {
         server.add(kLinksPath, linksDocument());
         recordShell();
         EXPECT_TRUE(fetch("a.dat;;").result);
-        EXPECT_EQ(shellTexts().at(2),
-                  "wget \"" + serverAddress(serverPath(kSerial, "")) + "\" -O " + kCaliDir + "/");
+        EXPECT_EQ(shellTexts().at(2), "wget \"" + serverAddress(serverPath(kCameraSerial, "")) +
+                                          "\" -O " + kCaliDir + "/");
     });
 }
 
@@ -251,7 +251,7 @@ TEST(DownloadTarget, needsNoManager) {
         serveFiles(server);
         server.add(kLinksPath, linksDocument());
         fs::create_directory("/usr/share/elsewhere");
-        EXPECT_EQ(fetch("a.dat;", kSerial, "/usr/share/elsewhere"), (Outcome{true, ""}));
+        EXPECT_EQ(fetch("a.dat;", kCameraSerial, "/usr/share/elsewhere"), (Outcome{true, ""}));
         EXPECT_EQ(contents("/usr/share/elsewhere"), (Files{{"a.dat", "this is a.dat"}}));
         EXPECT_EQ(contents(kCaliDir), Files());
     });

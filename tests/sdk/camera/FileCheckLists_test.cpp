@@ -19,7 +19,7 @@ using dax::MissingFiles;
 constexpr int kMostBytes = std::numeric_limits<int>::max();
 
 const MissingFiles kTwo{{"first", "the second"}, false};
-const MissingFiles kDescription{{"Cali-12345678.xml"}, true};
+const MissingFiles kMissingDescription{{"Cali-12345678.xml"}, true};
 
 /// What is written to a block of exactly `bytes` bytes.
 std::string written(const MissingFiles& missing, const char* separator, int size,
@@ -43,30 +43,31 @@ TEST(FileCheckLists, needEveryNameItsEndAndOneTerminator) {
 
 TEST(FileCheckLists, boundEachNameByTheWholeSizeAndNotByTheRoomLeft) {
     EXPECT_EQ(written(kTwo, ";", 6, 14), std::string("first;the se;\0", 14));
-    EXPECT_EQ(written(kDescription, ";", 10, 12), std::string("Cali-12345;\0", 12));
-    EXPECT_EQ(written(kDescription, " and ", 4, 9), std::string("Cali and\0", 9));
+    EXPECT_EQ(written(kMissingDescription, ";", 10, 12), std::string("Cali-12345;\0", 12));
+    EXPECT_EQ(written(kMissingDescription, " and ", 4, 9), std::string("Cali and\0", 9));
 }
 
 TEST(FileCheckLists, takeNothingOfANameWhenTheSizeIsNotPositive) {
     for (const int size : {0, -1, std::numeric_limits<int>::min()}) {
         EXPECT_EQ(written(kTwo, ";", size, 2), std::string("\0?", 2));
-        EXPECT_EQ(written(kDescription, ";", size, 2), std::string("\0?", 2));
+        EXPECT_EQ(written(kMissingDescription, ";", size, 2), std::string("\0?", 2));
     }
 }
 
 TEST(FileCheckLists, needTheSeparatorsLengthMoreThanToldForADescription) {
-    EXPECT_EQ(dax::listBytes(kDescription), 18);
-    EXPECT_EQ(written(kDescription, ";", 18, 19), std::string("Cali-12345678.xml;\0", 19));
-    EXPECT_EQ(written(kDescription, "; ", 18, 20), std::string("Cali-12345678.xml; \0", 20));
-    EXPECT_EQ(written(kDescription, "", 18, 18), std::string("Cali-12345678.xml\0", 18));
+    EXPECT_EQ(dax::listBytes(kMissingDescription), 18);
+    EXPECT_EQ(written(kMissingDescription, ";", 18, 19), std::string("Cali-12345678.xml;\0", 19));
+    EXPECT_EQ(written(kMissingDescription, "; ", 18, 20), std::string("Cali-12345678.xml; \0", 20));
+    EXPECT_EQ(written(kMissingDescription, "", 18, 18), std::string("Cali-12345678.xml\0", 18));
     EXPECT_EQ(dax::listBytes({{""}, true}), 0);
 }
 
 // As a bounded copy does, which callers may rely on who look at bytes behind the list.
 TEST(FileCheckLists, fillTheBytesBehindADescriptionWithZeros) {
-    EXPECT_EQ(written(kDescription, ";", 24, 26),
+    EXPECT_EQ(written(kMissingDescription, ";", 24, 26),
               "Cali-12345678.xml;" + std::string(6, '\0') + "??");
-    EXPECT_EQ(written(kDescription, "", 24, 26), "Cali-12345678.xml" + std::string(7, '\0') + "??");
+    EXPECT_EQ(written(kMissingDescription, "", 24, 26),
+              "Cali-12345678.xml" + std::string(7, '\0') + "??");
 }
 
 /// Counts a missing file's name onto `size`.

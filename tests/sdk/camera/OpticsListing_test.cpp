@@ -24,8 +24,8 @@ using thermika_test::rangeElement;
 using thermika_test::samplePointOpticsElement;
 using thermika_test::TempDir;
 
-constexpr unsigned long kSerial = 12345678;
-constexpr unsigned long kOtherSerial = 12345679;
+constexpr unsigned long kListed = 12345678;
+constexpr unsigned long kOtherListed = 12345679;
 constexpr const char* kBuiltIn = "30 '' -20..100 0..250 150..900\n";
 
 /// One line an optics: field of view, text and ranges.
@@ -42,7 +42,7 @@ std::string lines(const std::vector<OpticsEntry>& list) {
 
 class OpticsListing : public thermika_test::CaliTest {
 protected:
-    std::string listed(unsigned long serial = kSerial) const {
+    std::string listed(unsigned long serial = kListed) const {
         return lines(*manager().getAvailableOptics(serial));
     }
 };
@@ -50,7 +50,7 @@ protected:
 using OpticsListingDeathTest = OpticsListing;
 
 TEST_F(OpticsListing, showsOpticsAndRangesInTheDescriptionsOrder) {
-    describe(kSerial,
+    describe(kListed,
              opticsElement(60, "HT", rangeElement("150", "900", {27}) + rangeElement("0", "250")) +
                  samplePointOpticsElement(30, "", rangeElement("-20", "100")) +
                  opticsElement(-5, "O 5", rangeElement("100", "-100")));
@@ -58,7 +58,7 @@ TEST_F(OpticsListing, showsOpticsAndRangesInTheDescriptionsOrder) {
 }
 
 TEST_F(OpticsListing, dropsFractionsTowardZero) {
-    describe(kSerial,
+    describe(kListed,
              opticsElement(33, "",
                            rangeElement("-20.0", "100.0") + rangeElement("-20.5", "149.9") +
                                rangeElement("-0.9", "1.9")));
@@ -66,7 +66,7 @@ TEST_F(OpticsListing, dropsFractionsTowardZero) {
 }
 
 TEST_F(OpticsListing, saturatesLimitsThatNoIntHolds) {
-    describe(kSerial, opticsElement(33, "",
+    describe(kListed, opticsElement(33, "",
                                     rangeElement("-1e30", "1e30") + rangeElement("-inf", "inf") +
                                         rangeElement("nan", "2147483648")));
     EXPECT_EQ(listed(), "33 '' -2147483648..2147483647 -2147483648..2147483647 0..2147483647\n");
@@ -75,27 +75,27 @@ TEST_F(OpticsListing, saturatesLimitsThatNoIntHolds) {
 TEST_F(OpticsListing, readsLimitsWithAPointWhateverTheLocale) {
     const thermika_test::ScopedLocale locale({{LC_NUMERIC, thermika_test::kDecimalCommaLocale},
                                               {LC_CTYPE, thermika_test::kDecimalCommaLocale}});
-    describe(kSerial, opticsElement(33, "", rangeElement("-2.05e1", "1.9e2")));
+    describe(kListed, opticsElement(33, "", rangeElement("-2.05e1", "1.9e2")));
     EXPECT_EQ(listed(), "33 '' -20..190\n");
 }
 
 TEST_F(OpticsListing, showsOpticsWithoutRanges) {
-    describe(kSerial, opticsElement(33, "A", "") + opticsElement(60, "", rangeElement("0", "1")));
+    describe(kListed, opticsElement(33, "A", "") + opticsElement(60, "", rangeElement("0", "1")));
     EXPECT_EQ(listed(), "33 'A'\n60 '' 0..1\n");
 }
 
 TEST_F(OpticsListing, showsTheDefaultRangesOfOpticsThatTellNone) {
-    describe(kSerial, "<OpticsDef>\n<FOV>33</FOV>\n<Text></Text>\n</OpticsDef>\n");
+    describe(kListed, "<OpticsDef>\n<FOV>33</FOV>\n<Text></Text>\n</OpticsDef>\n");
     EXPECT_EQ(listed(), "33 '' -20..100 0..250 150..900\n");
 }
 
 TEST_F(OpticsListing, isEmptyForADescriptionWithoutOptics) {
-    describe(kSerial, "");
+    describe(kListed, "");
     EXPECT_EQ(listed(), "");
 }
 
 TEST_F(OpticsListing, showsTheFirstsRangesForOpticsOfTheSameFieldOfViewAndText) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")) +
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")) +
                           opticsElement(33, "A", rangeElement("0", "2")) +
                           opticsElement(33, "", rangeElement("0", "3") + rangeElement("0", "4")) +
                           opticsElement(33, "A", "") + opticsElement(33, "a", ""));
@@ -103,14 +103,14 @@ TEST_F(OpticsListing, showsTheFirstsRangesForOpticsOfTheSameFieldOfViewAndText) 
 }
 
 TEST_F(OpticsListing, keepsRangesWithEqualBounds) {
-    describe(kSerial,
+    describe(kListed,
              opticsElement(
                  33, "", rangeElement("0", "1") + rangeElement("0", "1") + rangeElement("5", "5")));
     EXPECT_EQ(listed(), "33 '' 0..1 0..1 5..5\n");
 }
 
 TEST_F(OpticsListing, leavesTheListAloneForSerialZero) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")));
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")));
     EXPECT_EQ(listed(0), "");
     EXPECT_EQ(listed(), "33 '' 0..1\n");
     EXPECT_EQ(listed(0), "33 '' 0..1\n");
@@ -120,9 +120,9 @@ TEST_F(OpticsListing, leavesTheListAloneForSerialZero) {
 }
 
 TEST_F(OpticsListing, loadsADescriptionOnceAndRebuildsTheList) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")));
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")));
     EXPECT_EQ(listed(), "33 '' 0..1\n");
-    describe(kSerial, "");
+    describe(kListed, "");
     manager().getAvailableOptics(0)->front().fov = 1;
     manager().getAvailableOptics(0)->front().tempRanges.emplace_back(7, 8);
     manager().getAvailableOptics(0)->push_back({1, {}, "scribbled"});
@@ -130,62 +130,62 @@ TEST_F(OpticsListing, loadsADescriptionOnceAndRebuildsTheList) {
 }
 
 TEST_F(OpticsListing, showsOnlyTheOpticsOfASecondSerial) {
-    describe(kSerial, opticsElement(33, "long", rangeElement("0", "1") + rangeElement("0", "2")) +
+    describe(kListed, opticsElement(33, "long", rangeElement("0", "1") + rangeElement("0", "2")) +
                           opticsElement(60, "", rangeElement("0", "3")));
-    describe(kOtherSerial, opticsElement(90, "", ""));
+    describe(kOtherListed, opticsElement(90, "", ""));
     EXPECT_EQ(listed(), "33 'long' 0..1 0..2\n60 '' 0..3\n");
-    EXPECT_EQ(listed(kOtherSerial), "90 ''\n");
+    EXPECT_EQ(listed(kOtherListed), "90 ''\n");
     EXPECT_EQ(listed(), "33 'long' 0..1 0..2\n60 '' 0..3\n");
 }
 
 TEST_F(OpticsListing, keepsNothingOfTheOpticsListedBefore) {
-    describe(kSerial, opticsElement(33, "text", rangeElement("0", "1") + rangeElement("0", "2")));
-    describe(kOtherSerial, "<OpticsDef>\n<FOV>90</FOV>\n<TempRanges></TempRanges>\n</OpticsDef>\n");
+    describe(kListed, opticsElement(33, "text", rangeElement("0", "1") + rangeElement("0", "2")));
+    describe(kOtherListed, "<OpticsDef>\n<FOV>90</FOV>\n<TempRanges></TempRanges>\n</OpticsDef>\n");
     EXPECT_EQ(listed(), "33 'text' 0..1 0..2\n");
-    EXPECT_EQ(listed(kOtherSerial), "90 ''\n");
+    EXPECT_EQ(listed(kOtherListed), "90 ''\n");
 }
 
 TEST_F(OpticsListing, showsWhatTheFileCheckLoadedForTheSerial) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")));
-    delete[] manager().checkCalibration(kSerial);
-    describe(kSerial, "");
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")));
+    delete[] manager().checkCalibration(kListed);
+    describe(kListed, "");
     manager().setCalibrationDir(beside("elsewhere").c_str());
     EXPECT_EQ(listed(), "33 '' 0..1\n");
     EXPECT_FALSE(std::filesystem::exists(beside("elsewhere")));
 }
 
 TEST_F(OpticsListing, showsTheBuiltInOpticsAfterAReloadThatFailed) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")));
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")));
     EXPECT_EQ(listed(), "33 '' 0..1\n");
-    EXPECT_EQ(listed(kOtherSerial), kBuiltIn);
-    EXPECT_EQ(listed(kOtherSerial), kBuiltIn);
+    EXPECT_EQ(listed(kOtherListed), kBuiltIn);
+    EXPECT_EQ(listed(kOtherListed), kBuiltIn);
     EXPECT_EQ(listed(), "33 '' 0..1\n");
 }
 
 TEST_F(OpticsListing, createsTheCalibrationDirectoryWhenItLoads) {
     manager().setCalibrationDir(beside("new").c_str());
-    manager().getAvailableOptics(kSerial);
+    manager().getAvailableOptics(kListed);
     EXPECT_TRUE(std::filesystem::is_directory(beside("new")));
 }
 
 TEST_F(OpticsListing, logsNothingOnceTheDescriptionIsLoaded) {
-    describe(kSerial, opticsElement(33, "", ""));
-    manager().getAvailableOptics(kSerial);
+    describe(kListed, opticsElement(33, "", ""));
+    manager().getAvailableOptics(kListed);
     thermika_test::LogCapture lines;
-    manager().getAvailableOptics(kSerial);
+    manager().getAvailableOptics(kListed);
     manager().getAvailableOptics(0);
     EXPECT_EQ(lines.all(), std::vector<std::string>());
 }
 
 TEST_F(OpticsListing, handsOutTheManagersOwnList) {
-    describe(kSerial, opticsElement(33, "", ""));
+    describe(kListed, opticsElement(33, "", ""));
     const std::vector<OpticsEntry>* const list = manager().getAvailableOptics(0);
-    EXPECT_EQ(manager().getAvailableOptics(kSerial), list);
-    EXPECT_EQ(manager().getAvailableOptics(kOtherSerial), list);
+    EXPECT_EQ(manager().getAvailableOptics(kListed), list);
+    EXPECT_EQ(manager().getAvailableOptics(kOtherListed), list);
 }
 
 TEST_F(OpticsListing, isEmptyInAFreshManager) {
-    describe(kSerial, opticsElement(33, "", rangeElement("0", "1")));
+    describe(kListed, opticsElement(33, "", rangeElement("0", "1")));
     EXPECT_EQ(listed(), "33 '' 0..1\n");
     delete &manager();
     EXPECT_EQ(listed(0), "");
@@ -195,8 +195,8 @@ TEST_F(OpticsListing, isEmptyInAFreshManager) {
 
 TEST_F(OpticsListing, keepsTextsWhenTheirDescriptionIsGone) {
     const std::string text(300, 't');
-    describe(kSerial, opticsElement(33, text, ""));
-    const std::vector<OpticsEntry>& list = *manager().getAvailableOptics(kSerial);
+    describe(kListed, opticsElement(33, text, ""));
+    const std::vector<OpticsEntry>& list = *manager().getAvailableOptics(kListed);
     thermika_test::forgetDescription();
     ASSERT_EQ(list.size(), 1U);
     EXPECT_EQ(list[0].text, text);
@@ -211,7 +211,7 @@ TEST_F(OpticsListing, showsThousandsOfOptics) {
         expected += std::to_string(i % 7) + " '" + text + "' " + std::to_string(-i) + ".." +
                     std::to_string(i) + "\n";
     }
-    describe(kSerial, optics);
+    describe(kListed, optics);
     EXPECT_EQ(listed(), expected);
 }
 
@@ -221,7 +221,7 @@ TEST_F(OpticsListingDeathTest, endsTheProcessWhenTheDescriptionsPathIsTooLong) {
         std::string directory = parent.path() + "/";
         directory.resize(length, 'd');
         manager().setCalibrationDir(directory.c_str());
-        EXPECT_EXIT(manager().getAvailableOptics(kSerial), testing::KilledBySignal(SIGABRT),
+        EXPECT_EXIT(manager().getAvailableOptics(kListed), testing::KilledBySignal(SIGABRT),
                     "exceeds the limit of 259");
     }
 }
@@ -232,7 +232,7 @@ TEST_F(OpticsListingDeathTest, endsTheProcessWhenTheDescriptionsPathIsTooLong) {
     {
         const TempDir empty;
         IRCalibrationManager::getInstance()->setCalibrationDir(empty.path().c_str());
-        shown = lines(*IRCalibrationManager::getInstance()->getAvailableOptics(kSerial));
+        shown = lines(*IRCalibrationManager::getInstance()->getAvailableOptics(kListed));
     }
     std::fprintf(stderr, "listed (%s), held %d\n", shown.c_str(),
                  ConfigCali::getInstance()->getOpticsCount());

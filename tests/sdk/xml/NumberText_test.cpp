@@ -33,8 +33,8 @@ std::uint32_t bitsOf(float value) {
     return bits;
 }
 
-/// Texts of up to 14 bytes, most of them nearly numbers; the same ones in every run.
-class Texts {
+/// NearNumbers of up to 14 bytes, most of them nearly numbers; the same ones in every run.
+class NearNumbers {
 public:
     std::string next() {
         static const std::string digits = "0123456789";
@@ -67,7 +67,7 @@ TEST(NumberText, givesTheScannersValuesInEveryCharacterLocale) {
     for (const char* const name :
          {"C", thermika_test::kDecimalCommaLocale, thermika_test::kLatin1Locale}) {
         const ScopedLocale locale({{LC_CTYPE, name}});
-        Texts texts;
+        NearNumbers texts;
         int integers = 0;
         int floats = 0;
         for (int i = 0; i < kTexts && !testing::Test::HasFailure(); ++i) {
@@ -87,7 +87,7 @@ TEST(NumberText, givesTheScannersValuesInEveryCharacterLocale) {
 }
 
 TEST(NumberText, givesEveryIntegerOfUpToNineDigits) {
-    Texts texts;
+    NearNumbers texts;
     for (int i = 0; i < kTexts; ++i) {
         const int value = static_cast<int>(texts.pick(1'000'000'000) >> texts.pick(30));
         const std::string text = std::to_string(value);
@@ -136,7 +136,7 @@ TEST(NumberText, leavesOtherIntegersToTheScanner) {
 
 TEST(NumberText, givesEveryPlainFloat) {
     const ScopedLocale locale({});
-    Texts texts;
+    NearNumbers texts;
     for (int i = 0; i < kTexts; ++i) {
         std::string text = i % 2 == 0 ? "-" : "";
         for (std::size_t digits = 1 + texts.pick(12); digits > 0; --digits)

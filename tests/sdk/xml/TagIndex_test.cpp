@@ -1,4 +1,4 @@
-// The index of a text's tags beside a plain search. Texts lie right before memory that must not be
+// The index of a text's tags beside a plain search. TagNames lie right before memory that must not be
 // read.
 #include "sdk/xml/TagIndex.h"
 
@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/GuardedPage.h"
+#include "support/TagText.h"
 
 namespace {
 
@@ -20,18 +21,15 @@ using dax::kNoTag;
 using dax::TagIndex;
 using dax::TagKind;
 using thermika_test::GuardedPage;
+using thermika_test::tagOf;
 
 using Places = std::vector<std::size_t>;
-using Texts = std::vector<std::string>;
+using TagNames = std::vector<std::string>;
 
 constexpr TagKind kKinds[] = {TagKind::kOpening, TagKind::kClosing};
 constexpr std::size_t kLongestRange = 40;
 constexpr std::size_t kLongestName = 20;
 constexpr std::size_t kColliding = 6;  // names with one fingerprint
-
-std::string tagOf(const std::string& name, TagKind kind) {
-    return (kind == TagKind::kOpening ? "<" : "</") + name + ">";
-}
 
 Places placesOfTags(const std::string& text) {
     Places places;
@@ -40,7 +38,7 @@ Places placesOfTags(const std::string& text) {
     return places;
 }
 
-std::string describe(const std::string& text, const std::string& tag) {
+std::string searchText(const std::string& text, const std::string& tag) {
     return "text " + testing::PrintToString(text) + ", tag " + testing::PrintToString(tag);
 }
 
@@ -82,11 +80,11 @@ bool findsTag(const TagIndex& index, const std::string& text, const std::string&
         expected = next == isOne.end() ? kNoTag : static_cast<std::size_t>(next - isOne.begin());
         isSame = isSame && index.find(name, kind, from, places.size()) == expected;
     }
-    EXPECT_TRUE(isSame) << describe(text, tag);
+    EXPECT_TRUE(isSame) << searchText(text, tag);
     return isSame;
 }
 
-bool agrees(GuardedPage& page, const std::string& text, const Texts& names) {
+bool agrees(GuardedPage& page, const std::string& text, const TagNames& names) {
     const std::string_view guarded = page.put(text);
     const TagIndex index(guarded);
     const Places places = placesOfTags(text);
@@ -104,7 +102,7 @@ std::string randomText(std::mt19937& random, std::string_view alphabet, std::siz
 }
 
 /// Tags of the names, whole, changed in one place or cut, with little or nothing between them.
-std::string randomTags(std::mt19937& random, const Texts& names, std::size_t tags) {
+std::string randomTags(std::mt19937& random, const TagNames& names, std::size_t tags) {
     std::string text;
     for (std::size_t i = 0; i < tags; ++i) {
         std::string tag = tagOf(names[random() % names.size()], kKinds[random() % 2]);
@@ -120,8 +118,8 @@ TEST(TagIndex, agreesWithAPlainSearchInTextsOfFewCharacters) {
     std::mt19937 random(20240613);
     for (std::size_t length = 0; length <= kLongestName; ++length) {
         for (int round = 0; round < 40; ++round) {
-            const Texts names = {randomText(random, "ab", length),
-                                 randomText(random, "a<>/", length)};
+            const TagNames names = {randomText(random, "ab", length),
+                                    randomText(random, "a<>/", length)};
             ASSERT_TRUE(agrees(page, randomText(random, "<>/ab", random() % 150), names));
             ASSERT_TRUE(agrees(page, randomTags(random, names, random() % 50), names));
         }
@@ -131,7 +129,7 @@ TEST(TagIndex, agreesWithAPlainSearchInTextsOfFewCharacters) {
 TEST(TagIndex, tellsNamesWithTheSameFirstBytesApart) {
     GuardedPage page;
     std::mt19937 random(20240614);
-    const Texts names = {
+    const TagNames names = {
         "Temperat",    "Temperatu",     "Temperature",           "Temperaturf",
         "Temperat>",   "Temperat/",     "TemperatureRange",      "TemperatureRangf",
         "Temperatu<",  "TemperatureRa", "TemperatureRangeOfABC", "Tempera",
@@ -140,9 +138,9 @@ TEST(TagIndex, tellsNamesWithTheSameFirstBytesApart) {
         ASSERT_TRUE(agrees(page, randomTags(random, names, random() % 100), names));
 }
 
-/// Names of different texts whose opening or closing tags have the same fingerprint.
-Texts collidingNames(TagKind kind, unsigned int fingerprint) {
-    Texts names;
+/// TagNames of different texts whose opening or closing tags have the same fingerprint.
+TagNames collidingNames(TagKind kind, unsigned int fingerprint) {
+    TagNames names;
     for (int number = 0; names.size() < kColliding && number < 100000; ++number) {
         std::string name = "n" + std::to_string(number);
         if (dax::tagFingerprint(name, kind) == fingerprint) names.push_back(std::move(name));
@@ -156,7 +154,7 @@ TEST(TagIndex, tellsNamesWithTheSameFingerprintApart) {
     for (const TagKind kind : kKinds) {
         // Zero is also what stands behind the last fingerprint.
         for (const unsigned int fingerprint : {0U, 1U, 127U, 128U, 255U}) {
-            const Texts names = collidingNames(kind, fingerprint);
+            const TagNames names = collidingNames(kind, fingerprint);
             ASSERT_EQ(names.size(), kColliding);
             for (int round = 0; round < 10; ++round)
                 ASSERT_TRUE(agrees(page, randomTags(random, names, 1 + random() % 60), names));

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "support/GuardedPage.h"
+#include "support/TagText.h"
 
 namespace {
 
@@ -19,10 +20,7 @@ using dax::kNoTag;
 using dax::TagKind;
 using dax::tagLength;
 using thermika_test::GuardedPage;
-
-std::string tagOf(const std::string& name, TagKind kind) {
-    return (kind == TagKind::kOpening ? "<" : "</") + name + ">";
-}
+using thermika_test::tagOf;
 
 std::size_t expectedPlace(const std::string& text, const std::string& tag, std::size_t from,
                           std::size_t limit) {
