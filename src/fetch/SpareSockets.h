@@ -1,5 +1,5 @@
-// Connections that are opened before anybody needs them: when what follows is asked for, their first
-// round trip is over.
+// Connections that are opened before anybody needs them: when what follows is asked for, their
+// first round trip is over.
 #pragma once
 
 #include <sys/socket.h>

@@ -1,4 +1,4 @@
-// Values of float that are no numbers of everyday.
+// Values of float that are not finite.
 #pragma once
 
 #include <limits>

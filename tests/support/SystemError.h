@@ -1,4 +1,4 @@
-// How test support reports that the system refused something: by an exception, which fails the test.
+// How test support says that the system refused something: by an exception, which fails the test.
 #pragma once
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// Literal tags, as the searches for them look for.
+// The literal tags that the searches look for.
 #pragma once
 
 #include <string>

@@ -33,7 +33,7 @@ std::uint32_t bitsOf(float value) {
     return bits;
 }
 
-/// NearNumbers of up to 14 bytes, most of them nearly numbers; the same ones in every run.
+/// Texts of up to 14 bytes, most of them nearly numbers; the same ones in every run.
 class NearNumbers {
 public:
     std::string next() {

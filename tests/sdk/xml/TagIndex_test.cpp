@@ -1,4 +1,4 @@
-// The index of a text's tags beside a plain search. TagNames lie right before memory that must not be
+// The index of a text's tags beside a plain search. Texts lie right before memory that must not be
 // read.
 #include "sdk/xml/TagIndex.h"
 
@@ -138,7 +138,7 @@ TEST(TagIndex, tellsNamesWithTheSameFirstBytesApart) {
         ASSERT_TRUE(agrees(page, randomTags(random, names, random() % 100), names));
 }
 
-/// TagNames of different texts whose opening or closing tags have the same fingerprint.
+/// Names of different texts whose opening or closing tags have the same fingerprint.
 TagNames collidingNames(TagKind kind, unsigned int fingerprint) {
     TagNames names;
     for (int number = 0; names.size() < kColliding && number < 100000; ++number) {
