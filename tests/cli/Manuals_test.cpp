@@ -87,6 +87,18 @@ Words namesOf(const std::vector<CompletionOption>& options) {
     return names;
 }
 
+/// What stands first in the lines of a help text's list: its entries, each of them by all names.
+Words entriesOfHelp(const std::string& help, const std::string& title) {
+    Words entries;
+    for (const std::string& line : partOf(help, title, {"Options:", "Subcommands:", "Example:"})) {
+        if (line.size() < 3 || line.compare(0, 2, "  ") != 0 || line[2] == ' ') continue;
+        std::string names = wordsOf(line).at(0);
+        std::replace(names.begin(), names.end(), ',', ' ');
+        for (const std::string& name : wordsOf(names)) entries.insert(name);
+    }
+    return entries;
+}
+
 Words statusesIn(const std::string& text) {
     Words statuses;
     for (const std::string& line : partOf(text, ".Sh EXIT STATUS", {".Sh "}))
@@ -119,20 +131,22 @@ TEST(Manuals, nameTheCompanionsCommandsAndOptionsAsItsHelpDoes) {
     const auto line = thermika::cli::makeCommandLine();
     const auto model = thermika::cli::completionModel(line->app);
     const std::string text = manual("thermika.1");
-    const auto helps = [](const std::string& help, const CompletionCommand& command) {
-        for (const std::string& name : namesOf(command.options))
-            EXPECT_NE(help.find(name), std::string::npos) << name << " in " << help;
-    };
-    EXPECT_EQ(optionsIn(partOf(text, ".Sh DESCRIPTION", {".Sh "})), namesOf(model.shared.options));
-    helps(runCompanion({"--help"}).out, model.shared);
+    const Words shared = optionsIn(partOf(text, ".Sh DESCRIPTION", {".Sh "}));
+    EXPECT_EQ(shared, namesOf(model.shared.options));
+    const std::string help = runCompanion({"--help"}).out;
+    EXPECT_EQ(entriesOfHelp(help, "Options:"), shared);
     Words commands;
     for (const CompletionCommand& command : model.commands) {
         commands.insert(command.name);
         const auto part = partOf(text, ".It Cm " + command.name, {".It Cm ", ".Sh "});
         EXPECT_FALSE(part.empty()) << command.name;
-        EXPECT_EQ(optionsIn(part), namesOf(command.options)) << command.name;
-        helps(runCompanion({command.name, "--help"}).out, command);
+        Words options = optionsIn(part);
+        EXPECT_EQ(options, namesOf(command.options)) << command.name;
+        options.insert({"-h", "--help"});
+        EXPECT_EQ(entriesOfHelp(runCompanion({command.name, "--help"}).out, "Options:"), options)
+            << command.name;
     }
+    EXPECT_EQ(entriesOfHelp(help, "Subcommands:"), commands);
     Words described;
     for (const std::string& each : partOf(text, ".Sh COMMANDS", {".Sh "}))
         if (each.compare(0, 7, ".It Cm ") == 0) described.insert(wordsOf(each).at(2));
@@ -140,11 +154,12 @@ TEST(Manuals, nameTheCompanionsCommandsAndOptionsAsItsHelpDoes) {
 }
 
 TEST(Manuals, nameTheStatuses) {
-    EXPECT_EQ(statusesIn(manual("thermika.1")), (Words{"0", "1", "2", "3"}));
-    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kYes), 0);
-    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kNo), 1);
-    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kUsage), 2);
-    EXPECT_EQ(static_cast<int>(thermika::cli::Status::kFailed), 3);
+    Words statuses;
+    for (const auto& status : thermika_test::matchesIn(readFile(kSources + "/src/cli/Command.h"),
+                                                       R"re(\n    k\w+ = (\d+), +///<)re"))
+        statuses.insert(status[1]);
+    EXPECT_EQ(statuses.size(), 4U);
+    EXPECT_EQ(statusesIn(manual("thermika.1")), statuses);
     EXPECT_EQ(statusesIn(manual("thermika-genconfig.1")), (Words{"0", "255"}));
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d1"}).status, 255);
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d14080045"}).status, 0);
@@ -209,6 +224,47 @@ TEST(Manuals, describeEveryElementOfADescription) {
         ++count;
     }
     EXPECT_GE(count, 45U);
+}
+
+/// How the manual describes the element that becomes the member `name`, of `type`.
+std::string entryOf(const std::string& reader, const std::string& type, const std::string& name,
+                    std::string value) {
+    if (type == "bool") return name + " : No truth, default " + value;
+    const bool isWhole = reader.find("readInteger(document, \"" + name + "\"") != std::string::npos;
+    value.erase(std::remove(value.begin(), value.end(), 'F'), value.end());
+    if (isWhole && type == "double") return name + " : No whole number, default 0";
+    if (type.find("16") != std::string::npos)
+        return name + " : No whole number, 16 bits, default " + value;
+    if (type.find("32") != std::string::npos)
+        return name + " : No whole number, 32 bits, default " + value;
+    return name + " : No number, default " + value;
+}
+
+TEST(Manuals, giveTheDefaultOfEveryElementOfADescription) {
+    const std::string reader = readFile(kSources + "/src/imgproc/internal/CaliReader.cpp");
+    // What is no member's initial value.
+    Words expected = {"Text : No text, default none",
+                      "TempRanges : No ranges, default three",
+                      "TempLoExt : No number, default TempLo",
+                      "TempHiExt : No number, default TempHi",
+                      "Framerates : No frame rates, default none",
+                      "TableParams : No parameters, default none",
+                      "Normalize : No truth, default 0"};
+    for (const auto& member :
+         thermika_test::matchesIn(readFile(kSources + "/src/imgproc/Cali.h"),
+                                  R"re(\n    (?:std::)?(\w+) ([A-Z]\w+) = ([^;]+);)re")) {
+        const std::string& name = member[2];
+        if (reader.find('"' + name + '"') == std::string::npos || name == "Normalize" ||
+            name == "TempLoExt" || name == "TempHiExt")
+            continue;
+        expected.insert(entryOf(reader, member[1], name, member[3]));
+    }
+    EXPECT_GE(expected.size(), 45U);
+    Words described;
+    for (const std::string& line :
+         partOf(manual("thermika-files.5"), ".Sh CALIBRATION DESCRIPTION", {".Sh "}))
+        if (line.compare(0, 7, ".It Sy ") == 0) described.insert(line.substr(7));
+    EXPECT_EQ(described, expected);
 }
 
 TEST(Manuals, describeEveryElementOfTheConfigurationDocumentAndItsDefault) {
