@@ -40,8 +40,33 @@ TEXT
 chmod +x "$work/bin/git"
 
 fails_with 'no package was built' tools/package build/package --test --twice
+# Packages, of which the installed ones pass one test of four.
+cat >"$work/bin/dpkg-buildpackage" <<'TEXT'
+#!/bin/sh
+for name in thermika libthermika0 libthermika-dev libthermika-doc; do : >"../${name}_1_all.deb"; done
+TEXT
+printf '#!/bin/sh\necho 0\n' >"$work/bin/id"
+printf '#!/bin/sh\necho "document             PASS"\n' >"$work/bin/unshare"
+chmod +x "$work/bin/id" "$work/bin/unshare"
+stand_in dpkg-deb
+fails_with 'the test demo did not pass' tools/package build/package --test
+rm "$work/bin/id" "$work/bin/unshare"
 fails_with 'not three RPM packages' tools/package-elsewhere build/elsewhere
 fails_with 'no library with functions' tools/abi revision
+
+# The reference: a manual that cannot be turned into a page, and pages that are not made.
+cp -r "$project/docs" "$project/src" "$project/SECURITY.md" "$work/project"
+printf '#!/bin/sh\necho "mandoc gives up" >&2; exit 3\n' >"$work/bin/mandoc"
+cat >"$work/bin/doxygen" <<'TEXT'
+#!/bin/sh
+mkdir "$THERMIKA_REFERENCE/html"
+echo page >"$THERMIKA_REFERENCE/html/index.html"
+echo page >"$THERMIKA_REFERENCE/html/SimpleXML.html"
+TEXT
+chmod +x "$work/bin/mandoc" "$work/bin/doxygen"
+fails_with 'mandoc gives up' tools/reference build/reference
+printf '#!/bin/sh\necho "# Files"\n' >"$work/bin/mandoc"
+fails_with 'no page was made of embedding' tools/reference build/reference
 
 cat >"$work/tool" <<'TEXT'
 #!/bin/sh
