@@ -12,11 +12,20 @@
 
 namespace {
 
-using namespace thermika_test;
-
 using thermika::cli::chosenCamera;
 using thermika::cli::Problem;
 using thermika::cli::Status;
+using thermika_test::description;
+using thermika_test::HealthyMachine;
+using thermika_test::inSandbox;
+using thermika_test::kCaliDir;
+using thermika_test::kDescriptionName;
+using thermika_test::opticsElement;
+using thermika_test::opticsList;
+using thermika_test::rangeElement;
+using thermika_test::runCompanion;
+using thermika_test::RunResult;
+using thermika_test::writeFile;
 
 TEST(Camera, isNamedByEightDigits) {
     EXPECT_EQ(chosenCamera("10000000", "files"), 10000000UL);
