@@ -35,7 +35,9 @@ std::vector<std::string> namesIn(std::string_view input) {
     static const thermika_test::TempDir folder;
     static int serial = 1;
     serial = 3 - serial;  // another one each time, so that the description is read
-    std::vector<std::string> names = {std::string(input.substr(input.rfind('>') + 1))};
+    const std::size_t end = input.rfind('>');
+    std::vector<std::string> names;
+    names.emplace_back(end == std::string_view::npos ? input : input.substr(end + 1));
     thermika_test::writeFile(folder / ("Cali-" + std::to_string(serial) + ".xml"), input);
     if (ConfigCali::getInstance()->load(folder.path().c_str(), serial) == 0)
         for (const dax::ExpectedFile& file : dax::expectedFiles(serial, {}, 2 * kMostNames))
