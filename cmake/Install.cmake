@@ -29,9 +29,15 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/thermikaConfigVersion.cma
     COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
 
+# They name the cameras' directory that was chosen.
 foreach(page thermika.1 thermika-genconfig.1 libthermika.3 thermika-files.5)
     string(REGEX REPLACE ".*\\." "man" section ${page})
-    install(FILES docs/man/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS docs/man/${page})
+    file(READ docs/man/${page} text)
+    string(REPLACE /usr/share/libthermika "${THERMIKA_DATA_DIR}" text "${text}")
+    file(CONFIGURE OUTPUT man/${page} CONTENT "${text}" @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/man/${page}
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
 endforeach()
 
 # A cross-built companion does not run here; its scripts are the same as any other's.

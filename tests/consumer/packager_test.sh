@@ -28,6 +28,7 @@ configure ours -DCMAKE_CXX_FLAGS=-U_FORTIFY_SOURCE -DCMAKE_INSTALL_PREFIX=/opt/t
 grep -q '_FORTIFY_SOURCE=2' "$commands" || fail 'no FORTIFY level is set'
 grep -q '"/usr/share/libthermika"' "$folder/generated/sdk/base/BuildConfig.h" ||
     fail 'the directory follows the prefix'
+diff -r "$THERMIKA_SOURCE/docs/man" "$folder/man" || fail 'the manuals are changed'
 configure elsewhere -DTHERMIKA_DATA_DIR=/srv/cameras
 grep -q '"/srv/cameras"' "$folder/generated/sdk/base/BuildConfig.h" ||
     fail 'THERMIKA_DATA_DIR is not heard'
@@ -48,3 +49,7 @@ lacks CURL libcurl4-openssl-dev
 lacks CLI11 libcli11-dev
 lacks nlohmann_json nlohmann-json3-dev
 lacks LibXml2 libxml2-dev
+for page in thermika.1 thermika-genconfig.1 thermika-files.5; do
+    grep -q '/srv/cameras/cali' "$folder/man/$page" || fail "$page names another directory"
+done
+! grep -r /usr/share/libthermika "$folder/man" || fail 'a manual names the default directory'
