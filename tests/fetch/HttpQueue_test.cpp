@@ -87,8 +87,9 @@ TEST(HttpQueue, refusalOfOneConnectionConcernsNoOtherFileWhereAnotherIsAnswered)
         request.limits.jobs = 2;
         const Report report = thermika::fetch::fetch(request);
         EXPECT_EQ(refusalsLeft, 0);
-        EXPECT_EQ(wordFor(report.files.at(0).outcome), "failed");
-        expected.erase("0.dat");
+        for (const auto& file : report.files)  // whichever connected first
+            if (wordFor(file.outcome) == "failed") expected.erase(file.name);
+        EXPECT_EQ(expected.size(), 19U);
         EXPECT_EQ(contents(kFetched), expected);
     });
 }
