@@ -18,11 +18,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using thermika_test::inSandbox;
+using thermika_test::kToolDescription;
+using thermika_test::kToolFolder;
 using thermika_test::RunResult;
 using thermika_test::runTool;
 
-constexpr const char* kFolder = "/usr/share/libthermika/cali";
-constexpr const char* kDescription = "/usr/share/libthermika/cali/Cali-14080045.xml";
 constexpr std::size_t kFloodBytes = std::size_t{16} << 20;
 constexpr std::size_t kLineBytes = 4000;  // longer lines end the reading
 
@@ -55,7 +55,7 @@ std::string floodOfLines(const std::string& unit) {
 }
 
 RunResult answerTo(const std::string& description) {
-    thermika_test::writeFile(kDescription, description);
+    thermika_test::writeFile(kToolDescription, description);
     return runTool({"-d", "14080045"});
 }
 
@@ -65,29 +65,29 @@ std::string inRoot(const std::string& content) {
 
 TEST(EnvironmentFiles, givesDefaultsForADescriptionThatIsNoFile) {
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         const auto expectDefaults = [](const char* what) {
             EXPECT_EQ(runTool({"-d", "14080045"}), delivered(kDefaultFov)) << what;
-            EXPECT_TRUE(fs::remove(kDescription)) << what;
+            EXPECT_TRUE(fs::remove(kToolDescription)) << what;
         };
-        ASSERT_EQ(mkfifo(kDescription, 0666), 0);
+        ASSERT_EQ(mkfifo(kToolDescription, 0666), 0);
         expectDefaults("a pipe that nobody writes to");
-        fs::create_directory(kDescription);
+        fs::create_directory(kToolDescription);
         expectDefaults("a folder");
-        fs::create_symlink("nowhere", kDescription);
+        fs::create_symlink("nowhere", kToolDescription);
         expectDefaults("a link to nowhere");
-        fs::create_symlink(kDescription, kDescription);
+        fs::create_symlink(kToolDescription, kToolDescription);
         expectDefaults("a link to itself");
-        fs::create_symlink("/dev/zero", kDescription);
+        fs::create_symlink("/dev/zero", kToolDescription);
         expectDefaults("a device without an end");
-        fs::create_symlink("/proc/self/mem", kDescription);
+        fs::create_symlink("/proc/self/mem", kToolDescription);
         expectDefaults("the tool's own memory");
     });
 }
 
 TEST(EnvironmentFiles, stopsAtALineWithoutEnd) {
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         EXPECT_EQ(answerTo(flood("<")), delivered(kDefaultFov));
         for (const char* const unit : {"<", "<!--", "<FOV>1</FOV>"})
             EXPECT_EQ(answerTo(inRoot(flood(unit) + kOptics)), delivered(kDefaultFov)) << unit;
@@ -97,7 +97,7 @@ TEST(EnvironmentFiles, stopsAtALineWithoutEnd) {
 
 TEST(EnvironmentFiles, findsTheOpticsBehindAnyCharacter) {
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         for (const char character : {'<', '\r', '\0'})
             EXPECT_EQ(answerTo(inRoot(floodOfLines({character}) + kOptics)),
                       delivered(kDescribedFov))
@@ -109,7 +109,7 @@ TEST(EnvironmentFiles, findsTheOpticsBehindAnyCharacter) {
 
 TEST(EnvironmentFiles, findsTheOpticsBehindAnyTags) {
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         for (const char* const tags : {"<a>", "</Temperature>", "<!-- -->"})
             EXPECT_EQ(answerTo(inRoot(floodOfLines(tags) + kOptics)), delivered(kDescribedFov))
                 << tags;
@@ -119,7 +119,7 @@ TEST(EnvironmentFiles, findsTheOpticsBehindAnyTags) {
 TEST(EnvironmentFiles, findsTheOpticsInTheDepth) {
     constexpr std::size_t kDepth = 100'000;
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         const auto nested = [](const std::string& inner) {
             return repeated("<a>\n", kDepth) + inner + repeated("</a>\n", kDepth);
         };
@@ -131,11 +131,11 @@ TEST(EnvironmentFiles, findsTheOpticsInTheDepth) {
 
 TEST(EnvironmentFiles, givesDefaultsAndSaysWhyForACommentWithoutEnd) {
     inSandbox([] {
-        fs::create_directories(kFolder);
+        fs::create_directories(kToolFolder);
         for (const char* const unit : {"<!--", "-->"}) {
             RunResult result = answerTo(inRoot(kOptics + floodOfLines(unit)));
             const std::string reason = "ERROR [SimpleXML:#] @ #s :Format of file " +
-                                       std::string(kDescription) +
+                                       std::string(kToolDescription) +
                                        " is wrong. Verify, that the XML document is well-formed!\n";
             result.err = thermika_test::withoutSecondsAndLines(result.err, "SimpleXML");
             EXPECT_EQ(result.err.substr(result.err.size() - reason.size()), reason) << unit;

@@ -23,13 +23,13 @@ namespace {
 namespace fs = std::filesystem;
 using thermika_test::inSandbox;
 using thermika_test::kNoCamera;
+using thermika_test::kToolDescription;
 using thermika_test::kToolFailure;
+using thermika_test::kToolFolder;
 using thermika_test::RunResult;
 using thermika_test::runTool;
 using thermika_test::UsbTree;
 
-constexpr const char* kFolder = "/usr/share/libthermika/cali";
-constexpr const char* kDescription = "/usr/share/libthermika/cali/Cali-14080045.xml";
 constexpr rlim_t kMiB = 1 << 20;
 
 /// The tool under a limit of the system's.
@@ -53,13 +53,13 @@ std::string example() { return thermika_test::readFile(THERMIKA_EXAMPLES "/Cali-
 
 /// The description takes a megabyte, which the limits grant or refuse.
 void expectAStatusWithAnyMemory(int resource) {
-    fs::create_directories(kFolder);
+    fs::create_directories(kToolFolder);
     const std::string end = "</CaliData>";
     std::string description = example();
     std::string padding;
     while (padding.size() < kMiB) padding += std::string(1000, ' ') + "\n";
     description.insert(description.rfind(end), padding);
-    thermika_test::writeFile(kDescription, description);
+    thermika_test::writeFile(kToolDescription, description);
 
     const RunResult atOnce{"", "", kToolFailure};
     const RunResult outOfMemory{"", "out of memory\n", kToolFailure};
@@ -96,11 +96,11 @@ TEST(EnvironmentLimits, endsWithAStatusWithAnyAmountOfData) {
 
 TEST(EnvironmentLimits, takesNoMemoryForADescriptionOfThreeGigabytes) {
     inSandbox([] {
-        fs::create_directories(kFolder);
-        thermika_test::writeFile(kDescription, example());
+        fs::create_directories(kToolFolder);
+        thermika_test::writeFile(kToolDescription, example());
         EXPECT_EQ(runLimited(RLIMIT_AS, 4 * kMiB, {"-d14080045"}),
                   (RunResult{document(33), "", 0}));
-        fs::resize_file(kDescription, 3072 * kMiB);  // it has no bytes there, only a length
+        fs::resize_file(kToolDescription, 3072 * kMiB);  // it has no bytes there, only a length
         EXPECT_EQ(runLimited(RLIMIT_AS, 4 * kMiB, {"-d14080045"}), (RunResult{document(0), "", 0}));
     });
 }
@@ -109,8 +109,8 @@ TEST(EnvironmentLimits, needsTwoDescriptorsForTheBusAndOneForADescription) {
     inSandbox([] {
         UsbTree bus;
         bus.addCamera("1-1", "14080045");
-        fs::create_directories(kFolder);
-        thermika_test::writeFile(kDescription, example());
+        fs::create_directories(kToolFolder);
+        thermika_test::writeFile(kToolDescription, example());
         const RunResult noBus{kNoCamera,
                               "ERROR [IRCalibrationManager:399] @ #s :Failed to open usb device "
                               "directory: Too many open files\n",

@@ -11,6 +11,10 @@
 
 namespace thermika_test {
 
+// Where the tool looks for the description of the camera that the tests attach.
+constexpr const char* kToolFolder = "/usr/share/libthermika/cali";
+constexpr const char* kToolDescription = "/usr/share/libthermika/cali/Cali-14080045.xml";
+
 constexpr int kToolFailure = 255;
 constexpr const char* kEightDigitsNeeded =
     "Serial number needs to have exactly 8 digits. Please check input parameter -d.\n";
