@@ -139,6 +139,7 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
     m_thrown = nullptr;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.
 int HttpTransfer::beforeRequest(void* self, char* primaryIp, char* /*localIp*/, int primaryPort,
                                 int /*localPort*/) {
     try {
