@@ -36,6 +36,7 @@ compare() {
 
 compare version-to-curl --version "$(command -v curl)" --version
 compare version-to-genconfig --version "$tool" -d $serial
+compare config-to-curl "config $serial" "$(command -v curl)" --version
 compare config-to-genconfig "config $serial" "$tool" -d $serial
 
 # A bus as the kernel shows it: links to folders, with the files that lsusb reads too.

@@ -331,7 +331,8 @@ TEST_F(FileCheckPaths, cutsItsOwnDirectorysNameToTheLength) {
         const auto bound = static_cast<std::size_t>(length);
         EXPECT_EQ(compose("", length, "name", ""), "//" + std::string("Imager").substr(0, bound) +
                                                        "/" + std::string("name").substr(0, bound));
-        fs::remove("/" + std::string("Imager").substr(0, bound));
+        std::error_code mayNotEvenLook;  // where the root cannot be written
+        fs::remove("/" + std::string("Imager").substr(0, bound), mayNotEvenLook);
     }
 }
 
