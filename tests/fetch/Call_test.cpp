@@ -264,4 +264,14 @@ TEST(Call, whatTheQuestionForMoreThrowsComesOutAndTheFirstFilesStay) {
     });
 }
 
+TEST(Call, limitsHaveLimitsOfTheirOwn) {
+    thermika::fetch::Limits limits;
+    limits.jobs = 1000;
+    limits.retries = 1000;
+    EXPECT_EQ(thermika::fetch::bounded(limits).jobs, 64U);
+    EXPECT_EQ(thermika::fetch::bounded(limits).retries, 100U);
+    limits.jobs = 0;
+    EXPECT_EQ(thermika::fetch::bounded(limits).jobs, 1U);
+}
+
 }  // namespace
