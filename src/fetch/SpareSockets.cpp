@@ -1,3 +1,4 @@
+// libcurl writes addresses as text and hands them over as structures: texts are compared.
 #include "fetch/SpareSockets.h"
 
 #include <arpa/inet.h>
