@@ -75,7 +75,8 @@ void Output::complain(std::string_view message) {
 void Output::complainOfMemory() { writeAll(STDERR_FILENO, "thermika: out of memory\n"); }
 
 std::string Output::styled(Style style, std::string_view text) const {
-    if (style == Style::kPlain || isJson || !takesColors(color)) return std::string(text);
+    if (text.empty() || style == Style::kPlain || isJson || !takesColors(color))
+        return std::string(text);
     return std::string(colorCode(style)).append(text).append("\033[0m");
 }
 

@@ -11,8 +11,8 @@ namespace thermika::cli {
 
 namespace {
 
-constexpr std::size_t kGap = 2;            // columns between two cells
-constexpr std::size_t kNarrowestLast = 8;  // a last cell is not broken into narrower pieces
+constexpr std::size_t kGap = 2;        // columns between two cells
+constexpr std::size_t kNarrowest = 8;  // cells are not broken into narrower pieces
 
 /// How many bytes of `text`, at least one, go into `width` columns; up to the last blank there.
 std::size_t breakAt(std::string_view text, std::size_t width) {
@@ -33,12 +33,23 @@ std::size_t breakAt(std::string_view text, std::size_t width) {
 std::vector<std::string_view> pieces(std::string_view text, std::size_t width) {
     std::vector<std::string_view> all;
     do {
-        const std::size_t end = width == 0 ? text.size() : breakAt(text, width);
+        const std::size_t end = breakAt(text, width);
         all.push_back(text.substr(0, end));
         text.remove_prefix(end);
         text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     } while (!text.empty());
     return all;
+}
+
+/// Takes from the widest column until all go into `room`, or until none is wide.
+void narrow(std::vector<std::size_t>& widths, std::size_t room) {
+    std::size_t taken = kGap * (widths.size() - 1);
+    for (const std::size_t each : widths) taken += each;
+    for (; taken > room; --taken) {
+        std::size_t& widest = *std::max_element(widths.begin(), widths.end());
+        if (widest <= kNarrowest) return;
+        --widest;
+    }
 }
 
 }  // namespace
@@ -52,29 +63,29 @@ std::string Table::text(const Output& output, std::size_t width) const {
     for (const Column& column : m_columns) rows[0].push_back({column.heading, Style::kHeading});
     rows.insert(rows.end(), m_rows.begin(), m_rows.end());
 
-    const std::size_t last = m_columns.size() - 1;
-    std::vector<std::size_t> widths(last, 0);
+    std::vector<std::size_t> widths(m_columns.size(), 0);
     for (const auto& row : rows)
-        for (std::size_t i = 0; i < last; ++i)
+        for (std::size_t i = 0; i < widths.size(); ++i)
             widths[i] = std::max(widths[i], columnsOf(row[i].text));
-    std::size_t before = 0;
-    for (const std::size_t each : widths) before += each + kGap;
-    const std::size_t lastWidth =
-        width == 0 ? 0 : std::max(width > before ? width - before : 0, kNarrowestLast);
+    if (width != 0) narrow(widths, width);
 
     std::string out;
     for (const auto& row : rows) {
-        for (std::size_t i = 0; i < last; ++i) {
-            const std::string room(widths[i] - columnsOf(row[i].text), ' ');
-            const std::string cell = output.styled(row[i].style, row[i].text);
-            out += m_columns[i].isNumber ? room + cell : cell + room;
-            out.append(kGap, ' ');
+        std::vector<std::vector<std::string_view>> cells;
+        std::size_t height = 0;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            cells.push_back(pieces(row[i].text, widths[i]));
+            height = std::max(height, cells[i].size());
         }
-        const auto lines = pieces(row[last].text, lastWidth);
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            if (i != 0) out.append(before, ' ');
-            out += output.styled(row[last].style, lines[i]);
-            while (!out.empty() && out.back() == ' ') out.pop_back();
+        for (std::size_t line = 0; line < height; ++line) {
+            for (std::size_t i = 0; i < widths.size(); ++i) {
+                const std::string_view text = line < cells[i].size() ? cells[i][line] : "";
+                const std::string room(widths[i] - columnsOf(text), ' ');
+                const std::string cell = output.styled(row[i].style, text);
+                if (i != 0) out.append(kGap, ' ');
+                out += m_columns[i].isNumber ? room + cell : cell + room;
+            }
+            while (out.back() == ' ') out.pop_back();
             out += '\n';
         }
     }

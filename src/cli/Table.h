@@ -27,8 +27,8 @@ public:
     /// As many cells as there are columns.
     void add(std::vector<Cell> row);
 
-    /// Heading and rows. Where `width` columns (0: any number) do not hold a row, the last cell
-    /// goes on below itself.
+    /// Heading and rows. Where `width` columns (0: any number) do not hold a row, its widest cells
+    /// go on below themselves.
     std::string text(const Output& output, std::size_t width) const;
 
 private:

@@ -42,6 +42,45 @@ TEST(Table, goesOnBelowTheLastCellWhereTheTerminalIsTooNarrow) {
               "     100 120\n");
 }
 
+TEST(Table, narrowsItsWidestColumnsWhereTheTerminalIsTooNarrow) {
+    Table table({{"PRODUCT"}, {"STATE"}, {"SIZE", true}});
+    table.add({{"a thermal camera of some kind"}, {"ready"}, {"12"}});
+    EXPECT_EQ(table.text(plain(), 24),
+              "PRODUCT      STATE  SIZE\n"
+              "a thermal    ready    12\n"
+              "camera of\n"
+              "some kind\n");
+}
+
+TEST(Table, narrowsColumnsOfOneWidthAlike) {
+    Table table({{"A"}, {"B"}});
+    table.add({{"one two three four"}, {"five six seven ten"}});
+    EXPECT_EQ(table.text(plain(), 22),
+              "A           B\n"
+              "one two     five six\n"
+              "three four  seven ten\n");
+}
+
+TEST(Table, staysWiderThanATerminalThatHoldsNoWords) {
+    Table table({{"SERIAL"}, {"PRODUCT"}});
+    table.add({{"14080045"}, {"infrared camera"}});
+    EXPECT_EQ(table.text(plain(), 5),
+              "SERIAL    PRODUCT\n"
+              "14080045  infrared\n"
+              "          camera\n");
+}
+
+TEST(Table, colorsNothingBelowACellThatHasEnded) {
+    Output output;
+    output.color = Color::kAlways;
+    Table table({{"A"}, {"B"}});
+    table.add({{"1", Style::kBad}, {"12345678 9"}});
+    EXPECT_EQ(table.text(output, 11),
+              "\033[1mA\033[0m  \033[1mB\033[0m\n"
+              "\033[31m1\033[0m  12345678\n"
+              "   9\n");
+}
+
 TEST(Table, breaksAWordThatIsWiderThanItsRoom) {
     Table table({{"FOV", true}, {"TEXT"}});
     table.add({{"33"}, {"abcdefghijkl"}});
