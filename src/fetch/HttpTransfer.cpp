@@ -134,6 +134,7 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
     m_maxBytes = maxBytes;
     m_headerBytes = 0;
     m_ignoredBytes = 0;
+    m_isConnected = false;
     m_hasBegun = false;
     m_refusal.clear();
     m_thrown = nullptr;
@@ -142,8 +143,10 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
 // NOLINTNEXTLINE(readability-non-const-parameter): libcurl prescribes the type.
 int HttpTransfer::beforeRequest(void* self, char* primaryIp, char* /*localIp*/, int primaryPort,
                                 int /*localPort*/) {
+    auto& transfer = *static_cast<HttpTransfer*>(self);
+    transfer.m_isConnected = true;
     try {
-        static_cast<HttpTransfer*>(self)->m_spares.connect(primaryIp, primaryPort);
+        transfer.m_spares.connect(primaryIp, primaryPort);
     } catch (const std::bad_alloc&) {  // it goes on without
     }
     return CURL_PREREQFUNC_OK;
@@ -285,7 +288,8 @@ Answer HttpTransfer::judge(CURLcode result) const {
         if (mayPass(answer.status)) answer.verdict = Verdict::kMayPass;
     } else {
         answer.verdict = verdictOf(result);
-        if (result == CURLE_OPERATION_TIMEDOUT && answer.connected.count() == 0)
+        // No time tells: that of a connection which served before is 0 as well.
+        if (result == CURLE_OPERATION_TIMEDOUT && !m_isConnected)
             answer.verdict = Verdict::kUnreachable;
         if (isRedirected()) answer.verdict = forThisAlone(answer.verdict);
         answer.reason = "the transfer failed: " + error;

@@ -96,7 +96,8 @@ private:
     std::uint64_t m_maxBytes = 0;
     std::size_t m_headerBytes = 0;
     std::size_t m_ignoredBytes = 0;
-    bool m_hasBegun = false;
+    bool m_isConnected = false;  ///< the request could be sent
+    bool m_hasBegun = false;     ///< a body that may be used
     std::string m_refusal;  ///< why the answer is not taken; "" while it is
     std::exception_ptr m_thrown;
 };

@@ -172,10 +172,13 @@ TEST(HostileServer, thatStallsIsLeftAfterTheIdleTime) {
         });
 }
 
-TEST(HostileServer, thatStallsForEverFailsTheFile) {
+// Of a connection that had served before, it was taken for a server that cannot be reached, and no
+// other file was asked for.
+TEST(HostileServer, thatStallsForEverFailsThatFileAlone) {
     inSandbox([] {
         const HostileWorld world("stall");
         Request request = HostileWorld::request();
+        request.limits.jobs = 1;
         request.limits.idle = std::chrono::seconds(1);
         request.limits.retries = 0;
         HostileWorld::expect(

@@ -1,4 +1,5 @@
 // Certificates: only a server that proves its name is listened to.
+#include <chrono>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "fetch/support/FetchSandbox.h"
+#include "support/SilentServer.h"
 
 namespace {
 
@@ -116,6 +118,24 @@ TEST(Tls, distrustBehindARedirectConcernsThatFileAlone) {
         EXPECT_EQ(report.files[0].tries, 1U);
         EXPECT_EQ(wordFor(report.files.at(1).outcome), "fetched");
         EXPECT_EQ(contents(kFetched), (Files{{"good.dat", "good"}}));
+    });
+}
+
+// Asking for each of a thousand files would take as many time limits.
+TEST(Tls, serverThatTakesConnectionsAndSecuresNoneIsAskedForOneFile) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        const SilentServer server(443);
+        Request request = secureRequest({"a.dat", "b.dat", "c.dat"});
+        request.caFile.clear();
+        request.limits.idle = std::chrono::seconds(1);
+        request.limits.retries = 0;
+        request.limits.jobs = 1;
+        const Report report = thermika::fetch::fetch(request);
+        EXPECT_EQ(report.files.at(0).tries, 1U);
+        EXPECT_EQ(report.files.at(1).tries, 0U);
+        EXPECT_EQ(report.files.at(2).tries, 0U);
+        EXPECT_EQ(report.files[2].reason, report.files[0].reason);
     });
 }
 
