@@ -171,6 +171,8 @@ TEST_P(CompletionTyped, endsInTheWordsThatWereMeant) {
                                  "thermika\nconfig\n14080045\n--optics\n33\n--range\n450..1500"},
                                 {"thermika validate " + folder.path() + "/cam",
                                  "thermika\nvalidate\n" + folder.path() + "/camera one.xml"},
+                                {"thermika validate camera.xml 2",
+                                 "thermika\nvalidate\ncamera.xml\n25080046"},
                                 {"thermika completion z", "thermika\ncompletion\nzsh"},
                                 {"thermika-genconfig -d 1", "thermika-genconfig\n-d\n14080045"}});
     });
@@ -207,6 +209,7 @@ TEST(Completion, completesInFish) {
         EXPECT_EQ(offeredByFish("thermika fet"), "fetch\n");
         EXPECT_EQ(offeredByFish("thermika --color al"), "always\n");
         EXPECT_EQ(offeredByFish("thermika files "), "14080045\n25080046\n");
+        EXPECT_EQ(offeredByFish("thermika validate camera.xml "), "14080045\n25080046\n");
         EXPECT_EQ(offeredByFish("thermika config 14080045 --optics "), "18,T18 HT\n33\n53,O53\n");
         EXPECT_EQ(offeredByFish("thermika config 14080045 --optics 33 --range 4"), "450..1500\n");
         EXPECT_EQ(offeredByFish("thermika-genconfig -d 2"), "25080046\n");
