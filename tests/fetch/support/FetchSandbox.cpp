@@ -77,7 +77,7 @@ FetchSandbox::FetchSandbox(Tls tls)
     for (const char* const file : {kFaults, kRequests}) writeFile(file, "");
     writeFile(kScript, m_script);
     std::filesystem::create_directories(kServedFiles);
-    writeFile(kServedFiles + std::string(kLinksPath), linksDocument());
+    setLinks(linksDocument());
     if (tls != Tls::kNone) makeCertificates(tls);
     int ready[2];
     if (pipe2(ready, O_CLOEXEC) != 0) throwSystemError("pipe2");
@@ -100,6 +100,10 @@ void FetchSandbox::add(const std::string& name, std::string_view bytes) {
     const std::filesystem::path file = kServedFiles + serverPath("14080045", name);
     std::filesystem::create_directories(file.parent_path());
     writeFile(file.string(), bytes);
+}
+
+void FetchSandbox::setLinks(std::string_view document) {
+    writeFile(kServedFiles + std::string(kLinksPath), document);
 }
 
 void FetchSandbox::setFault(const std::string& path, const std::string& fault,

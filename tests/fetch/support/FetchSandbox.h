@@ -35,6 +35,9 @@ public:
     /// Puts a file of the camera on the server.
     static void add(const std::string& name, std::string_view bytes);
 
+    /// In place of the usual links document.
+    static void setLinks(std::string_view document);
+
     /// The first so many requests for `path` meet the fault, one of hostile-server.py's.
     static void setFault(const std::string& path, const std::string& fault,
                          const std::string& argument = "", int times = 1000000);
