@@ -30,7 +30,6 @@ dax::BusListing attachedDevices() {
 }
 
 std::string busProblem(const dax::BusListing& bus) {
-    if (bus.reason == 0) return "";
     return std::string("cannot read ") + dax::kUsbDevicesDir + ": " + std::strerror(bus.reason) +
            " (does this machine have USB, and does a container see it?)";
 }

@@ -72,10 +72,10 @@ Style styleOf(Verdict verdict) {
 
 Check versionCheck() {
     utsname system{};
-    std::string text = std::string(kVersion) + ", " + kBuildText;
-    if (uname(&system) == 0)
-        text += std::string(", on ") + system.sysname + " " + system.release + " " + system.machine;
-    return {Verdict::kOk, "version", text};
+    uname(&system);
+    return {Verdict::kOk, "version",
+            std::string(kVersion) + ", " + kBuildText + ", on " + system.sysname + " " +
+                system.release + " " + system.machine};
 }
 
 std::string ownerText(const struct stat& status) {

@@ -7,6 +7,8 @@
 #include <clocale>
 #include <cstdint>
 #include <cwchar>
+#include <memory>
+#include <type_traits>
 
 namespace thermika::cli {
 
@@ -73,34 +75,27 @@ void appendEscapedByte(std::string& out, char byte) {
         out.push_back(static_cast<char>(0x80U | ((character >> shift) & 0x3FU)));
 }
 
+/// Null means the one that the process has.
+using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, decltype(&freelocale)>;
+
 /// The process's locale for as long as it lives has the characters of UTF-8; in this thread only.
 class Utf8Characters {
 public:
-    Utf8Characters() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-        if (m_locale != nullptr) m_before = uselocale(m_locale);
-    }
-    ~Utf8Characters() {
-        if (m_locale == nullptr) return;
-        uselocale(m_before);
-        freelocale(m_locale);
-    }
+    Utf8Characters() { uselocale(m_locale.get()); }
+    ~Utf8Characters() { uselocale(m_before); }
     Utf8Characters(const Utf8Characters&) = delete;
     Utf8Characters& operator=(const Utf8Characters&) = delete;
 
 private:
-    locale_t m_locale;
-    locale_t m_before = nullptr;
+    Locale m_locale{newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr), freelocale};
+    locale_t m_before = uselocale(nullptr);
 };
 
 bool findUtf8Locale() {
     // Not setlocale(): the library makes LC_NUMERIC follow LC_CTYPE, and numbers are to be the same
     // everywhere.
-    const locale_t environment = newlocale(LC_CTYPE_MASK, "", nullptr);
-    if (environment == nullptr) return false;
-    const std::string_view codeset = nl_langinfo_l(CODESET, environment);
-    const bool isUtf8 = codeset == "UTF-8";
-    freelocale(environment);
-    return isUtf8;
+    const Locale environment(newlocale(LC_CTYPE_MASK, "", nullptr), freelocale);
+    return environment && nl_langinfo_l(CODESET, environment.get()) == std::string_view("UTF-8");
 }
 
 }  // namespace

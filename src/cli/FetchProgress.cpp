@@ -29,8 +29,8 @@ bool isTerminal() {
 
 std::size_t columns() {
     winsize size{};
-    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return isKnown ? size.ws_col : kUsualColumns;
+    ioctl(STDERR_FILENO, TIOCGWINSZ, &size);
+    return size.ws_col > 0 ? size.ws_col : kUsualColumns;
 }
 
 std::string durationText(std::chrono::seconds duration) {

@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <exception>
 #include <new>
 #include <string>
 #include <utility>
@@ -19,9 +18,10 @@ namespace {
 /// A file that is opened later must not become one of the three. Writing to a closed one still
 /// fails, since what stands in for it can only be read.
 void fillStandardDescriptors() {
-    int descriptor = open("/dev/null", O_RDONLY);
-    while (descriptor >= 0 && descriptor <= 2) descriptor = open("/dev/null", O_RDONLY);
-    if (descriptor > 2) close(descriptor);
+    unsigned descriptor = 0;  // a failure is a large one
+    do descriptor = static_cast<unsigned>(open("/dev/null", O_RDONLY));
+    while (descriptor <= STDERR_FILENO);
+    close(static_cast<int>(descriptor));
 }
 
 /// All that the environment may decide; the manual lists the same.
@@ -62,8 +62,6 @@ int main(int argc, char** argv) {
         return static_cast<int>(thermika::cli::runCommandLine(argc, argv));
     } catch (const std::bad_alloc&) {
         thermika::cli::Output::complainOfMemory();
-    } catch (const std::exception& unexpected) {
-        thermika::cli::Output::complain(unexpected.what());
     }
     return static_cast<int>(thermika::cli::Status::kFailed);
 }

@@ -75,15 +75,15 @@ void Output::complain(std::string_view message) {
 void Output::complainOfMemory() { writeAll(STDERR_FILENO, "thermika: out of memory\n"); }
 
 std::string Output::styled(Style style, std::string_view text) const {
-    if (text.empty() || style == Style::kPlain || isJson || !takesColors(color))
-        return std::string(text);
-    return std::string(colorCode(style)).append(text).append("\033[0m");
+    const std::string_view code = isJson || !takesColors(color) ? "" : colorCode(style);
+    if (text.empty() || code.empty()) return std::string(text);
+    return std::string(code).append(text).append("\033[0m");
 }
 
 std::size_t terminalColumns() {
     if (isatty(STDOUT_FILENO) != 1) return 0;
     winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+    ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
     return size.ws_col;
 }
 

@@ -48,7 +48,7 @@ ServerAnswer askServer(const std::string& from, unsigned seconds) {
     request.cancel = cancellation.flag();
     ServerAnswer answer{fetch::probe(request)};
     answer.isKnown = isKnownOf(request.source, answer.report);
-    if (cancellation.isRequested() && !answer.isGood())
+    if (!answer.isGood() && cancellation.isRequested())
         throw Problem(Status::kFailed, "interrupted: it is not known whether " + sourceText(from) +
                                            " answers (run it again)");
     return answer;

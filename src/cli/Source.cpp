@@ -41,16 +41,16 @@ Cancellation::Cancellation() {
     for (const int each : kSignals) {
         struct sigaction before {};
         // Whoever started us in the background (nohup) does not want to be interrupted.
-        if (sigaction(each, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-            sigaction(each, &action, nullptr);
+        sigaction(each, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(each, &action, nullptr);
     }
 }
 
 Cancellation::~Cancellation() {
     for (const int each : kSignals) {
         struct sigaction now {};
-        if (sigaction(each, nullptr, &now) == 0 && now.sa_handler == cancel)
-            std::signal(each, SIG_DFL);
+        sigaction(each, nullptr, &now);
+        if (now.sa_handler == cancel) std::signal(each, SIG_DFL);
     }
 }
 

@@ -232,7 +232,7 @@ private:
         if (!isRight(node)) return std::nullopt;
         const std::string content = contentOf(node);
         std::string_view digits = trimmed(content);
-        if (!digits.empty() && digits.front() == '+') digits.remove_prefix(1);
+        if (digits.substr(0, 1) == "+") digits.remove_prefix(1);
         DocumentNumber found{0, lineOf(node)};
         std::from_chars(digits.data(), digits.data() + digits.size(), found.value);
         return found;

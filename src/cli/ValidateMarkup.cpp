@@ -21,7 +21,7 @@ constexpr std::size_t kMostQuotedBytes = 80;
 
 struct ContextDeleter {
     void operator()(xmlParserCtxt* context) const {
-        if (context->myDoc != nullptr) xmlFreeDoc(context->myDoc);
+        xmlFreeDoc(context->myDoc);
         xmlFreeParserCtxt(context);
     }
 };

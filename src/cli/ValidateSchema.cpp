@@ -25,11 +25,10 @@ bool isNamed(const xmlNode* node, std::string_view name) {
     return node->type == XML_ELEMENT_NODE && view(node->name) == name;
 }
 
-/// The first descendant of that name that is no part of another element's description.
+/// The first descendant of that name. An element's own description stands before its children.
 xmlNode* below(xmlNode* node, std::string_view name) {
     for (xmlNode* child = node->children; child != nullptr; child = child->next) {
         if (isNamed(child, name)) return child;
-        if (isNamed(child, "element")) continue;
         if (xmlNode* const found = below(child, name)) return found;
     }
     return nullptr;
@@ -45,8 +44,7 @@ void collect(xmlNode* node, const std::string& parent, std::vector<SchemaElement
         SchemaElement element;
         element.name = attribute(child, "name");
         element.parent = parent;
-        if (const xmlNode* const words = below(child, "documentation"))
-            element.words = contentOf(words);
+        element.words = contentOf(below(child, "documentation"));
         element.isRequired = !parent.empty() && attribute(child, "minOccurs").empty();
         element.isContainer = below(child, "complexType") != nullptr;
         elements.push_back(element);
