@@ -153,6 +153,9 @@ TEST(Cameras, endsWith0WhenOneCanBeUsedBesideOthers) {
         const RunResult result = runCompanion({"cameras", "--serials"});
         EXPECT_EQ(result.out, "14080045\n");
         EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(runCompanion({"cameras"}).out,
+                  "SERIAL    ENTRY  PRODUCT  FILES\n"
+                  "14080045  1-2    -        description missing\n");
     });
 }
 
@@ -164,6 +167,14 @@ TEST(Cameras, saysWhyTheBusCannotBeRead) {
                              "directory (does this machine have USB, and does a container see "
                              "it?)\n",
                              3}));
+    });
+}
+
+TEST(Attached, cannotBeKnownWhereTheBusCannotBeRead) {
+    inSandbox([] {
+        const RunResult result = runCompanion({"files"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.err.find("thermika: cannot read /sys/bus/usb/devices: "), 0U) << result;
     });
 }
 

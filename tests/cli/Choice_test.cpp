@@ -65,6 +65,20 @@ TEST(Choice, prefersTheOpticsWithoutTextWhereNoneIsNamed) {
     EXPECT_EQ(chosen(cali, "33,wide", ""), "33,wide -20..100");
 }
 
+TEST(Choice, countsOpticsOfOneNameOnce) {
+    LoadedCali cali(opticsList(opticsElement(33, "wide", twoRanges()) +
+                               opticsElement(33, "wide", twoRanges())));
+    EXPECT_EQ(chosen(cali, "33", ""), "33,wide -20..100");
+    EXPECT_EQ(chosen(cali, "60", ""),
+              "--optics: the camera was not calibrated for \"60\" (there is: \"33,wide\")");
+}
+
+TEST(Choice, tellsRangesApartThatBeginAlike) {
+    LoadedCali cali(opticsList(
+        opticsElement(33, "", rangeElement("-20", "100") + rangeElement("-20", "250"))));
+    EXPECT_EQ(chosen(cali, "", "-20..250"), "33, -20..250");
+}
+
 TEST(Choice, namesWhatThereIsWhenTheChoiceIsWrong) {
     LoadedCali cali(
         opticsList(opticsElement(33, "a\033", twoRanges()) + opticsElement(33, "b", twoRanges())));

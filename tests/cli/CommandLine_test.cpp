@@ -115,6 +115,11 @@ TEST_F(CommandLineDirectory, isRefusedWhereTheLibraryCouldNotUseIt) {
     EXPECT_EQ(runCompanion({"--dir", "/" + std::string(241, 'd'), "files", "14080045"}).status, 2);
 }
 
+TEST_F(CommandLineDirectory, mayBeTheRoot) {
+    const RunResult result = runCompanion({"--dir", "///", "optics", "14080045"});
+    EXPECT_NE(result.err.find("/Cali-14080045.xml is missing "), std::string::npos) << result;
+}
+
 // What the text says without the link is another directory.
 TEST_F(CommandLineDirectory, behindALinkIsWhereTheLinkLeads) {
     const TempDir other;

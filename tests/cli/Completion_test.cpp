@@ -252,6 +252,35 @@ TEST(Completion, leavesOutWhatTheLocaleCannotShowButNotFromDocuments) {
     EXPECT_EQ(in("C.UTF-8", {"--json"}), document);
 }
 
+TEST(Completion, offersTheRangesOfTheOpticsThatWasTyped) {
+    const TempDir folder;
+    const std::string cold = thermika_test::rangeElement("-20", "100");
+    const std::string hot = thermika_test::rangeElement("450", "1500");
+    thermika_test::writeDescription(
+        folder, 14080045,
+        thermika_test::opticsList(thermika_test::opticsElement(33, "A", cold) +
+                                  thermika_test::opticsElement(33, "B", cold + hot) +
+                                  thermika_test::opticsElement(60, "", hot)));
+    const auto ranges = [&](const std::string& optics) {
+        return runCompanion(
+                   {"--dir", folder.path(), "completion", "ranges", "14080045", optics})
+            .out;
+    };
+    EXPECT_EQ(ranges("33,A"), "-20..100\n");
+    EXPECT_EQ(ranges("33,B"), "-20..100\n450..1500\n");
+    EXPECT_EQ(ranges("33"), "-20..100\n450..1500\n");
+    EXPECT_EQ(ranges("60"), "450..1500\n");
+    EXPECT_EQ(ranges("wide"), "-20..100\n450..1500\n");
+}
+
+TEST(CompletionModel, describesOptionsInFishsOwnQuotes) {
+    thermika::cli::CompletionModel model;
+    model.shared.options.push_back({{"-x"}, "", "the camera's \\ and so on"});
+    EXPECT_NE(thermika::cli::fishCompletion(model).find(
+                  "complete -c thermika -s x -d 'the camera\\'s \\\\ and so on'\n"),
+              std::string::npos);
+}
+
 TEST(CompletionModel, refusesAValueThatNobodyThoughtOf) {
     EXPECT_THROW(thermika::cli::completionOf("COLOUR"), std::logic_error);
 }

@@ -1,6 +1,7 @@
 // A result in a file: whole or not at all.
 #include "cli/NewFile.h"
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -151,6 +152,57 @@ TEST(NewFile, leavesNothingBesideItselfWhenInterrupted) {
             EXPECT_EQ(entries(folder), 1U);
             EXPECT_EQ(fs::file_size(folder / "file"), 1U << 20U);
         }
+}
+
+// As a process of this number left them that was killed, on a machine that was started anew since.
+TEST(NewFile, passesByNamesThatAreTaken) {
+    const TempDir folder;
+    const std::string part = folder / "file.part-" + std::to_string(getpid()) + "-";
+    writeFile(part + "0", "somebody else's");
+    EXPECT_EQ(problemOf(folder / "file", false), "");
+    EXPECT_EQ(readFile(folder / "file"), "new");
+    EXPECT_EQ(readFile(part + "0"), "somebody else's");
+    fs::remove(folder / "file");
+    for (int i = 1; i < 100; ++i) writeFile(part + std::to_string(i), "somebody else's");
+    EXPECT_EQ(problemOf(folder / "file", false).find("cannot write " + (folder / "file") +
+                                                     ": File exists"),
+              0U);
+    EXPECT_FALSE(fs::exists(folder / "file"));
+}
+
+TEST(NewFile, leavesNothingWhereTheDiskGivesUp) {
+    const TempDir folder;
+    const auto result = thermika_test::runInProcess([&] {
+        thermika_test::failSystemCall(SYS_fsync, EIO);
+        return problemOf(folder / "file", false).find("Input/output error (is the disk full?)") !=
+                       std::string::npos
+                   ? 0
+                   : 1;
+    });
+    EXPECT_EQ(result, (thermika_test::RunResult{"", "", 0}));
+    EXPECT_EQ(entries(folder), 0U);
+}
+
+// Its directory may be written but not read.
+TEST(NewFile, isWrittenWhereItsDirectoryCannotBeSynced) {
+    thermika_test::inSandbox([] {
+        const std::string folder = "/usr/share/folder";
+        fs::create_directory(folder);
+        fs::permissions(folder, fs::perms(0300));
+        EXPECT_EQ(problemOf(folder + "/file", false), "");
+        EXPECT_EQ(readFile(folder + "/file"), "new");
+    });
+}
+
+TEST(NewFile, saysWhyItCannotTakeAFilesPlace) {
+    thermika_test::inSandbox([] {
+        const std::string file = "/usr/share/file";
+        writeFile(file, "old");
+        ASSERT_EQ(mount(file.c_str(), file.c_str(), nullptr, MS_BIND, nullptr), 0);
+        EXPECT_EQ(problemOf(file, true),
+                  "cannot write " + file + ": Device or resource busy (choose another name)");
+        EXPECT_EQ(readFile(file), "old");
+    });
 }
 
 TEST(NewFile, takesNoPlaceOfADirectoryOrADevice) {

@@ -106,6 +106,7 @@ TEST(Online, looksAtAFolder) {
         EXPECT_EQ(runCompanion({"online", "--from", "/usr"}).status, 0);
         EXPECT_EQ(runCompanion({"online", "--from", "/none"}).status, 1);
         EXPECT_EQ(runCompanion({"online", "--from", "/etc/passwd"}).status, 1);
+        EXPECT_EQ(runCompanion({"online", "--from", "/etc/passwd/none"}).status, 1);
     });
 }
 

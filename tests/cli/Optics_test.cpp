@@ -55,6 +55,18 @@ TEST(Optics, showsAnOpticsWithoutRanges) {
                          "", 0}));
 }
 
+TEST(Optics, takesAMissingTextForAnEmptyOne) {
+    const TempDir folder;
+    std::string optics = opticsElement(33, "", rangeElement("0", "250"));
+    const std::string text = "<Text></Text>";
+    ASSERT_NE(optics.find(text), std::string::npos);
+    optics.erase(optics.find(text), text.size());
+    writeDescription(folder, 14080045, opticsList(optics));
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}).out,
+              "FOV  TEXT  RANGE   EXTENDED  DECIMALS  FILES      HZ\n"
+              " 33  -     0..250  0..250           1  2 missing  any\n");
+}
+
 TEST(Optics, answersProgramsInJson) {
     const TempDir folder;
     for (const auto& [name, bytes] : thermika_test::cameraFiles())

@@ -39,6 +39,9 @@ TEST(ValidateCamera, acceptsADocumentThatChoosesNothing) {
     EXPECT_EQ(findings(""), "");
     EXPECT_EQ(findings("<optics_text/>"), "");
     EXPECT_FALSE(thermika::cli::choosesOptics({}));
+    thermika::cli::ImagerSettings half;
+    half.minTempC = thermika::cli::DocumentNumber{-20, 1};
+    EXPECT_FALSE(thermika::cli::choosesOptics(half));
 }
 
 TEST(ValidateCamera, acceptsEveryCombinationOfTheDescription) {

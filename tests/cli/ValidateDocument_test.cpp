@@ -272,6 +272,16 @@ TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
               "view of one of the camera's optics\n");
 }
 
+TEST(ValidateDocument, findsAnAttributeOfAnotherNamespace) {
+    EXPECT_EQ(findingsIn("<imager xml:lang='en'><serial>14080045</serial></imager>"),
+              ":1: <imager> has the attribute \"xml:lang\"; remove it\n");
+}
+
+TEST(ValidateDocument, takesANameWhosePrefixNobodyDeclaredForANameOfItsOwn) {
+    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><a:fov>1</a:fov></imager>").substr(0, 35),
+              ":1: no element is named <a:fov>; re");
+}
+
 TEST(ValidateDocument, refusesNamespaces) {
     EXPECT_EQ(findingsIn("<imager xmlns='urn:x'><serial>14080045</serial></imager>"),
               ":1: <imager> is in a namespace; remove its attribute xmlns\n");

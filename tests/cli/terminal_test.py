@@ -72,7 +72,10 @@ def colors():
     check(status == 0, "optics: " + plain)
     check("\033" not in plain, "NO_COLOR still gives colours: " + repr(plain))
     check("\033" in on_terminal(listing)[0], "a terminal gets no colours")
+    check("\033" in on_terminal(listing, NO_COLOR="")[0], "an empty NO_COLOR takes the colours")
     check("\033" not in on_terminal(listing, TERM="dumb")[0], "a dumb terminal gets colours")
+    unnamed = on_terminal(listing, program=("env", "-u", "TERM", TOOL))[0]
+    check("\033" not in unnamed, "a terminal without a name gets colours")
     check("\033" not in on_terminal(listing + ["--color", "never"])[0], "never gives colours")
     always = on_terminal(listing + ["--color", "always"], NO_COLOR="1")[0]
     check("\033" in always, "always gives no colours")
@@ -121,6 +124,15 @@ def progress():
         text, status = on_terminal(fetch + [folder], TERM="dumb")
         check(status == 0 and "\033" not in text, "a dumb terminal gets codes: " + repr(text))
         check("fetched Cali" in text, "no line a file on a dumb terminal: " + repr(text))
+
+    with tempfile.TemporaryDirectory() as folder:
+        nameless = ("env", "-u", "TERM", TOOL)
+        text, status = on_terminal(fetch + [folder], program=nameless)
+        check(status == 0 and "\033" not in text, "a nameless terminal gets codes: " + repr(text))
+
+    with tempfile.TemporaryDirectory() as folder:
+        text, status = on_terminal(fetch + [folder], columns=0)
+        check(status == 0 and "of 41 files" in text, "no progress without a width: " + repr(text))
 
     interrupted(fetch)
     server.shutdown()
