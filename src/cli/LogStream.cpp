@@ -11,6 +11,7 @@
 
 #include "cli/Escape.h"
 #include "cli/WriteAll.h"
+#include "fetch/Memory.h"
 #include "sdk/IRLogger.h"
 
 namespace thermika::cli {
@@ -39,10 +40,10 @@ void configureLog(bool isShown) {
     if (!isShown) return;
     cookie_io_functions_t functions{};
     functions.write = writeEscaped;
-    if (std::FILE* const stream = fopencookie(nullptr, "w", functions); stream != nullptr) {
-        std::setvbuf(stream, nullptr, _IOLBF, BUFSIZ);
-        stderr = stream;
-    }
+    std::FILE* const stream = fopencookie(nullptr, "w", functions);
+    fetch::ensureMemory(stream != nullptr);
+    std::setvbuf(stream, nullptr, _IOLBF, BUFSIZ);
+    stderr = stream;
 }
 
 }  // namespace thermika::cli

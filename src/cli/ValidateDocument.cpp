@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
-#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -17,6 +16,7 @@
 #include "cli/ValidateNames.h"
 #include "cli/ValidateSchema.h"
 #include "cli/XmlText.h"
+#include "fetch/Memory.h"
 
 namespace thermika::cli {
 
@@ -165,12 +165,11 @@ private:
     void validate() {
         const std::unique_ptr<xmlSchemaValidCtxt, ValidatorDeleter> context(
             xmlSchemaNewValidCtxt(m_schema.get()));
-        if (!context) throw std::bad_alloc();
+        fetch::ensureMemory(context != nullptr);
         xmlSchemaSetValidStructuredErrors(
             context.get(),
             [](void* self, xmlError* error) { static_cast<Checker*>(self)->report(*error); }, this);
-        if (xmlSchemaValidateDoc(context.get(), m_markup.document.get()) < 0)
-            throw std::bad_alloc();
+        fetch::ensureMemory(xmlSchemaValidateDoc(context.get(), m_markup.document.get()) >= 0);
     }
 
     void report(const xmlError& error) {

@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <new>
 
 #include "cli/XmlText.h"
+#include "fetch/Memory.h"
 
 namespace thermika::cli {
 
@@ -121,7 +121,7 @@ void noteText(void* context, const xmlChar* text, int length) {
 Markup parseMarkup(std::string_view bytes) {
     Notes notes;
     const ContextPointer context(xmlNewParserCtxt());
-    if (!context) throw std::bad_alloc();
+    fetch::ensureMemory(context != nullptr);
     context->_private = &notes;
     context->sax->serror = noteError;
     context->sax->internalSubset = refuseDocumentType;
@@ -131,7 +131,7 @@ Markup parseMarkup(std::string_view bytes) {
     DocumentPointer document(xmlCtxtReadMemory(context.get(), bytes.data(),
                                                static_cast<int>(bytes.size()), nullptr, nullptr,
                                                XML_PARSE_NONET | XML_PARSE_NOCDATA));
-    if (!document && context->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
+    fetch::ensureMemory(document || context->errNo != XML_ERR_NO_MEMORY);
     if (!document && !notes.wrong)
         notes.wrong =
             Finding{1, "there is no document", "begin with the one that thermika config prints"};

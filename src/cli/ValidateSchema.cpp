@@ -4,9 +4,9 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
-#include <new>
 
 #include "cli/XmlText.h"
+#include "fetch/Memory.h"
 
 namespace thermika::cli {
 
@@ -63,11 +63,12 @@ ImagerSchema::ImagerSchema() {
     const std::string_view text = imagerSchemaText();
     m_document.reset(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
                                    XML_PARSE_NONET | XML_PARSE_NOBLANKS));
-    if (!m_document) throw std::bad_alloc();  // nothing else can go wrong with a text of our own
+    fetch::ensureMemory(m_document != nullptr);  // nothing else can go wrong with our own text
     const std::unique_ptr<xmlSchemaParserCtxt, ParserDeleter> context(
         xmlSchemaNewDocParserCtxt(m_document.get()));
-    m_schema.reset(context ? xmlSchemaParse(context.get()) : nullptr);
-    if (!m_schema) throw std::bad_alloc();
+    fetch::ensureMemory(context != nullptr);
+    m_schema.reset(xmlSchemaParse(context.get()));
+    fetch::ensureMemory(m_schema != nullptr);
     collect(xmlDocGetRootElement(m_document.get()), "", m_elements);
 }
 
