@@ -98,7 +98,7 @@ private:
     std::size_t m_ignoredBytes = 0;
     bool m_isConnected = false;  ///< the request could be sent
     bool m_hasBegun = false;     ///< a body that may be used
-    std::string m_refusal;  ///< why the answer is not taken; "" while it is
+    std::string m_refusal;       ///< why the answer is not taken; "" while it is
     std::exception_ptr m_thrown;
 };
 

@@ -278,8 +278,9 @@ TEST(ValidateDocument, findsAnAttributeOfAnotherNamespace) {
 }
 
 TEST(ValidateDocument, takesANameWhosePrefixNobodyDeclaredForANameOfItsOwn) {
-    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><a:fov>1</a:fov></imager>").substr(0, 35),
-              ":1: no element is named <a:fov>; re");
+    EXPECT_EQ(
+        findingsIn("<imager><serial>14080045</serial><a:fov>1</a:fov></imager>").substr(0, 35),
+        ":1: no element is named <a:fov>; re");
 }
 
 TEST(ValidateDocument, refusesNamespaces) {
