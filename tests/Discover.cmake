@@ -6,6 +6,11 @@ include(GoogleTest)
 set(sandboxes "support/(CameraSet|DownloadSandbox|FileServer|LateFiles|LocalCopy|Recorder")
 string(APPEND sandboxes "|Sandbox|SerialSearch|Tool|UsbTree)\\.h")
 
+set(seconds 120)
+if(CMAKE_CROSSCOMPILING)  # an emulator may run them
+    set(seconds 600)
+endif()
+
 function(thermika_discover_tests target)
     get_target_property(sources ${target} SOURCES)
     set(suites "")
@@ -27,10 +32,10 @@ function(thermika_discover_tests target)
         list(REMOVE_DUPLICATES suites)
         list(JOIN suites ":" suites)
         gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 TEST_FILTER "${suites}"
-            PROPERTIES TIMEOUT 120 LABELS namespaces)
+            PROPERTIES TIMEOUT ${seconds} LABELS namespaces)
         gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 TEST_FILTER "-${suites}"
-            PROPERTIES TIMEOUT 120)
+            PROPERTIES TIMEOUT ${seconds})
     else()
-        gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+        gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${seconds})
     endif()
 endfunction()
