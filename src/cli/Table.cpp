@@ -14,18 +14,16 @@ namespace {
 constexpr std::size_t kGap = 2;        // columns between two cells
 constexpr std::size_t kNarrowest = 8;  // cells are not broken into narrower pieces
 
-/// How many bytes of `text`, at least one, go into `width` columns; up to the last blank there.
+/// How many bytes of `text` go into `width` columns, which any character does; up to the last blank
+/// there.
 std::size_t breakAt(std::string_view text, std::size_t width) {
     if (columnsOf(text) <= width) return text.size();
     std::size_t end = 0;
     std::size_t blank = 0;
-    for (std::size_t at = 1; at <= text.size(); ++at) {
-        const bool isInside =
-            at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
-        if (isInside) continue;
-        if (end != 0 && columnsOf(text.substr(0, at)) > width) break;
-        end = at;
-        if (at < text.size() && text[at] == ' ') blank = at;
+    for (std::size_t at = 1; columnsOf(text.substr(0, at)) <= width; ++at) {
+        const bool isInside = (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+        if (!isInside) end = at;
+        if (text[at] == ' ') blank = at;
     }
     return blank != 0 ? blank : end;
 }

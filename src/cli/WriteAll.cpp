@@ -12,8 +12,10 @@ namespace thermika::cli {
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) return false;
-        if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            return false;
     }
     return true;
 }

@@ -76,6 +76,17 @@ TEST(Camera, descriptionThatListsMoreFilesThanAnyCameraNeedsIsRefused) {
     });
 }
 
+TEST(Camera, descriptionWhoseCommentsDoNotPairUpIsRefused) {
+    const thermika_test::TempDir folder;
+    writeFile(folder / kDescriptionName, "<CaliData>\n<!--\n</CaliData>\n");
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}),
+              (RunResult{"",
+                         "thermika: " + (folder / kDescriptionName) +
+                             " is no calibration description that can be read (fetch it: thermika "
+                             "fetch 14080045)\n",
+                         3}));
+}
+
 TEST(Camera, descriptionThatListsMoreFilesThanAllowedIsNotFetched) {
     inSandbox([] {
         const HealthyMachine machine;

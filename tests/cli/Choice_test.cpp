@@ -74,8 +74,8 @@ TEST(Choice, countsOpticsOfOneNameOnce) {
 }
 
 TEST(Choice, tellsRangesApartThatBeginAlike) {
-    LoadedCali cali(opticsList(
-        opticsElement(33, "", rangeElement("-20", "100") + rangeElement("-20", "250"))));
+    LoadedCali cali(
+        opticsList(opticsElement(33, "", rangeElement("-20", "100") + rangeElement("-20", "250"))));
     EXPECT_EQ(chosen(cali, "", "-20..250"), "33, -20..250");
 }
 

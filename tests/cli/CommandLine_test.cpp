@@ -153,6 +153,7 @@ TEST_F(CommandLineLocale, decidesOnCharactersNotOnNumbers) {
     EXPECT_NE(utf8.out.find("33\xC2\xB0  "), std::string::npos) << utf8;
     EXPECT_EQ(in("de_DE.UTF-8"), utf8);
     EXPECT_EQ(in("de_DE.ISO-8859-1"), plain);
+    EXPECT_EQ(in("none.example"), plain);
 }
 
 using CommandLineLog = WithDescription;

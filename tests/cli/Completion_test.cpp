@@ -161,20 +161,20 @@ TEST_P(CompletionTyped, endsInTheWordsThatWereMeant) {
     withCameras([shell] {
         const TempDir folder;
         writeFile(folder / "camera one.xml", "");
-        expectCompleted(shell, {{"thermika fet", "thermika\nfetch"},
-                                {"thermika fetch --dry", "thermika\nfetch\n--dry-run"},
-                                {"thermika --color al", "thermika\n--color\nalways"},
-                                {"thermika files 2", "thermika\nfiles\n25080046"},
-                                {"thermika config 14080045 --optics 1",
-                                 "thermika\nconfig\n14080045\n--optics\n18,T18 HT"},
-                                {"thermika config 14080045 --optics 33 --range 4",
-                                 "thermika\nconfig\n14080045\n--optics\n33\n--range\n450..1500"},
-                                {"thermika validate " + folder.path() + "/cam",
-                                 "thermika\nvalidate\n" + folder.path() + "/camera one.xml"},
-                                {"thermika validate camera.xml 2",
-                                 "thermika\nvalidate\ncamera.xml\n25080046"},
-                                {"thermika completion z", "thermika\ncompletion\nzsh"},
-                                {"thermika-genconfig -d 1", "thermika-genconfig\n-d\n14080045"}});
+        expectCompleted(
+            shell, {{"thermika fet", "thermika\nfetch"},
+                    {"thermika fetch --dry", "thermika\nfetch\n--dry-run"},
+                    {"thermika --color al", "thermika\n--color\nalways"},
+                    {"thermika files 2", "thermika\nfiles\n25080046"},
+                    {"thermika config 14080045 --optics 1",
+                     "thermika\nconfig\n14080045\n--optics\n18,T18 HT"},
+                    {"thermika config 14080045 --optics 33 --range 4",
+                     "thermika\nconfig\n14080045\n--optics\n33\n--range\n450..1500"},
+                    {"thermika validate " + folder.path() + "/cam",
+                     "thermika\nvalidate\n" + folder.path() + "/camera one.xml"},
+                    {"thermika validate camera.xml 2", "thermika\nvalidate\ncamera.xml\n25080046"},
+                    {"thermika completion z", "thermika\ncompletion\nzsh"},
+                    {"thermika-genconfig -d 1", "thermika-genconfig\n-d\n14080045"}});
     });
 }
 
@@ -262,8 +262,7 @@ TEST(Completion, offersTheRangesOfTheOpticsThatWasTyped) {
                                   thermika_test::opticsElement(33, "B", cold + hot) +
                                   thermika_test::opticsElement(60, "", hot)));
     const auto ranges = [&](const std::string& optics) {
-        return runCompanion(
-                   {"--dir", folder.path(), "completion", "ranges", "14080045", optics})
+        return runCompanion({"--dir", folder.path(), "completion", "ranges", "14080045", optics})
             .out;
     };
     EXPECT_EQ(ranges("33,A"), "-20..100\n");

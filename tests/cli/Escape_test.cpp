@@ -80,7 +80,7 @@ TEST(Escape, countsTheColumnsOfCharactersNotOfBytes) {
     EXPECT_EQ(columnsOf("33\xC2\xB0"), 3U);
     EXPECT_EQ(columnsOf("\xE6\xBC\xA2"), 2U);  // a wide one
     EXPECT_EQ(columnsOf("e\xCC\x81"), 1U);     // an accent of its own
-    EXPECT_EQ(columnsOf("\x01"), 1U);  // nobody knows
+    EXPECT_EQ(columnsOf("\x01"), 1U);          // nobody knows
     EXPECT_EQ(columnsOf(""), 0U);
 }
 

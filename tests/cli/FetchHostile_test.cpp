@@ -36,8 +36,8 @@ struct HostileWorld {
     }
 
     static RunResult fetch(const Texts& more = {"--retries", "0"}) {
-        Texts command = {"fetch",   "14080045",   "--all",    "--quiet",   "--jobs", "1",
-                         "--timeout", "1", "--max-size", "1000000", "--max-time", "60"};
+        Texts command = {"fetch",     "14080045", "--all",      "--quiet", "--jobs",     "1",
+                         "--timeout", "1",        "--max-size", "1000000", "--max-time", "60"};
         command.insert(command.end(), more.begin(), more.end());
         return runCompanion(command);
     }
@@ -72,9 +72,7 @@ const Fault kFaults[] = {
     {"endless", "", {"it is larger than 1000000 bytes"}},
     {"no_length", "", {"the server does not say how long it is"}},
     {"empty", "", {"it is empty"}},
-    {"gzip_bomb",
-     "Content-Encoding",
-     {"it is sent encoded (gzip), which was not asked for"}},
+    {"gzip_bomb", "Content-Encoding", {"it is sent encoded (gzip), which was not asked for"}},
     {"endless_head", "", {"the head of the answer is too long"}},
     {"other_protocol",
      "",
@@ -127,8 +125,8 @@ TEST(FetchHostile, withoutAGoodCertificateIsNotListenedTo) {
         inSandbox([tls] {
             const FetchSandbox world(tls);
             for (const auto& [name, bytes] : cameraFiles()) FetchSandbox::add(name, bytes);
-            const Texts command = {"fetch",  "14080045", "--quiet",
-                                   "--from", std::string("https://") + THERMIKA_DOWNLOAD_HOST};
+            const Texts command = {"fetch", "14080045", "--quiet", "--from",
+                                   std::string("https://") + THERMIKA_DOWNLOAD_HOST};
             // A stranger's authority; then one that the system trusts.
             const RunResult strange = runCompanion(command);
             EXPECT_EQ(strange.status, 3);

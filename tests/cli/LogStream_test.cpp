@@ -1,6 +1,9 @@
 // The library's log on standard error.
 #include "cli/LogStream.h"
 
+#include <cstdio>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "sdk/Logger.h"
@@ -16,6 +19,17 @@ RunResult logged(bool isShown) {
         kelvra::Logger::getInstance()->print(kelvra::kLogDebug, "Test", 7, "a \033[31m\\ \xE9");
         return 0;
     });
+}
+
+// It comes in pieces, of which only the last ends a line.
+TEST(LogStream, showsLinesThatAreLongerThanItsBuffer) {
+    const std::string longText(3 * BUFSIZ, 'a');
+    const RunResult result = thermika_test::runInProcess([&longText] {
+        thermika::cli::configureLog(true);
+        std::fprintf(stderr, "%s\n%s\n", longText.c_str(), "end");
+        return 0;
+    });
+    EXPECT_EQ(result.err, longText + "\nend\n");
 }
 
 TEST(LogStream, isSilentUnlessItIsAskedFor) { EXPECT_EQ(logged(false), (RunResult{"", "", 0})); }

@@ -164,8 +164,8 @@ TEST(NewFile, passesByNamesThatAreTaken) {
     EXPECT_EQ(readFile(part + "0"), "somebody else's");
     fs::remove(folder / "file");
     for (int i = 1; i < 100; ++i) writeFile(part + std::to_string(i), "somebody else's");
-    EXPECT_EQ(problemOf(folder / "file", false).find("cannot write " + (folder / "file") +
-                                                     ": File exists"),
+    EXPECT_EQ(problemOf(folder / "file", false)
+                  .find("cannot write " + (folder / "file") + ": File exists"),
               0U);
     EXPECT_FALSE(fs::exists(folder / "file"));
 }

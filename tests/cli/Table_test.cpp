@@ -87,6 +87,16 @@ TEST(Table, breaksAWordThatIsWiderThanItsRoom) {
     EXPECT_EQ(table.text(plain(), 13), "FOV  TEXT\n 33  abcdefgh\n     ijkl\n");
 }
 
+TEST(Table, breaksNoCharacterInItsMiddle) {
+    Table table({{"TEXT"}});
+    table.add(
+        {{"\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xE6\xBC\xA2"}});
+    EXPECT_EQ(table.text(plain(), 8),
+              "TEXT\n"
+              "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\n"
+              "\xC3\xA4\xE6\xBC\xA2\n");
+}
+
 TEST(Table, leavesTheLastCellWholeWhereNobodyCountsColumns) {
     Table table({{"A"}, {"B"}});
     table.add({{"1"}, {std::string(500, 'b')}});

@@ -44,6 +44,20 @@ TEST(ValidateCamera, acceptsADocumentThatChoosesNothing) {
     EXPECT_FALSE(thermika::cli::choosesOptics(half));
 }
 
+TEST(ValidateCamera, comparesADocumentThatChoosesAnything) {
+    using thermika::cli::DocumentNumber;
+    thermika::cli::ImagerSettings fov;
+    fov.fovDeg = DocumentNumber{33, 1};
+    EXPECT_TRUE(thermika::cli::choosesOptics(fov));
+    thermika::cli::ImagerSettings limits;
+    limits.minTempC = DocumentNumber{-20, 1};
+    limits.maxTempC = DocumentNumber{100, 1};
+    EXPECT_TRUE(thermika::cli::choosesOptics(limits));
+    thermika::cli::ImagerSettings text;
+    text.opticsText = thermika::cli::DocumentText{"HT", 1};
+    EXPECT_TRUE(thermika::cli::choosesOptics(text));
+}
+
 TEST(ValidateCamera, acceptsEveryCombinationOfTheDescription) {
     EXPECT_EQ(findings("<fov>33</fov>" + limits(-20, 100)), "");
     EXPECT_EQ(findings("<fov>33</fov>" + limits(0, 250)), "");

@@ -82,8 +82,8 @@ TEST(ValidateNames, findsTheNameThatWasMeant) {
     EXPECT_EQ(thermika::cli::nearestName("Focus", elements), "focus");
     EXPECT_EQ(thermika::cli::nearestName("mx", elements), "max");
     // The first of several that are as near.
-    EXPECT_EQ(thermika::cli::nearestName("mix", {{"min", "", "", false, false},
-                                                 {"max", "", "", false, false}}),
+    EXPECT_EQ(thermika::cli::nearestName(
+                  "mix", {{"min", "", "", false, false}, {"max", "", "", false, false}}),
               "min");
     EXPECT_EQ(thermika::cli::nearestName("colour", elements), "");
     EXPECT_EQ(thermika::cli::nearestName("", elements), "");
