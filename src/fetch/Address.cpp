@@ -5,8 +5,8 @@
 #include <curl/curl.h>
 
 #include <memory>
-#include <new>
 
+#include "fetch/Memory.h"
 #include "sdk/camera/DownloadLinks.h"
 
 namespace thermika::fetch {
@@ -22,19 +22,18 @@ std::string_view withoutWhiteSpaceAround(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
-/// "" when the address has no such part.
+/// Of a parsed address, which has such a part.
 std::string part(CURLU* url, CURLUPart which) {
     char* text = nullptr;
-    const CURLUcode result = curl_url_get(url, which, &text, 0);
+    ensureMemory(curl_url_get(url, which, &text, 0) == CURLUE_OK);
     const std::unique_ptr<char, decltype(&curl_free)> owned(text, curl_free);
-    if (result == CURLUE_OUT_OF_MEMORY) throw std::bad_alloc();
-    return text != nullptr ? text : "";
+    return text;
 }
 
 std::string parse(CURLU* url, const std::string& text) {
     constexpr unsigned kFlags = CURLU_DISALLOW_USER | CURLU_ALLOW_SPACE | CURLU_URLENCODE;
     const CURLUcode result = curl_url_set(url, CURLUPART_URL, text.c_str(), kFlags);
-    if (result == CURLUE_OUT_OF_MEMORY) throw std::bad_alloc();
+    ensureMemory(result != CURLUE_OUT_OF_MEMORY);
     if (result == CURLUE_USER_NOT_ALLOWED) return "it holds a user name";
     if (result != CURLUE_OK) return curl_url_strerror(result);
     const std::string scheme = part(url, CURLUPART_SCHEME);
@@ -73,14 +72,14 @@ std::string checkedAddress(std::string_view text, std::string& problem) {
     if (address.empty()) return refuse("it is empty");
     if (address.find('\0') != std::string::npos) return refuse("it holds a zero byte");
     const Url url(curl_url(), curl_url_cleanup);
-    if (url == nullptr) throw std::bad_alloc();
+    ensureMemory(url != nullptr);
     const std::string why = parse(url.get(), address);
     return why.empty() ? part(url.get(), CURLUPART_URL) : refuse(why);
 }
 
 std::string fileAddress(const std::string& base, std::string_view serial, std::string_view name) {
     std::string address = base;
-    if (!address.empty() && address.back() == '/') address.pop_back();
+    if (address.back() == '/') address.pop_back();
     for (const std::string& piece : dax::serverPath(serial, name)) address += "/" + encoded(piece);
     return address;
 }

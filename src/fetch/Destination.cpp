@@ -105,9 +105,8 @@ std::optional<std::uint64_t> Destination::presentBytes(const std::string& name) 
 
 void Destination::removeLeftovers() const {
     // A description of its own: reading moves the position in it.
-    Descriptor again(openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!again.isOpen()) return;
-    const DirectoryStream entries = openStream(std::move(again));
+    const DirectoryStream entries =
+        openStream(Descriptor(openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
     if (entries == nullptr) return;
     while (const dirent* const entry = readdir(entries.get()))
         if (isPartName(entry->d_name)) removeLeftover(get(), entry->d_name);

@@ -49,16 +49,15 @@ private:
     bool take(const FolderEntry& entry) {
         FileReport& file = *m_wanted.at(entry.name);
         const std::string reason = copy(entry, file);
-        if (m_call.stop().isDue() && file.outcome == Outcome::kNotTried) return false;
         if (reason.empty()) {
             m_wanted.erase(entry.name);
             file.source = entry.path;
             m_call.end(file, m_call.isPlan() ? Outcome::kPlanned : Outcome::kFetched);
-        } else if (file.reason.empty()) {  // the first one tells most
+        } else if (file.reason.empty() && !m_call.stop().isDue()) {  // the first one tells most
             file.source = entry.path;
             file.reason = reason;
         }
-        return !m_wanted.empty();
+        return !m_wanted.empty() && !m_call.stop().isDue();
     }
 
     /// Why it cannot be used; "" when it is installed, or could be in a plan.

@@ -76,9 +76,8 @@ Listing list(int folder, const std::function<bool(const std::string&)>& isWanted
     return found;
 }
 
-std::string withSlash(const std::string& path) {
-    return path.empty() || path.back() == '/' ? path : path + "/";
-}
+/// Of a folder that is open, whose path is not empty.
+std::string withSlash(const std::string& path) { return path.back() == '/' ? path : path + "/"; }
 
 }  // namespace
 

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <new>
 #include <utility>
 
+#include "fetch/Memory.h"
 #include "fetch/SigpipeHold.h"
 
 namespace thermika::fetch {
@@ -23,8 +23,8 @@ bool concernsEveryItem(Answer::Verdict verdict) {
 
 milliseconds pauseBefore(unsigned nextTry, milliseconds first) {
     milliseconds pause = std::min(first, kLongestPause);
-    for (unsigned i = 2; i < nextTry && pause < kLongestPause; ++i) pause *= 2;
-    return std::min(pause, kLongestPause);
+    for (unsigned i = 2; i < nextTry; ++i) pause = std::min(2 * pause, kLongestPause);
+    return pause;
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ void HttpQueue::run(HttpClient& client, bool connectsAhead) {
     if (connectsAhead) m_spares.want(freeSlots());
     while (isBusy() && !m_stop.isDue()) {
         int running = 0;
-        if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) throw std::bad_alloc();
+        ensureMemory(curl_multi_perform(m_multi.get(), &running) == CURLM_OK);
         collect(client);
         startWhatCan(client);
         client.tick();
@@ -100,8 +100,7 @@ void HttpQueue::start(Slot& slot, Job job) {
     slot.job = std::move(job);
     ++slot.job->tries;
     slot.transfer.prepare(slot.job->item.address, slot.job->item.maxBytes, *slot.job->item.body);
-    if (curl_multi_add_handle(m_multi.get(), slot.transfer.handle()) != CURLM_OK)
-        throw std::bad_alloc();
+    ensureMemory(curl_multi_add_handle(m_multi.get(), slot.transfer.handle()) == CURLM_OK);
 }
 
 void HttpQueue::collect(HttpClient& client) {

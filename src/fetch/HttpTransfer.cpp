@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+#include "fetch/Memory.h"
+
 namespace thermika::fetch {
 
 namespace {
@@ -25,8 +27,7 @@ constexpr auto kTooLarge = static_cast<CURLcode>(100);
 
 template <typename Value>
 void set(CURL* handle, CURLoption option, Value value) {
-    const CURLcode result = curl_easy_setopt(handle, option, value);
-    if (result == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
+    ensureMemory(curl_easy_setopt(handle, option, value) != CURLE_OUT_OF_MEMORY);
 }
 
 bool mayPass(long status) {
@@ -86,7 +87,7 @@ bool HttpTransfer::isPossible() {
 
 HttpTransfer::HttpTransfer(const Limits& limits, const std::string& caFile, SpareSockets& spares)
     : m_handle(curl_easy_init(), curl_easy_cleanup), m_spares(spares) {
-    if (m_handle == nullptr) throw std::bad_alloc();
+    ensureMemory(m_handle != nullptr);
     const auto option = [this](CURLoption which, auto value) { set(handle(), which, value); };
     const auto idleSeconds = static_cast<long>(limits.idle.count());
     option(CURLOPT_NOSIGNAL, 1L);

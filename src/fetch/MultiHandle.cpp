@@ -4,29 +4,30 @@
 #include "fetch/MultiHandle.h"
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
-#include <new>
+#include <cerrno>
 
 #include "fetch/Descriptor.h"
+#include "fetch/Memory.h"
 
 namespace thermika::fetch {
 
 namespace {
 
-/// What can be read from it; -1 when it is no socket.
-int waitingBytes(int fd) {
-    int bytes = -1;
-    struct stat status {};
-    if (fstat(fd, &status) != 0 || !S_ISSOCK(status.st_mode) || ioctl(fd, FIONREAD, &bytes) != 0)
-        return -1;
-    return bytes;
+/// What can be read from it, 2 for more; -1 when it is no connected socket.
+ssize_t waitingBytes(int fd) {
+    char bytes[2];
+    const ssize_t found = recv(fd, bytes, sizeof bytes, MSG_PEEK | MSG_DONTWAIT);
+    return found == -1 && errno == EAGAIN ? 0 : found;
 }
 
+/// 0 when it is closed.
 ino_t inode(int fd) {
     struct stat status {};
-    return fstat(fd, &status) == 0 ? status.st_ino : 0;
+    fstat(fd, &status);
+    return status.st_ino;
 }
 
 void markWakeupPair(CURLM* multi, int reading, int writing) {
@@ -50,7 +51,7 @@ MultiHandle makeMultiHandle() {
     first.reset();
     second.reset();
     MultiHandle multi(curl_multi_init(), curl_multi_cleanup);
-    if (multi == nullptr) throw std::bad_alloc();
+    ensureMemory(multi != nullptr);
     markWakeupPair(multi.get(), reading, writing);
     return multi;
 }

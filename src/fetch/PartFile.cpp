@@ -19,6 +19,7 @@ constexpr int kMostNames = 100;  // somebody else would have to take as many of 
 constexpr mode_t kUnfinishedMode = 0600;
 constexpr mode_t kFileMode = 0644;
 
+/// "", with errno, when there is no random number.
 std::string newPartName() {
     unsigned long long number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) return "";
@@ -37,6 +38,7 @@ PartFile::~PartFile() { discard(); }
 bool PartFile::create() {
     for (int i = 0; i < kMostNames; ++i) {
         m_name = newPartName();
+        if (m_name.empty()) return failWithError("get a random number");
         m_file = Descriptor(retrying([&] {
             constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
             return openat(m_directory.get(), m_name.c_str(), kFlags, kUnfinishedMode);

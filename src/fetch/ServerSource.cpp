@@ -126,7 +126,7 @@ ProbeReport probeAt(const std::string& address, const Request& request, const Us
     report.connected = asked.answer.connected;
     report.answered = asked.answer.answered;
     use(asked, report);
-    if (stop.isDue() && !report.answers) asked.problem = stop.reason();
+    if (!report.answers && stop.isDue()) asked.problem = stop.reason();
     report.reason = asked.problem;
     return report;
 }

@@ -14,7 +14,7 @@ namespace thermika::fetch {
 
 namespace {
 
-/// Fails for anything but IPv4 and IPv6.
+/// False for anything but IPv4 and IPv6.
 bool isAddress(const sockaddr& address, const std::string& ip, int port) {
     std::array<char, INET6_ADDRSTRLEN> text{};
     const void* bytes = nullptr;
@@ -27,10 +27,11 @@ bool isAddress(const sockaddr& address, const std::string& ip, int port) {
         const auto& six = reinterpret_cast<const sockaddr_in6&>(address);
         bytes = &six.sin6_addr;
         networkPort = six.sin6_port;
+    } else {
+        return false;
     }
-    return bytes != nullptr && ntohs(networkPort) == port &&
-           inet_ntop(address.sa_family, bytes, text.data(), text.size()) != nullptr &&
-           text.data() == ip;
+    inet_ntop(address.sa_family, bytes, text.data(), text.size());
+    return ntohs(networkPort) == port && text.data() == ip;
 }
 
 /// Nothing can be read of it: not even that it was closed.
@@ -56,8 +57,8 @@ void SpareSockets::connect(const std::string& ip, int port) {
     for (std::size_t i = 0; i < count; ++i) {
         Descriptor spare(socket(found->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
         if (!spare.isOpen()) return;
-        if (::connect(spare.get(), found->ai_addr, found->ai_addrlen) == 0 || errno == EINPROGRESS)
-            m_sockets.push_back(std::move(spare));
+        ::connect(spare.get(), found->ai_addr, found->ai_addrlen);  // take() sees what came of it
+        m_sockets.push_back(std::move(spare));
     }
 }
 
