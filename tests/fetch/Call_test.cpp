@@ -240,6 +240,30 @@ TEST(Call, namesBeyondTheLimitOfFilesGetOneEntryThatCountsThem) {
     });
 }
 
+TEST(Call, createsNothingWhenItIsCancelledBefore) {
+    const TempDir home;
+    const std::atomic<bool> cancel{true};
+    Request request = requestFor({"a.dat"}, Folder{home.path()}, home / "cali");
+    request.cancel = &cancel;
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: not tried, cancelled\n");
+    EXPECT_FALSE(fs::exists(home / "cali"));
+}
+
+TEST(Call, hasNoTimeLimitWhereItIsZero) {
+    const TempDir home;
+    writeFile(home / "a.dat", "bytes");
+    Request request = requestFor({"a.dat"}, Folder{home.path()}, home / "cali");
+    request.limits.total = std::chrono::seconds(0);
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), "a.dat: fetched\n");
+}
+
+TEST(Call, countsTheOtherNamesBeyondTheLimitInWords) {
+    Request request = requestFor({"a", "b", "c"}, Folder{"/"}, "/cali");
+    request.limits.files = 1;
+    EXPECT_EQ(thermika::fetch::plan(request).files.at(1).reason,
+              "more than 1 files are asked for, so this one and 1 other name is left out");
+}
+
 TEST(Call, planCallsNobodyBack) {
     inSandbox([] {
         const FetchSandbox world;
@@ -249,7 +273,9 @@ TEST(Call, planCallsNobodyBack) {
             return std::vector<std::string>();
         };
         request.progress = [](const Progress&) { ADD_FAILURE() << "told"; };
-        EXPECT_EQ(linesOf(thermika::fetch::plan(request)), "first.dat: planned\n");
+        const auto plan = thermika::fetch::plan(request);
+        EXPECT_EQ(linesOf(plan), "first.dat: planned\n");
+        EXPECT_TRUE(plan.isComplete());
     });
 }
 

@@ -38,6 +38,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace thermika_test;
 using thermika::fetch::Folder;
+using thermika::fetch::Progress;
 using thermika::fetch::Report;
 using thermika::fetch::Request;
 
@@ -169,6 +170,54 @@ TEST(Destination, isCreatedBelowADirectoryThatMayNotBeRead) {
         request.directory = world.home / "closed/open/cali";
         EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), kBothFetched);
         ASSERT_EQ(chmod((world.home / "closed").c_str(), 0755), 0);
+    });
+}
+
+TEST(Destination, mayAppearAfterItWasLookedFor) {
+    const DestinationWorld world;
+    Request request = world.request();
+    request.names.emplace_back("../refused");
+    request.progress = [&world](const Progress& progress) {
+        if (progress.filesDone == 1) fs::create_directories(world.destination);
+    };
+    EXPECT_EQ(thermika::fetch::fetch(request).problem, "");
+    EXPECT_EQ(contents(world.destination), kBothFiles);
+}
+
+TEST(Destination, mayAppearWhileItsParentIsMade) {
+    const DestinationWorld world;
+    Request request = world.request();
+    request.directory = world.inDestination("sub");
+    g_whenDirectoryIsMade = [&world] {
+        g_whenDirectoryIsMade = nullptr;
+        fs::create_directories(world.inDestination("sub"));
+    };
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)), kBothFetched);
+    EXPECT_EQ(contents(world.inDestination("sub")), kBothFiles);
+}
+
+TEST(Destination, countsFromTheWorkingDirectory) {
+    const DestinationWorld world;
+    EXPECT_EQ(runInProcess([&world] {
+                  fs::current_path(world.home.path());
+                  Request request = world.request();
+                  request.directory = "x/cali";
+                  return thermika::fetch::fetch(request).isComplete() ? 7 : 1;
+              }).status,
+              7);
+    EXPECT_EQ(contents(world.home / "x/cali"), kBothFiles);
+}
+
+// Its entries cannot be looked at then, though their names can be read.
+TEST(Destination, thatMayNotBeEnteredIsAProblem) {
+    inSandbox([] {
+        const DestinationWorld world;
+        fs::create_directories(world.destination);
+        ASSERT_EQ(chmod(world.destination.c_str(), 0600), 0);
+        EXPECT_EQ(world.fetch().problem, "cannot write to the directory " + world.destination +
+                                             ": cannot create a file: Permission denied (choose "
+                                             "a directory that you may write to)");
+        ASSERT_EQ(chmod(world.destination.c_str(), 0755), 0);
     });
 }
 

@@ -49,8 +49,10 @@ TEST(FileName, refusesNamesOfPartFilesWhichTheNextCallWouldRemove) {
     EXPECT_EQ(nameRefusal(".thermika-fetch-0123456789abcdef.part"),
               "the file name is one of those used for unfinished files");
     EXPECT_TRUE(isPartName(".thermika-fetch-x.part"));
-    for (const char* const name : {".thermika-fetch-.part", ".thermika-fetch-x.par",
-                                   "thermika-fetch-x.part", ".thermika-fetch-", "x.part"})
+    for (const char* const name :
+         {".thermika-fetch-.part", ".thermika-fetch-x.par", "thermika-fetch-x.part",
+          ".thermika-fetch-", "x.part", ".thermika-fetch-0123456789abcdef.par",
+          "thermika-fetch-0123456789abcdef.part"})
         EXPECT_FALSE(isPartName(name)) << name;
 }
 

@@ -116,6 +116,26 @@ TEST(FolderSource, passesOverFilesThatCannotBeUsed) {
     EXPECT_EQ(contents(world.destination), (Files{{"a.dat", "good"}}));
 }
 
+TEST(FolderSource, tellsWhyTheFirstOfSeveralFilesThatCannotBeUsedIsNot) {
+    const FolderWorld world;
+    world.add("a/a.dat", "");
+    fs::create_directories(world.source + "/b/a.dat");
+    fs::create_directories(world.source + "/c");
+    fs::create_symlink("../a/a.dat", world.source + "/c/a.dat");
+    const Report report = world.fetch({"a.dat"});
+    EXPECT_EQ(linesOf(report), "a.dat: failed, it is empty\n");
+    EXPECT_EQ(report.files[0].source, world.source + "/a/a.dat");
+}
+
+TEST(FolderSource, mayBeNamedWithASlashAtItsEnd) {
+    const FolderWorld world;
+    world.add("x/a.dat", "bytes");
+    const Report report = thermika::fetch::fetch(
+        requestFor({"a.dat"}, Folder{world.source + "/"}, world.destination));
+    EXPECT_EQ(linesOf(report), "a.dat: fetched\n");
+    EXPECT_EQ(report.files[0].source, world.source + "/x/a.dat");
+}
+
 TEST(FolderSource, followsNoLinksAndOpensNoFifos) {
     const FolderWorld world;
     writeFile(world.home / "secret", "not the medium's");
@@ -200,11 +220,16 @@ TEST(FolderSource, tellsWhichFolderCouldNotBeRead) {
         const FolderWorld world;
         world.add("closed/a.dat", "bytes");
         ASSERT_EQ(chmod((world.source + "/closed").c_str(), 0), 0);
-        EXPECT_EQ(linesOf(world.fetch({"a.dat"})),
-                  "a.dat: missing, it is in no folder below " + world.source +
-                      ", but 1 could not be read (" + world.source +
-                      "/closed/: Permission denied)\n");
-        ASSERT_EQ(chmod((world.source + "/closed").c_str(), 0755), 0);
+        const auto lines = [&world](const std::string& count) {
+            return "a.dat: missing, it is in no folder below " + world.source + ", but " + count +
+                   " could not be read (" + world.source + "/closed/: Permission denied)\n";
+        };
+        EXPECT_EQ(linesOf(world.fetch({"a.dat"})), lines("1"));
+        world.add("closed too/a.dat", "bytes");
+        ASSERT_EQ(chmod((world.source + "/closed too").c_str(), 0), 0);
+        EXPECT_EQ(linesOf(world.fetch({"a.dat"})), lines("2"));
+        for (const char* const name : {"/closed", "/closed too"})
+            ASSERT_EQ(chmod((world.source + name).c_str(), 0755), 0);
     });
 }
 

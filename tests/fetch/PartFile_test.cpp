@@ -93,6 +93,19 @@ TEST(PartFile, isLockedWhileItIsWritten) {
     EXPECT_EQ(errno, EWOULDBLOCK);
 }
 
+TEST(PartFile, isMadeAnewWhenAnotherCallLocksIt) {
+    PartWorld world;
+    g_numbers = {2, 1};
+    Descriptor other;
+    g_onLock = [&] {
+        other = Descriptor(open(world.part(1).c_str(), O_RDONLY | O_CLOEXEC));
+        EXPECT_EQ(flock(other.get(), LOCK_EX | LOCK_NB), 0);
+    };
+    PartFile part(world.directory, world.allowance);
+    ASSERT_TRUE(part.append("bytes"));
+    EXPECT_EQ(readFile(world.part(2)), "bytes");
+}
+
 TEST(PartFile, isMadeAnewWhenItWasTakenForALeftover) {
     PartWorld world;
     g_numbers = {2, 1};

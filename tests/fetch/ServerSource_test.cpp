@@ -2,6 +2,7 @@
 #include "fetch/ServerSource.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -52,6 +53,16 @@ TEST(ServerSource, asksAMirrorForTheFilesAlone) {
         EXPECT_EQ(FetchSandbox::requests(),
                   (Texts{kEncodedFolder + "a.dat", kEncodedFolder + "a.dat"}));
     });
+}
+
+TEST(ServerSource, asksNoMirrorWhoseAddressIsNone) {
+    Request request = requestFor({"a.dat"}, Mirror{"ftp://a.example/"}, kFetched);
+    const TempDir home;
+    request.directory = home / "cali";
+    const std::string problem =
+        "the address \"ftp://a.example/\" cannot be used: it is neither http nor https";
+    EXPECT_EQ(linesOf(thermika::fetch::fetch(request)),
+              "problem: " + problem + "\na.dat: not tried, " + problem + "\n");
 }
 
 TEST(ServerSource, asksForNothingThatIsThere) {
@@ -211,6 +222,23 @@ TEST(ServerSource, probeTellsOfAServerThatDoesNotAnswer) {
         EXPECT_FALSE(report.answers);
         EXPECT_EQ(report.httpStatus, 0);
         EXPECT_NE(report.reason.find("connect to server"), std::string::npos) << report.reason;
+        const ProbeReport mirror =
+            thermika::fetch::probe(requestFor({}, Mirror{serverAddress("")}, ""));
+        EXPECT_FALSE(mirror.answers);
+        EXPECT_NE(mirror.reason.find("connect to server"), std::string::npos) << mirror.reason;
+    });
+}
+
+TEST(ServerSource, probeThatIsCancelledSaysSo) {
+    inSandbox([] {
+        const FetchSandbox world;
+        const std::atomic<bool> cancel{true};
+        Request request = serverRequest({});
+        request.cancel = &cancel;
+        const ProbeReport report = thermika::fetch::probe(request);
+        EXPECT_FALSE(report.answers);
+        EXPECT_EQ(report.reason, "cancelled");
+        EXPECT_EQ(FetchSandbox::requests(), Texts());
     });
 }
 

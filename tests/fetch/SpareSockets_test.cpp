@@ -19,10 +19,10 @@ using thermika::fetch::SpareSockets;
 /// Listens at a free port of the address.
 class Listener {
 public:
-    explicit Listener(const std::string& ip) : m_address(addressOf(ip, 0)) {
+    explicit Listener(const std::string& ip, int queue = 8) : m_address(addressOf(ip, 0)) {
         m_socket = Descriptor(socket(m_address.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
         socklen_t size = sizeof m_address;
-        if (bind(m_socket.get(), &address(), size) != 0 || listen(m_socket.get(), 8) != 0 ||
+        if (bind(m_socket.get(), &address(), size) != 0 || listen(m_socket.get(), queue) != 0 ||
             getsockname(m_socket.get(), &address(), &size) != 0)
             ADD_FAILURE() << thermika::fetch::errorText(errno);
     }
@@ -50,6 +50,10 @@ public:
     bool isWaitedFor() const {
         pollfd now{m_socket.get(), POLLIN, 0};
         return poll(&now, 1, 0) == 1;
+    }
+    void await() const {
+        pollfd now{m_socket.get(), POLLIN, 0};
+        EXPECT_EQ(poll(&now, 1, -1), 1);
     }
     Descriptor next() const { return Descriptor(accept(m_socket.get(), nullptr, nullptr)); }
 
@@ -103,6 +107,36 @@ TEST(SpareSockets, areForNoOtherAddress) {
     EXPECT_EQ(spares.take(reinterpret_cast<sockaddr&>(elsewhere)), -1);
     const Descriptor ours(spares.take(server.address()));
     EXPECT_TRUE(ours.isOpen());
+}
+
+TEST(SpareSockets, areForNoOtherKindOfAddress) {
+    const Listener server("127.0.0.1");
+    SpareSockets spares;
+    spares.want(1);
+    spares.connect("127.0.0.1", server.port());
+    const Descriptor theirs = server.next();
+    sockaddr local{};
+    local.sa_family = AF_UNIX;
+    EXPECT_EQ(spares.take(local), -1);
+}
+
+TEST(SpareSockets, thatAreNotConnectedYetArePassedOver) {
+    Listener server("127.0.0.1", 0);
+    const Descriptor first(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(connect(first.get(), &server.address(), sizeof(sockaddr_in)), 0);
+    server.await();  // its queue is full from here on
+    SpareSockets spares;
+    spares.want(1);
+    spares.connect("127.0.0.1", server.port());
+    EXPECT_EQ(spares.take(server.address()), -1);
+}
+
+TEST(SpareSockets, thatCannotBeConnectedArePassedOver) {
+    sockaddr_storage everybody = Listener::addressOf("255.255.255.255", 9);
+    SpareSockets spares;
+    spares.want(1);
+    spares.connect("255.255.255.255", 9);
+    EXPECT_EQ(spares.take(reinterpret_cast<sockaddr&>(everybody)), -1);
 }
 
 TEST(SpareSockets, thatTheServerHasClosedArePassedOver) {

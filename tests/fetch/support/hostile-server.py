@@ -179,6 +179,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
         time.sleep(0.1)
         self.wfile.write(body[-3:])
 
+    def encoded(self, path, argument):  # the file, said to have that Content-Encoding
+        body = self.body(path)
+        self.head(200, ("Content-Encoding", argument), ("Content-Length", len(body)))
+        self.wfile.write(body)
+
     def announces_too_much(self, path, argument):  # a length beyond every limit
         self.head(200, ("Content-Length", 1 << 50))
         self.wfile.write(BLOCK)
