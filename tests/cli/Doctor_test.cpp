@@ -72,7 +72,12 @@ TEST(Doctor, namesTheNextStepForWhateverIsWrong) {
                   "images brings it)");
         EXPECT_EQ(lineAbout("camera", empty.out),
                   "WARN no camera is attached (plug one in, or name one: thermika doctor SERIAL)");
-        EXPECT_EQ(lineAbout("server", empty.out).substr(0, 5), "WARN ");
+        const std::string server = lineAbout("server", empty.out);
+        EXPECT_EQ(server.find("WARN http://"), 0U) << empty;
+        EXPECT_NE(server.find(" does not answer: "), std::string::npos) << empty;
+        const std::string step =
+            " (is there a network? a mirror or a folder will do: thermika fetch --from)";
+        EXPECT_EQ(server.find(step), server.size() - step.size()) << empty;
 
         bus.addCamera("1-1", "14080045");
         const RunResult bare = runCompanion({"doctor"});

@@ -52,7 +52,13 @@ TEST(Online, saysThatTheServerHasNoLinks) {
         const RunResult result = runCompanion({"online"});
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find("404"), std::string::npos) << result;
+        EXPECT_EQ(thermika_test::matchesIn(
+                      result.err,
+                      "^http://.* answers after [0-9.]+ ms \\(connected after [0-9.]+ ms, "
+                      "HTTP status 404\\), but not as it should: .*404.*\n$")
+                      .size(),
+                  1U)
+            << result;
     });
 }
 
