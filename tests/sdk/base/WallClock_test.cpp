@@ -27,7 +27,9 @@ TEST(WallClock, isComputedInDoublePrecision) {
     const ScopedClock clock(1'700'000'000'000'731);
     constexpr double kRounded = 1700000000 * 1000.0 + 731 / 1000.0;
     EXPECT_EQ(wallClockMs(), kRounded);
-    EXPECT_NE(wallClockMs(), 1700000000 * 1000.0L + 731 / 1000.0L);
+    if (sizeof(long double) > sizeof(double)) {  // not on 32-bit ARM
+        EXPECT_NE(wallClockMs(), 1700000000 * 1000.0L + 731 / 1000.0L);
+    }
 }
 
 TEST(WallClock, isNegativeBeforeTheEpoch) {

@@ -127,12 +127,12 @@ TEST(RouteCheck, givesTheShellAndGrepExactlyThis) {
 TEST(RouteCheck, takesTheFirstNumberThatComes) {
     const std::vector<std::pair<std::string, bool>> answers = {
         {"0", false}, {"1", true}, {"  7 routes", true}, {"0 1", false}, {"4294967295", true}};
-    for (const auto& [text, isYes] : answers) {
-        SCOPED_TRACE(text);
-        inSandbox([text = text, isYes = isYes] {
+    for (const auto& answer : answers) {
+        SCOPED_TRACE(answer.first);
+        inSandbox([&answer] {
             const DownloadSandbox world;
-            recordProgram("grep", "echo '" + text + "'");
-            EXPECT_EQ(outcomeOf(isAccessible), isYes ? kYes : kNo);
+            recordProgram("grep", "echo '" + answer.first + "'");
+            EXPECT_EQ(outcomeOf(isAccessible), answer.second ? kYes : kNo);
         });
     }
 }
