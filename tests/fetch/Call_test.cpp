@@ -65,6 +65,8 @@ TEST(Call, opensTheOtherConnectionsForWhatFollowsMeanwhile) {
         }
         FetchSandbox::add("first.dat", "first");
         FetchSandbox::setFileFault("first.dat", "await_connections", "4");
+        for (int i = 0; i < 4; ++i)
+            FetchSandbox::setFileFault(std::to_string(i) + ".dat", "together", "4");
         Request request = followed({"first.dat"}, more);
         request.limits.jobs = 4;
         EXPECT_TRUE(thermika::fetch::fetch(request).isComplete());

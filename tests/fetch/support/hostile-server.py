@@ -28,6 +28,7 @@ FOLDER, FAULTS, REQUESTS = sys.argv[1:4]
 DELAY = float(sys.argv[4]) / 1000
 BLOCK = b"x" * 65536
 LOCK = threading.Lock()
+BARRIERS = {}
 struck = {}
 connections = 0
 CONNECTION = threading.local()  # each has a thread of its own
@@ -95,6 +96,15 @@ class Handler(http.server.BaseHTTPRequestHandler):
         while connections < int(argument) and time.monotonic() < end:
             time.sleep(0.01)
         if connections < int(argument):
+            return self.status(path, "404")
+        self.good(path)
+
+    def together(self, path, argument):  # the file, once so many of these are asked for at a time
+        with LOCK:
+            barrier = BARRIERS.setdefault(argument, threading.Barrier(int(argument)))
+        try:
+            barrier.wait(10)
+        except threading.BrokenBarrierError:
             return self.status(path, "404")
         self.good(path)
 
