@@ -17,7 +17,7 @@ from injection import CALI, FILES, SERIAL, SHARE, WORLD, Program, Tally, empty, 
 
 MEDIUM = WORLD / "medium"
 DOCUMENT = WORLD / "document.xml"
-PARTS = (".thermika-fetch-*.part", "document.xml.part-*")
+PARTS = (".thermika-fetch-*.part", ".thermika-new-*.part")
 OLD_DATA = "old\n"
 # What the C library and libcurl do without; interruptions where signals have handlers.
 SURVIVED = ("close:", "munmap:")
@@ -44,13 +44,13 @@ class Command:
 
     def files(self):
         places = [*CALI.iterdir(), *([DOCUMENT] if DOCUMENT.exists() else []),
-                  *WORLD.glob(DOCUMENT.name + ".*")]
+                  *WORLD.glob(".thermika-*")]
         return {str(path): path.read_text() for path in places}
 
     def run(self, fault=None):
         shutil.rmtree(CALI, ignore_errors=True)
         CALI.mkdir(parents=True)
-        for path in (DOCUMENT, *WORLD.glob(DOCUMENT.name + ".*")):
+        for path in (DOCUMENT, *WORLD.glob(".thermika-*")):
             path.unlink(missing_ok=True)
         for path, text in self.before.items():
             pathlib.Path(path).write_text(text)

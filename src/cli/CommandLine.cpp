@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -111,7 +112,12 @@ std::string absoluteDirectory(const std::string& given) {
         throw Problem(Status::kUsage,
                       "--dir: the calibration directory has an empty name (name one, or leave "
                       "the option out)");
-    const fs::path path = fs::absolute(given);
+    std::error_code error;
+    const fs::path path = fs::absolute(given, error);
+    if (error)
+        throw Problem(Status::kFailed,
+                      "--dir: cannot find the directory \"" + given + "\": " + error.message() +
+                          " (change to a directory that exists, or name an absolute one)");
     // Behind a link, ".." is not where the text says; the kernel finds it.
     const bool isPlain = std::find(path.begin(), path.end(), "..") == path.end();
     std::string absolute = isPlain ? path.lexically_normal() : path;

@@ -92,6 +92,11 @@ std::string suggestingDocument(const Session& session, unsigned long serial) {
 }
 
 Status runConfig(Session& session, const ConfigOptions& options) {
+    if (options.file == "-")
+        throw Problem(
+            Status::kUsage,
+            "--output: \"-\" is no file's name (leave the option out for standard output, "
+            "or write ./-)");
     const unsigned long serial = chosenCamera(options.serial, "config");
     if (!isCharacterData(session.directory))
         refuseText("the directory", session.directory, "choose another with --dir");

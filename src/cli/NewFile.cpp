@@ -32,11 +32,15 @@ bool isNoFile(const std::string& path) {
     return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
 }
 
+/// With a "/" at its end.
+std::string directoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
 /// The file has its name already, and some file systems cannot do it: failing is no reason to fail.
 void syncDirectoryOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor = open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return;
     fsync(descriptor);
     close(descriptor);
@@ -63,9 +67,11 @@ private:
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& finalPath) {
+        // Short: the final name may have all the length that a name may have.
+        const std::string begin =
+            directoryOf(finalPath) + ".thermika-new-" + std::to_string(getpid()) + "-";
         for (int attempt = 0; m_descriptor < 0 && attempt < kNameAttempts; ++attempt) {
-            m_path =
-                finalPath + ".part-" + std::to_string(getpid()) + "-" + std::to_string(attempt);
+            m_path = begin + std::to_string(attempt) + ".part";
             m_descriptor = open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
             if (m_descriptor < 0 && errno != EEXIST) break;
         }

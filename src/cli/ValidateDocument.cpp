@@ -247,7 +247,7 @@ private:
 
 DocumentFindings checkDocument(std::string_view bytes) {
     if (bytes.size() > kMostDocumentBytes)
-        return {{{1, "the document has " + std::to_string(bytes.size()) + " bytes",
+        return {{{1, "the document has more than " + std::to_string(kMostDocumentBytes) + " bytes",
                   "begin with the one that thermika config prints"}},
                 {}};
     Markup markup = parseMarkup(bytes);

@@ -2,6 +2,7 @@
 #include "cli/CommandLine.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -133,6 +134,20 @@ TEST_F(CommandLineDirectory, behindALinkIsWhereTheLinkLeads) {
                                if (chdir(m_folder.path().c_str()) != 0) _exit(9);
                            }),
               expected);
+}
+
+TEST_F(CommandLineDirectory, isFromTheRootWhereTheWorkingDirectoryIsGone) {
+    const std::string gone = m_folder / "gone";
+    const auto leave = [&gone] {
+        if (mkdir(gone.c_str(), 0700) != 0 || chdir(gone.c_str()) != 0 || rmdir(gone.c_str()) != 0)
+            _exit(9);
+    };
+    EXPECT_EQ(runCompanion({"--dir", "rel", "optics", "14080045"}, leave),
+              (RunResult{"",
+                         "thermika: --dir: cannot find the directory \"rel\": No such file or "
+                         "directory (change to a directory that exists, or name an absolute one)\n",
+                         3}));
+    EXPECT_EQ(runCompanion({"--dir", m_folder.path(), "optics", "14080045"}, leave).status, 0);
 }
 
 using CommandLineLocale = WithDescription;

@@ -1,4 +1,6 @@
 // `thermika config`: the tool's document to the byte, and documents with a choice made.
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 
@@ -126,6 +128,26 @@ TEST_F(ConfigChoice, goesToAFileThatIsNotOverwritten) {
     EXPECT_EQ(config({"--optics", "60", "-o", file, "--force", "-q"}), (RunResult{"", "", 0}));
     EXPECT_EQ(readFile(file), activated(60, -20, 100, "T&amp;1"));
     EXPECT_EQ(config({"--force"}).status, 2);
+}
+
+TEST_F(ConfigChoice, goesToNoFileThatAScriptTakesForStandardOutput) {
+    const auto inFolder = [this] {
+        if (chdir(m_folder.path().c_str()) != 0) _exit(9);
+    };
+    const std::vector<std::string> line = {"config", "14080045", "-q", "-o"};
+    const auto to = [&](const char* file) {
+        auto whole = line;
+        whole.emplace_back(file);
+        return runCompanion(whole, inFolder);
+    };
+    EXPECT_EQ(to("-"),
+              (RunResult{"",
+                         "thermika: --output: \"-\" is no file's name (leave the option out "
+                         "for standard output, or write ./-)\n",
+                         2}));
+    EXPECT_FALSE(fs::exists(m_folder / "-"));
+    EXPECT_EQ(to("./-"), (RunResult{"", "", 0}));
+    EXPECT_TRUE(fs::exists(m_folder / "-"));
 }
 
 TEST(Config, leavesNoFileOnAFullDisk) {

@@ -157,17 +157,29 @@ TEST(NewFile, leavesNothingBesideItselfWhenInterrupted) {
 // As a process of this number left them that was killed, on a machine that was started anew since.
 TEST(NewFile, passesByNamesThatAreTaken) {
     const TempDir folder;
-    const std::string part = folder / "file.part-" + std::to_string(getpid()) + "-";
-    writeFile(part + "0", "somebody else's");
+    const std::string part = folder / ".thermika-new-" + std::to_string(getpid()) + "-";
+    writeFile(part + "0.part", "somebody else's");
     EXPECT_EQ(problemOf(folder / "file", false), "");
     EXPECT_EQ(readFile(folder / "file"), "new");
-    EXPECT_EQ(readFile(part + "0"), "somebody else's");
+    EXPECT_EQ(readFile(part + "0.part"), "somebody else's");
     fs::remove(folder / "file");
-    for (int i = 1; i < 100; ++i) writeFile(part + std::to_string(i), "somebody else's");
+    for (int i = 1; i < 100; ++i) writeFile(part + std::to_string(i) + ".part", "somebody else's");
     EXPECT_EQ(problemOf(folder / "file", false)
                   .find("cannot write " + (folder / "file") + ": File exists"),
               0U);
     EXPECT_FALSE(fs::exists(folder / "file"));
+}
+
+// The temporary name was the final one and more.
+TEST(NewFile, mayHaveTheLongestNameThereIs) {
+    const TempDir folder;
+    const std::string longest(255, 'n');
+    EXPECT_EQ(problemOf(folder / longest, false), "");
+    EXPECT_EQ(readFile(folder / longest), "new");
+    EXPECT_EQ(problemOf(folder / (longest + "n"), false),
+              "cannot write " + (folder / (longest + "n")) +
+                  ": File name too long (choose another name)");
+    EXPECT_EQ(entries(folder), 1U);
 }
 
 TEST(NewFile, leavesNothingWhereTheDiskGivesUp) {

@@ -333,8 +333,8 @@ TEST(ValidateDocument, refusesWhatIsNoDocumentByItsSize) {
     const std::string largest(thermika::cli::kMostDocumentBytes, ' ');
     EXPECT_EQ(findingsIn(largest).find(":1: the document has"), std::string::npos);
     EXPECT_EQ(findingsIn(largest + ' '),
-              ":1: the document has 1048577 bytes; begin with the one that thermika config "
-              "prints\n");
+              ":1: the document has more than 1048576 bytes; begin with the one that thermika "
+              "config prints\n");
 }
 
 TEST(ValidateDocument, reportsLinesBeyondSixteenBits) {

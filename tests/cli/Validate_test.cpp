@@ -83,6 +83,17 @@ TEST(Validate, says3WhenTheFileCannotBeRead) {
     EXPECT_NE(validate({folder.path()}).err.find(": Is a directory ("), std::string::npos);
 }
 
+// Of a longer file no more is read than it takes to know.
+TEST(Validate, saysOfAFarTooLongDocumentWhatIsTrue) {
+    const TempDir folder;
+    const std::string file = folder / "long.xml";
+    writeFile(file, std::string(3000000, ' '));
+    EXPECT_EQ(validate({file}),
+              (RunResult{file + ":1: the document has more than 1048576 bytes; begin with the one "
+                                "that thermika config prints\n",
+                         "", 1}));
+}
+
 TEST(Validate, says3WhenTheChoiceCannotBeComparedForWantOfADescription) {
     const TempDir folder;
     const auto without = [&](const std::string& document) {

@@ -64,7 +64,9 @@ int main(int argc, char** argv) {
     if (command == "fetch") isDone = bringAll("/usr/share/faults/medium", folder);
     if (command == "config") {
         const std::string document = argv[7];
-        isDone = install(document, document + ".part-1", "document");
+        isDone =
+            install(document, document.substr(0, document.rfind('/')) + "/.thermika-new-1.part",
+                    "document");
     }
     if (isDone) return 0;
     if (g_weakness == "crashing") std::abort();
