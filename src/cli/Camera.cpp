@@ -35,8 +35,23 @@ std::string absenceText(const dax::FileStatus& file) {
 
 std::string tooLongText(const Session& session, unsigned long serial) {
     return pathOf(session, descriptionName(serial)) + " lists more than " +
-           std::to_string(kMostFiles) + " files, which no camera needs (fetch it anew: thermika " +
-           "fetch " + std::to_string(serial) + " --all)";
+           std::to_string(kMostFiles) +
+           " files or optics, which no camera needs (fetch it anew: " + "thermika fetch " +
+           std::to_string(serial) + " --all)";
+}
+
+/// The files that the description calls for. One that lists too much cannot be used afterwards.
+std::vector<dax::ExpectedFile> filesOf(const Session& session, unsigned long serial,
+                                       Description& description) {
+    std::vector<dax::ExpectedFile> files;
+    if (description.cali == nullptr) return files;
+    const auto optics = static_cast<std::size_t>(description.cali->getOpticsCount());
+    if (optics <= kMostFiles)
+        files = dax::expectedFiles(static_cast<int>(serial), {}, kMostFiles + 1);
+    if (optics <= kMostFiles && files.size() <= kMostFiles) return files;
+    description.cali = nullptr;
+    description.problem = tooLongText(session, serial);
+    return {};
 }
 
 }  // namespace
@@ -90,7 +105,8 @@ Description openDescription(const Session& session, unsigned long serial) {
 }
 
 ConfigCali& loadDescription(const Session& session, unsigned long serial) {
-    const Description description = openDescription(session, serial);
+    Description description = openDescription(session, serial);
+    filesOf(session, serial, description);
     if (description.cali == nullptr) throw Problem(Status::kFailed, description.problem);
     return *description.cali;
 }
@@ -103,13 +119,7 @@ std::size_t CameraFiles::lacking() const {
 CameraFiles lookAtFiles(const Session& session, unsigned long serial) {
     CameraFiles result;
     result.description = openDescription(session, serial);
-    std::vector<dax::ExpectedFile> expected;
-    if (result.description.cali != nullptr)
-        expected = dax::expectedFiles(static_cast<int>(serial), {}, kMostFiles + 1);
-    if (expected.size() > kMostFiles) {
-        result.description.cali = nullptr;
-        result.description.problem = tooLongText(session, serial);
-    }
+    auto expected = filesOf(session, serial, result.description);
     if (result.description.cali == nullptr) {
         result.files.push_back({{descriptionName(serial)}, result.description.file});
         return result;

@@ -36,12 +36,12 @@ struct Description {
 
 Description openDescription(const Session& session, unsigned long serial);
 
-/// The description; a Problem when it cannot be used.
-ConfigCali& loadDescription(const Session& session, unsigned long serial);
-
-/// More than any camera needs. A description can list far more in some kilobytes; names that come
-/// twice count twice.
+/// More files than any camera needs, and more optics. A description can list far more in some
+/// kilobytes; names that come twice count twice.
 constexpr std::size_t kMostFiles = 20000;
+
+/// The description; a Problem when it cannot be used or lists more than kMostFiles.
+ConfigCali& loadDescription(const Session& session, unsigned long serial);
 
 struct CameraFile {
     dax::ExpectedFile file;

@@ -91,6 +91,12 @@ private:
     locale_t m_before = uselocale(nullptr);
 };
 
+/// While Utf8Characters lives.
+std::size_t widthOf(char32_t character) {
+    const int width = wcwidth(static_cast<wchar_t>(character));
+    return width < 0 ? 1 : static_cast<std::size_t>(width);
+}
+
 bool findUtf8Locale() {
     // Not setlocale(): the library makes LC_NUMERIC follow LC_CTYPE, and numbers are to be the same
     // everywhere.
@@ -147,10 +153,30 @@ std::size_t columnsOf(std::string_view text) {
     while (!text.empty()) {
         const auto [character, count] = decodeFirst(text);
         text.remove_prefix(count);
-        const int width = wcwidth(static_cast<wchar_t>(character));
-        columns += width < 0 ? 1 : static_cast<std::size_t>(width);
+        columns += widthOf(character);
     }
     return columns;
+}
+
+std::size_t bytesWithin(std::string_view text, std::size_t columns) {
+    const Utf8Characters characters;
+    std::size_t bytes = 0;
+    while (bytes < text.size()) {
+        const auto [character, count] = decodeFirst(text.substr(bytes));
+        const std::size_t width = widthOf(character);
+        if (width > columns) break;
+        columns -= width;
+        bytes += count;
+    }
+    return bytes;
+}
+
+std::string shortened(std::string_view text, std::size_t most) {
+    if (text.size() <= most) return std::string(text);
+    std::size_t bytes = 0;
+    for (std::size_t next = 0; next <= most; next += decodeFirst(text.substr(next)).bytes)
+        bytes = next;
+    return std::string(text.substr(0, bytes)) + "...";
 }
 
 }  // namespace thermika::cli

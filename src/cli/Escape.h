@@ -26,4 +26,10 @@ std::string losslessUtf8(std::string_view bytes);
 /// How many columns a terminal needs for what shown() returned.
 std::size_t columnsOf(std::string_view text);
 
+/// How many bytes of it, whole characters, go into so many columns.
+std::size_t bytesWithin(std::string_view text, std::size_t columns);
+
+/// At most so many bytes of `text`, whole characters, and "..." when that is not all.
+std::string shortened(std::string_view text, std::size_t most);
+
 }  // namespace thermika::cli

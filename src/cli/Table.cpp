@@ -14,18 +14,17 @@ namespace {
 constexpr std::size_t kGap = 2;        // columns between two cells
 constexpr std::size_t kNarrowest = 8;  // cells are not broken into narrower pieces
 
+// Longer than any path that can be shown. Every row is as wide as the widest cell, so that the texts
+// of a description could take its size times its size.
+constexpr std::size_t kMostBytes = 600;
+
 /// How many bytes of `text` go into `width` columns, which any character does; up to the last blank
 /// there.
 std::size_t breakAt(std::string_view text, std::size_t width) {
-    if (columnsOf(text) <= width) return text.size();
-    std::size_t end = 0;
-    std::size_t blank = 0;
-    for (std::size_t at = 1; columnsOf(text.substr(0, at)) <= width; ++at) {
-        const bool isInside = (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
-        if (!isInside) end = at;
-        if (text[at] == ' ') blank = at;
-    }
-    return blank != 0 ? blank : end;
+    const std::size_t end = bytesWithin(text, width);
+    if (end == text.size()) return end;
+    const std::size_t blank = text.rfind(' ', end);
+    return blank == std::string_view::npos || blank == 0 ? end : blank;
 }
 
 std::vector<std::string_view> pieces(std::string_view text, std::size_t width) {
@@ -54,7 +53,10 @@ void narrow(std::vector<std::size_t>& widths, std::size_t room) {
 
 Table::Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
 
-void Table::add(std::vector<Cell> row) { m_rows.push_back(std::move(row)); }
+void Table::add(std::vector<Cell> row) {
+    for (Cell& cell : row) cell.text = shortened(cell.text, kMostBytes);
+    m_rows.push_back(std::move(row));
+}
 
 std::string Table::text(const Output& output, std::size_t width) const {
     std::vector<std::vector<Cell>> rows(1);

@@ -24,7 +24,7 @@ public:
 
     explicit Table(std::vector<Column> columns);
 
-    /// As many cells as there are columns.
+    /// As many cells as there are columns. The end of a very long text is left out.
     void add(std::vector<Cell> row);
 
     /// Heading and rows. Where `width` columns (0: any number) do not hold a row, its widest cells

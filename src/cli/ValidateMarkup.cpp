@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "cli/Escape.h"
 #include "cli/XmlText.h"
 #include "fetch/Memory.h"
 
@@ -151,10 +152,7 @@ std::string contentOf(const xmlNode* node) {
 }
 
 std::string inQuotes(std::string_view bytes) {
-    if (bytes.size() <= kMostQuotedBytes) return '"' + std::string(bytes) + '"';
-    std::size_t end = kMostQuotedBytes;
-    while (end > 0 && (static_cast<unsigned char>(bytes[end]) & 0xC0U) == 0x80U) --end;
-    return '"' + std::string(bytes.substr(0, end)) + "...\"";
+    return '"' + shortened(bytes, kMostQuotedBytes) + '"';
 }
 
 }  // namespace thermika::cli

@@ -64,16 +64,33 @@ TEST(Camera, descriptionThatListsMoreFilesThanAnyCameraNeedsIsRefused) {
         const HealthyMachine machine;
         writeFile(std::string(kCaliDir) + "/" + kDescriptionName, endlessDescription());
         const std::string problem = std::string(kCaliDir) + "/" + kDescriptionName +
-                                    " lists more than 20000 files, which no camera needs (fetch "
-                                    "it anew: thermika fetch 14080045 --all)";
+                                    " lists more than 20000 files or optics, which no camera "
+                                    "needs (fetch it anew: thermika fetch 14080045 --all)";
         EXPECT_EQ(runCompanion({"files", "--missing"}),
                   (RunResult{"", "thermika: " + problem + "\n", 3}));
-        EXPECT_EQ(runCompanion({"optics"}), (RunResult{"", "thermika: " + problem + "\n", 3}));
+        const std::string document = "/usr/share/camera.xml";
+        writeFile(document, "<imager><serial>14080045</serial><fov>33</fov></imager>");
+        for (const std::vector<std::string>& command : {std::vector<std::string>{"optics"},
+                                                        {"config", "--optics", "33"},
+                                                        {"completion", "optics"},
+                                                        {"validate", document}})
+            EXPECT_EQ(runCompanion(command), (RunResult{"", "thermika: " + problem + "\n", 3}))
+                << command.front();
         EXPECT_NE(runCompanion({"cameras"}).out.find("description unusable"), std::string::npos);
         const RunResult doctor = runCompanion({"doctor", "--json"});
         EXPECT_EQ(doctor.status, 1);
         EXPECT_NE(doctor.out.find(problem), std::string::npos) << doctor;
     });
+}
+
+TEST(Camera, descriptionThatListsMoreOpticsThanAnyCameraHasIsRefused) {
+    const thermika_test::TempDir folder;
+    std::string optics;
+    for (int i = 0; i <= 20000; ++i) optics += "<OpticsDef>\n<FOV>33</FOV>\n</OpticsDef>\n";
+    thermika_test::writeDescription(folder, 14080045, opticsList(optics));
+    EXPECT_NE(runCompanion({"--dir", folder.path(), "completion", "optics", "14080045"})
+                  .err.find(" lists more than 20000 files or optics, "),
+              std::string::npos);
 }
 
 TEST(Camera, descriptionWhoseCommentsDoNotPairUpIsRefused) {

@@ -7,9 +7,11 @@
 
 namespace {
 
+using thermika::cli::bytesWithin;
 using thermika::cli::columnsOf;
 using thermika::cli::escaped;
 using thermika::cli::losslessUtf8;
+using thermika::cli::shortened;
 
 /// What a reader of the documents does to have the bytes back.
 std::string bytesOf(const std::string& utf8) {
@@ -73,6 +75,23 @@ TEST(Escape, makesUtf8FromWhichTheBytesComeBack) {
     every += "\xF4\x8F\xBB\xA9 \xC3\xA9 \xF4\x8F\xBB";
     EXPECT_EQ(bytesOf(losslessUtf8(every)), every);
     EXPECT_EQ(losslessUtf8(losslessUtf8("Caf\xC3\xA9")), "Caf\xC3\xA9");
+}
+
+TEST(Escape, takesWholeCharactersThatGoIntoSoManyColumns) {
+    EXPECT_EQ(bytesWithin("abc", 2), 2U);
+    EXPECT_EQ(bytesWithin("abc", 3), 3U);
+    EXPECT_EQ(bytesWithin("33\xC2\xB0", 3), 4U);
+    EXPECT_EQ(bytesWithin("a\xE6\xBC\xA2", 2), 1U);  // half of a wide one is none
+    EXPECT_EQ(bytesWithin("e\xCC\x81x", 1), 3U);     // with the accent
+    EXPECT_EQ(bytesWithin("", 3), 0U);
+}
+
+TEST(Escape, shortensTextsAtACharactersEnd) {
+    EXPECT_EQ(shortened("abc", 3), "abc");
+    EXPECT_EQ(shortened("abcd", 3), "abc...");
+    EXPECT_EQ(shortened("ab\xC2\xB0", 3), "ab...");
+    EXPECT_EQ(shortened("ab\xC2\xB0", 4), "ab\xC2\xB0");
+    EXPECT_EQ(shortened("\xC2\xB0", 1), "...");
 }
 
 TEST(Escape, countsTheColumnsOfCharactersNotOfBytes) {

@@ -97,6 +97,19 @@ TEST(Table, breaksNoCharacterInItsMiddle) {
               "\xC3\xA4\xE6\xBC\xA2\n");
 }
 
+// Each row is as wide as the widest cell: the texts of a description of two megabytes took six
+// gigabytes, and those without any width took minutes.
+TEST(Table, leavesOutTheEndOfVeryLongTexts) {
+    std::string accents;
+    for (int i = 0; i < 100000; ++i) accents += "\xCC\x81";
+    Table table({{"A"}, {"B"}});
+    table.add({{std::string(2000000, 'a')}, {accents}});
+    const std::string text = table.text(plain(), 0);
+    EXPECT_LT(text.size(), 2000U);
+    EXPECT_NE(text.find("a...  "), std::string::npos);
+    EXPECT_LT(table.text(plain(), 20).size(), 4000U);
+}
+
 TEST(Table, leavesTheLastCellWholeWhereNobodyCountsColumns) {
     Table table({{"A"}, {"B"}});
     table.add({{"1"}, {std::string(500, 'b')}});
