@@ -48,11 +48,18 @@ std::vector<std::string> words(const Session& session, const CompletionArguments
     return arguments.what == "optics" ? opticsChoices(cali) : rangesOf(cali, arguments.optics);
 }
 
+/// A word that would change nothing.
+void refuse(const std::string& word, const std::string& what) {
+    if (!word.empty())
+        throw Problem(Status::kUsage, "completion " + what + " has nothing to do with \"" + word +
+                                          "\" (see: thermika completion --help)");
+}
+
 Status printWords(Session& session, const CompletionArguments& arguments) {
     Json list = Json::array();
     for (const std::string& word : words(session, arguments)) {
         // What cannot be shown as it stands cannot be typed either.
-        if (!session.output.isJson && shown(word) != word) continue;
+        if (!session.output.isJson && !isShownAsItIs(word)) continue;
         list.push_back(jsonText(word));
         if (!session.output.isJson) session.output.add(word + "\n");
     }
@@ -65,8 +72,10 @@ Status printWords(Session& session, const CompletionArguments& arguments) {
 
 Status runCompletion(Session& session, const CompletionArguments& arguments,
                      const CLI::App& program) {
+    if (arguments.what != "ranges") refuse(arguments.optics, arguments.what);
     if (arguments.what == "optics" || arguments.what == "ranges")
         return printWords(session, arguments);
+    refuse(arguments.serialText, arguments.what);
     const std::string text = script(arguments.what, completionModel(program));
     Json whole;
     whole["what"] = arguments.what;

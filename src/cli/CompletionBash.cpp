@@ -11,14 +11,23 @@ namespace {
 constexpr const char* kScript =
     R"sh(# Completion of thermika and thermika-genconfig for bash, by "thermika completion bash".
 
-# Offers the lines of standard input that begin with what is typed.
+# Offers the lines of standard input that begin with what is typed, without the part that stays.
 _thermika_offer() {
-    local word quoted
+    local word
     while IFS= read -r word; do
-        quoted=$word
-        [[ $word == *[!A-Za-z0-9_.,/+-]* ]] && printf -v quoted %q "$word"
-        [[ $word == "$typed"* || $quoted == "$typed"* ]] && COMPREPLY+=("$quoted")
+        if [[ $word == "$typed"* ]]; then
+            word=$(_thermika_quoted "${word#"$kept"}")
+        else
+            word=$(_thermika_quoted "$word")
+            [[ $word == "$typed"* ]] || continue
+            word=${word#"$kept"}
+        fi
+        COMPREPLY+=("$word")
     done
+}
+
+_thermika_quoted() {
+    if [[ $1 == *[!A-Za-z0-9_.,/+-]* ]]; then printf %q "$1"; else printf %s "$1"; fi
 }
 
 _thermika_complete() {
@@ -34,13 +43,36 @@ _thermika_complete() {
     esac
 }
 
-_thermika() {
-    local program=$1 typed=$2 command= option= serial= optics= word value
-    local -a dir=()
-    local -i i arguments=0
-    for ((i = 1; i < COMP_CWORD; i++)); do
+# Bash breaks words at ":" and "=", and replaces only what stands behind the last of these.
+_thermika_join() {
+    local line=$COMP_LINE word
+    local -i i
+    words=()
+    for ((i = 0; i <= COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
-        [[ $word == = ]] && continue
+        if ((i > 0)) && [[ $line != [[:blank:]]* ]]; then
+            words[-1]+=$word
+        else
+            words+=("$word")
+        fi
+        line=${line#*"$word"}
+    done
+    typed=${words[-1]}
+    [[ $typed == "$word" ]] || kept=${typed%"${typed##*[:=@]}"}
+}
+
+_thermika() {
+    local program=${1/#\~\//$HOME/} typed= kept= command= option= serial= optics= word value
+    local -a dir=() words
+    local -i i arguments=0
+    type -P -- "$program" >/dev/null || program=thermika
+    _thermika_join
+    for ((i = 1; i < ${#words[@]} - 1; i++)); do
+        word=${words[i]}
+        if [[ -z $option && $word == --*=* ]]; then
+            option=${word%%=*}
+            word=${word#*=}
+        fi
         if [[ -n $option ]]; then
             value=${word//[\\\"\']/}
             case $option in
@@ -59,7 +91,11 @@ _thermika() {
             [[ $word == [1-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9] ]] && serial=$word
         fi
     done
-    [[ $typed == = ]] && typed=
+    if [[ -z $option && $typed == --*=* ]]; then
+        option=${typed%%=*}
+        typed=${typed#*=}
+        kept=${kept#*=}
+    fi
     if [[ -n $option ]]; then
         _thermika_complete "$(_thermika_value "$command" "$option")"
         return
@@ -72,7 +108,7 @@ _thermika() {
 }
 
 _thermika_genconfig() {
-    local program=thermika typed=$2
+    local program=thermika typed=$2 kept=
     case $3 in
     -d) _thermika_complete serials ;;
     -t) _thermika_complete folders ;;

@@ -30,9 +30,10 @@ _thermika_keep() {
 }
 
 _thermika_of_thermika() {
-    local program=${(Q)words[1]} command= option= serial= optics= word
+    local program=${${(Q)words[1]}/#\~\//$HOME/} command= option= serial= optics= word
     local -a dir
     local -i i arguments=0
+    whence -p -- $program >/dev/null || program=thermika
     for ((i = 2; i < CURRENT; i++)); do
         word=${(Q)words[i]}
         if [[ -n $option ]]; then

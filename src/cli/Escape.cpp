@@ -131,6 +131,12 @@ std::string escaped(std::string_view bytes, bool keepUtf8) {
 
 std::string shown(std::string_view bytes) { return escaped(bytes, isUtf8Locale()); }
 
+bool isShownAsItIs(std::string_view bytes) {
+    std::string plain(bytes);
+    plain.erase(std::remove(plain.begin(), plain.end(), '\\'), plain.end());
+    return shown(plain) == plain;
+}
+
 std::string losslessUtf8(std::string_view bytes) {
     std::string out;
     out.reserve(bytes.size());

@@ -19,6 +19,9 @@ std::string escaped(std::string_view bytes, bool keepUtf8);
 /// The same as the environment's locale wants it.
 std::string shown(std::string_view bytes);
 
+/// Whether shown() changes nothing, but for every "\".
+bool isShownAsItIs(std::string_view bytes);
+
 /// `bytes` as UTF-8 from which they can be had back: a byte XX that is no UTF-8 becomes the
 /// character U+10FEXX. So does each byte of such a character itself.
 std::string losslessUtf8(std::string_view bytes);

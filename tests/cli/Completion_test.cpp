@@ -178,6 +178,41 @@ TEST_P(CompletionTyped, endsInTheWordsThatWereMeant) {
     });
 }
 
+// Bash breaks words at such characters.
+TEST_P(CompletionTyped, takesTextsWithColonsAndSignsOfEquality) {
+    const char* const shell = GetParam();
+    withCameras([shell] {
+        const TempDir folder;
+        thermika_test::writeDescription(
+            folder, 25080046,
+            thermika_test::opticsList(thermika_test::opticsElement(
+                                          33, "a:b=c", thermika_test::rangeElement("-20", "100")) +
+                                      thermika_test::opticsElement(
+                                          33, "a:d", thermika_test::rangeElement("450", "1500"))));
+        const std::string begin = "thermika --dir=" + folder.path() + " config 25080046 ";
+        const std::string words = "thermika\n--dir=" + folder.path() + "\nconfig\n25080046\n";
+        expectCompleted(
+            shell,
+            {{begin + "--optics 33,a:b", words + "--optics\n33,a:b=c"},
+             {begin + "--optics 33,a:d --range ", words + "--optics\n33,a:d\n--range\n450..1500"},
+             {begin + "--optics=33,a:b", words + "--optics=33,a:b=c"},
+             {begin + "--optics=33,a:d --range=", words + "--optics=33,a:d\n--range=450..1500"}});
+    });
+}
+
+// As it stands in the command line: the shell has not expanded it yet.
+TEST_P(CompletionTyped, asksTheProgramThatWasTyped) {
+    const char* const shell = GetParam();
+    withCameras([shell] {
+        const TempDir home;
+        setenv("HOME", home.path().c_str(), 1);
+        fs::create_symlink(THERMIKA_COMPANION, home / "thermika");
+        expectCompleted(shell,
+                        {{"~/thermika files 2", home / "thermika" + "\nfiles\n25080046"},
+                         {"$HOME/thermika files 2", home / "thermika" + "\nfiles\n25080046"}});
+    });
+}
+
 // The texts below are a description's, which a stranger may have written.
 TEST_P(CompletionTyped, neverRunsOrExpandsWhatADescriptionSays) {
     const char* const shell = GetParam();
@@ -239,17 +274,27 @@ TEST(Completion, leavesOutWhatTheLocaleCannotShowButNotFromDocuments) {
         folder, 25080046,
         thermika_test::opticsList(thermika_test::opticsElement(10, "\xC3\x9B", "") +
                                   thermika_test::opticsElement(20, "\x9B", "") +
-                                  thermika_test::opticsElement(30, "", "")));
+                                  thermika_test::opticsElement(30, "", "") +
+                                  thermika_test::opticsElement(40, "back\\slash", "")));
     const auto in = [&](const char* locale, std::vector<std::string> more = {}) {
         more.insert(more.begin(), {"--dir", folder.path(), "completion", "optics", "25080046"});
         return runCompanion(more, [locale] { setenv("LC_ALL", locale, 1); });
     };
-    EXPECT_EQ(in("C"), (RunResult{"30\n", "", 0}));
-    EXPECT_EQ(in("C.UTF-8"), (RunResult{"10,\xC3\x9B\n30\n", "", 0}));
+    EXPECT_EQ(in("C"), (RunResult{"30\n40,back\\slash\n", "", 0}));
+    EXPECT_EQ(in("C.UTF-8"), (RunResult{"10,\xC3\x9B\n30\n40,back\\slash\n", "", 0}));
     const RunResult document = in("C", {"--json"});
     EXPECT_EQ(json::parse(document.out).at("words"),
-              json({"10,\xC3\x9B", "20,\xF4\x8F\xBA\x9B", "30"}));
+              json({"10,\xC3\x9B", "20,\xF4\x8F\xBA\x9B", "30", "40,back\\slash"}));
     EXPECT_EQ(in("C.UTF-8", {"--json"}), document);
+}
+
+TEST(Completion, refusesWordsThatWouldChangeNothing) {
+    EXPECT_EQ(runCompanion({"completion", "bash", "nonsense"}),
+              (RunResult{"",
+                         "thermika: completion bash has nothing to do with \"nonsense\" (see: "
+                         "thermika completion --help)\n",
+                         2}));
+    EXPECT_EQ(runCompanion({"completion", "optics", "14080045", "33"}).status, 2);
 }
 
 TEST(Completion, offersTheRangesOfTheOpticsThatWasTyped) {
