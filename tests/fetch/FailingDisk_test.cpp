@@ -208,6 +208,17 @@ TEST_F(FailingDisk, isNotSearchedOnceTheCallIsCancelled) {
     EXPECT_TRUE(cancel);
 }
 
+TEST_F(FailingDisk, getsNoMoreOfAFileOnceTheCallIsCancelled) {
+    std::atomic<bool> cancel{false};
+    Request cancelled = request({"a.dat"});
+    cancelled.cancel = &cancel;
+    beforeNext(SystemCall::kRead, [&cancel] { cancel = true; });
+    const auto report = thermika::fetch::fetch(cancelled);
+    EXPECT_EQ(linesOf(report), "a.dat: not tried, cancelled\n");
+    EXPECT_EQ(report.files.at(0).source, "");
+    EXPECT_EQ(fetched(), Files());
+}
+
 // The file was there, and the report said that it had not been tried.
 TEST_F(FailingDisk, holdsTheFileThatWasInstalledWhileTheCallWasCancelled) {
     writeFile(source + "/c.dat", "bytes of c");
