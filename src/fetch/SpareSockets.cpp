@@ -14,24 +14,15 @@ namespace thermika::fetch {
 
 namespace {
 
-/// False for anything but IPv4 and IPv6.
 bool isAddress(const sockaddr& address, const std::string& ip, int port) {
-    std::array<char, INET6_ADDRSTRLEN> text{};
-    const void* bytes = nullptr;
-    in_port_t networkPort = 0;
-    if (address.sa_family == AF_INET) {
-        const auto& four = reinterpret_cast<const sockaddr_in&>(address);
-        bytes = &four.sin_addr;
-        networkPort = four.sin_port;
-    } else if (address.sa_family == AF_INET6) {
-        const auto& six = reinterpret_cast<const sockaddr_in6&>(address);
-        bytes = &six.sin6_addr;
-        networkPort = six.sin6_port;
-    } else {
-        return false;
-    }
+    const auto& four = reinterpret_cast<const sockaddr_in&>(address);
+    const auto& six = reinterpret_cast<const sockaddr_in6&>(address);
+    const bool isSix = address.sa_family == AF_INET6;
+    const void* const bytes = isSix ? static_cast<const void*>(&six.sin6_addr) : &four.sin_addr;
+    std::array<char, INET6_ADDRSTRLEN> text{};  // stays empty for any other family
     inet_ntop(address.sa_family, bytes, text.data(), text.size());
-    return ntohs(networkPort) == port && text.data() == ip;
+    // The port is at the same place in both.
+    return ntohs(four.sin_port) == port && text.data() == ip;
 }
 
 /// Nothing can be read of it: not even that it was closed.

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,8 +31,11 @@ constexpr const char* kNobody = "http://127.0.0.1:9/";
 
 class CallingBody : public Body {
 public:
-    explicit CallingBody(std::function<void()> onBytes) : m_onBytes(std::move(onBytes)) {}
-    void discard() override {}
+    CallingBody(std::function<void()> onBytes, std::function<void()> onDiscard)
+        : m_onBytes(std::move(onBytes)), m_onDiscard(std::move(onDiscard)) {}
+    void discard() override {
+        if (m_onDiscard) m_onDiscard();
+    }
     void announce(std::uint64_t /*bytes*/) override {}
     bool append(std::string_view /*bytes*/) override {
         if (m_onBytes) m_onBytes();
@@ -41,6 +45,7 @@ public:
 
 private:
     std::function<void()> m_onBytes;
+    std::function<void()> m_onDiscard;
 };
 
 /// Asks for some addresses and keeps the verdicts, "none" where there was no answer.
@@ -50,23 +55,28 @@ public:
         : verdicts(addresses.size()), m_addresses(std::move(addresses)) {}
 
     std::optional<HttpItem> next() override {
-        if (m_begun == m_addresses.size()) return std::nullopt;
-        return HttpItem{m_addresses[m_begun++], 1000, std::make_unique<CallingBody>(onBytes)};
+        if (begun == m_addresses.size()) return std::nullopt;
+        return HttpItem{m_addresses[begun++], 1000,
+                        std::make_unique<CallingBody>(onBytes, [this] { ++discarded; })};
     }
     void end(std::size_t number, HttpItem& /*item*/, const Answer& answer,
              unsigned /*tries*/) override {
         verdicts[number] = answer.verdict;
         if (onEnd) onEnd();
     }
-    void tick() override {}
+    void tick() override {
+        if (onTick) onTick();
+    }
 
     std::vector<std::optional<Verdict>> verdicts;
+    std::size_t begun = 0;
+    int discarded = 0;  // to be tried again
     std::function<void()> onBytes;
     std::function<void()> onEnd;
+    std::function<void()> onTick;
 
 private:
     std::vector<std::string> m_addresses;
-    std::size_t m_begun = 0;
 };
 
 using Verdicts = std::vector<std::optional<Verdict>>;
@@ -95,6 +105,22 @@ TEST(HttpQueueItems, areAskedForWhereAnotherServerCannotBeReachedLater) {
         serve(client, oneAtATime());
         EXPECT_EQ(client.verdicts,
                   (Verdicts{Verdict::kGood, Verdict::kUnreachable, Verdict::kGood}));
+    });
+}
+
+TEST(HttpQueueItems, areNotBegunWhileTheServerMayBeOneThatCannotBeReached) {
+    inSandbox([] {
+        const DownloadSandbox world;
+        Client client({kNobody, kNobody, kNobody});
+        Limits limits;
+        limits.jobs = 2;
+        limits.firstPause = std::chrono::seconds(30);
+        std::atomic<bool> cancel{false};
+        // There is room for the third then, as both others wait.
+        client.onTick = [&] { cancel = client.discarded == 2; };
+        serve(client, limits, &cancel);
+        EXPECT_EQ(client.discarded, 2);
+        EXPECT_EQ(client.begun, 2U);
     });
 }
 

@@ -110,14 +110,16 @@ TEST(SpareSockets, areForNoOtherAddress) {
 }
 
 TEST(SpareSockets, areForNoOtherKindOfAddress) {
-    const Listener server("127.0.0.1");
+    Listener server("127.0.0.1");
     SpareSockets spares;
     spares.want(1);
     spares.connect("127.0.0.1", server.port());
     const Descriptor theirs = server.next();
-    sockaddr local{};
+    sockaddr local = server.address();
     local.sa_family = AF_UNIX;
     EXPECT_EQ(spares.take(local), -1);
+    const Descriptor ours(spares.take(server.address()));
+    EXPECT_TRUE(ours.isOpen());
 }
 
 TEST(SpareSockets, thatAreNotConnectedYetArePassedOver) {
