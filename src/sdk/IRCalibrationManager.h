@@ -42,7 +42,7 @@ public:
     /// "/usr/share/libthermika/cali" and "/usr/share/libthermika" at first. Not terminated when
     /// they were set to 260 characters or more.
     char* getCalibrationDir();
-    char* getFormatsDir();
+    char* getFormatsDir();  ///< as getCalibrationDir()
 
     /// Copies at most 260 bytes of `dir`, which may lie in the manager's own arrays, and fills the
     /// rest with zero bytes; null changes nothing.
@@ -50,7 +50,7 @@ public:
     /// "/Cali-<serial>.xml" behind them where a description is to be loaded) and without a trailing
     /// slash.
     void setCalibrationDir(const char* dir);
-    void setFormatsDir(const char* dir);
+    void setFormatsDir(const char* dir);  ///< as setCalibrationDir()
 
     /// Looks on the USB bus for the camera numbered `serial`, or for any when it is 0, and stores
     /// its number there. The first camera in the order of /sys/bus/usb/devices wins; when any will

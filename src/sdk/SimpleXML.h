@@ -69,8 +69,7 @@ public:
     bool setNode(const char* name) { return descend(nameOf(name), 0); }
     bool setNode(const char* name, int index) { return descend(nameOf(name), index); }
 
-    /// Goes up one level; false at the top.
-    bool resetNode();
+    bool resetNode();  ///< goes up one level; false at the top
 
     /// A copy of the current element's text; the caller frees it with delete[]. False, `*out`
     /// unchanged, when it is empty. The whole document's is as long as it was with its comments,
@@ -89,14 +88,15 @@ public:
     /// Reads the first element `name` in the current one: as "%i" (hexadecimal after "0x", octal
     /// after "0"), "%hu", "%i" (true when above 0), "%ld" and "%f" scan it. True when the element
     /// is there; `*out` keeps its value when the text is no such number (getBool: false). False,
-    /// `*out` unchanged, when it is not, and at depth 254. A float is the nearest to the decimal
-    /// number, exactly, in the rounding mode to nearest.
+    /// `*out` unchanged, when it is not, and at depth 254.
     /// Process: LC_NUMERIC bears the name of LC_CTYPE once the element was found ("C" where there
     /// is no such numeric locale); while the number is read it may be "C".
     bool getInt(const char* name, int* out) { return read(nameOf(name), out); }
+    /// As getInt().
     bool getUnsignedShort(const char* name, unsigned short* out) { return read(nameOf(name), out); }
-    bool getBool(const char* name, bool* out) { return read(nameOf(name), out); }
-    bool getLong(const char* name, long* out) { return read(nameOf(name), out); }
+    bool getBool(const char* name, bool* out) { return read(nameOf(name), out); }  ///< as getInt()
+    bool getLong(const char* name, long* out) { return read(nameOf(name), out); }  ///< as getInt()
+    /// As getInt(); exactly the nearest to the decimal number, in the rounding mode to nearest.
     bool getFloat(const char* name, float* out) { return read(nameOf(name), out); }
 
     /// A copy of the text of the first element `name` in the current one, which may be empty; the

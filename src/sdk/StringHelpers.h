@@ -22,12 +22,12 @@ int tscanf(const wchar_t* text, const wchar_t* format, int* out);
 char* tstrstr(char* haystack, char* needle);
 wchar_t* tstrstr(wchar_t* haystack, wchar_t* needle);
 
-/// Converts in place by LC_CTYPE and returns `text`. Bytes above 127 reach the C library as
-/// negative values, so they are converted as it converts those.
+/// Converts to upper case in place by LC_CTYPE and returns `text`. Bytes above 127 reach the C
+/// library as negative values, so they are converted as it converts those.
 char* tstrupr(char* text);
 wchar_t* tstrupr(wchar_t* text);
-char* tstrlwr(char* text);
-wchar_t* tstrlwr(wchar_t* text);
+char* tstrlwr(char* text);        ///< as tstrupr(), to lower case
+wchar_t* tstrlwr(wchar_t* text);  ///< as tstrupr(), to lower case
 
 /// Prints at most `size` - 1 characters and a terminator (nothing at all when `size` is 0).
 /// Narrow: the length of the whole text, printed or not, negative when LC_CTYPE has no bytes for a
@@ -66,8 +66,8 @@ namespace dax {
 /// unsigned short: of unsigned long) becomes that limit first; then an int or unsigned short gets
 /// its low bits.
 int _tscanff(const char* text, float* out);
-int _tscanfld(const char* text, long* out);
-int _tscanfi(const char* text, int* out);  ///< "0x" reads hexadecimal, a leading "0" octal
-int _tscanfus(const char* text, unsigned short* out);
+int _tscanfld(const char* text, long* out);  ///< as _tscanff()
+int _tscanfi(const char* text, int* out);    ///< "0x" reads hexadecimal, a leading "0" octal
+int _tscanfus(const char* text, unsigned short* out);  ///< as _tscanff()
 
 }  // namespace dax

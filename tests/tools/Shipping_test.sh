@@ -59,9 +59,9 @@ cp -r "$project/docs" "$project/src" "$project/SECURITY.md" "$work/project"
 printf '#!/bin/sh\necho "mandoc gives up" >&2; exit 3\n' >"$work/bin/mandoc"
 cat >"$work/bin/doxygen" <<'TEXT'
 #!/bin/sh
-mkdir "$THERMIKA_REFERENCE/html"
-echo page >"$THERMIKA_REFERENCE/html/index.html"
-echo page >"$THERMIKA_REFERENCE/html/SimpleXML.html"
+mkdir html
+echo page >"html/index.html"
+echo page >"html/SimpleXML.html"
 TEXT
 chmod +x "$work/bin/mandoc" "$work/bin/doxygen"
 fails_with 'mandoc gives up' tools/reference build/reference
