@@ -52,5 +52,5 @@ function(thermika_export_only_interface target)
     set_target_properties(${target} PROPERTIES
         LINK_DEPENDS ${map}
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR})
+        SOVERSION ${THERMIKA_ABI})
 endfunction()

@@ -35,7 +35,7 @@ else()
 endif()
 add_test(NAME Consumer.findsExactlyTheListedSymbolsInTheSharedLibrary
     COMMAND ${consumer}/exports_test.sh $<TARGET_FILE:${shared}>
-        ${PROJECT_SOURCE_DIR}/cmake/exported-symbols)
+        ${PROJECT_SOURCE_DIR} ${THERMIKA_ABI})
 add_test(NAME Consumer.findsEveryDeclaredFunctionInTheSharedLibrary
     COMMAND python3 ${consumer}/interface_test.py ${PROJECT_SOURCE_DIR}
         $<TARGET_FILE:thermika-internal>)
