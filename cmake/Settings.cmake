@@ -16,15 +16,25 @@ set(THERMIKA_BRANCH_FLAGS
     $<$<BOOL:${THERMIKA_HAS_CF_PROTECTION}>:-fcf-protection=full>
     $<$<BOOL:${THERMIKA_HAS_BRANCH_PROTECTION}>:-mbranch-protection=standard>)
 
-# A distribution's own level of FORTIFY stays, whether its compiler or its flags set it.
-cmake_push_check_state(RESET)
-set(CMAKE_REQUIRED_FLAGS -O2)
-check_cxx_source_compiles("
-#ifndef _FORTIFY_SOURCE
-#error none is set
+# Where the flags of a configuration optimise, FORTIFY works. A level of somebody else's stays, whether
+# the compiler, a distribution's flags or the project around this one set it.
+get_directory_property(options COMPILE_OPTIONS)
+get_directory_property(definitions COMPILE_DEFINITIONS)
+set(THERMIKA_FORTIFY "")
+foreach(config IN LISTS CMAKE_CONFIGURATION_TYPES ITEMS "${CMAKE_BUILD_TYPE}")
+    string(TOUPPER "${config}" upper)
+    cmake_push_check_state(RESET)
+    set(CMAKE_REQUIRED_FLAGS "${CMAKE_CXX_FLAGS_${upper}}")
+    check_cxx_source_compiles("
+#if !defined(__OPTIMIZE__) || defined(_FORTIFY_SOURCE)
+#error not ours to set
 #endif
-int main() {}" THERMIKA_FORTIFY_IS_SET)
-cmake_pop_check_state()
+int main() {}" THERMIKA_FORTIFIES_${upper})
+    cmake_pop_check_state()
+    if(THERMIKA_FORTIFIES_${upper} AND NOT "${options};${definitions}" MATCHES "_FORTIFY_SOURCE")
+        list(APPEND THERMIKA_FORTIFY $<$<CONFIG:${config}>:_FORTIFY_SOURCE=2>)
+    endif()
+endforeach()
 
 # Position-independent where the machine has the start-up code for it: the kernel loads the tool at
 # another address every time.
@@ -68,11 +78,7 @@ function(thermika_settings target)
         target_link_options(${target} PUBLIC -fsanitize=${THERMIKA_SANITIZERS})
     elseif(THERMIKA_HARDENING)
         target_compile_options(${target} PRIVATE -fstack-protector-strong ${THERMIKA_BRANCH_FLAGS})
-        # It works in optimised code only.
-        if(NOT THERMIKA_FORTIFY_IS_SET)
-            target_compile_definitions(${target} PRIVATE
-                $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
-        endif()
+        target_compile_definitions(${target} PRIVATE ${THERMIKA_FORTIFY})
         target_link_options(${target} PRIVATE
             -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
     endif()
