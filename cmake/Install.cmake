@@ -2,6 +2,12 @@
 # need, and the directory of the cameras' files.
 include(CMakePackageConfigHelpers)
 
+# A tool that is linked with the shared library finds it below the prefix, wherever that is. Who
+# installs where the loader looks anyway switches that off with CMAKE_SKIP_INSTALL_RPATH.
+if(BUILD_SHARED_LIBS AND NOT THERMIKA_STATIC)
+    file(RELATIVE_PATH from_tool ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(thermika-genconfig PROPERTIES INSTALL_RPATH $ORIGIN/${from_tool})
+endif()
 install(TARGETS thermika-genconfig)
 
 target_include_directories(thermika INTERFACE
@@ -29,19 +35,26 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/thermikaConfigVersion.cma
     COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/thermikaConfigVersion.cmake DESTINATION ${package_dir})
 
-# They name the cameras' directory that was chosen.
-foreach(page thermika.1 thermika-genconfig.1 libthermika.3 thermika-files.5)
+# They name the directories that were chosen; the companion's is there with the companion.
+set(pages thermika-genconfig.1 libthermika.3 thermika-files.5)
+if(THERMIKA_CLI)
+    list(APPEND pages thermika.1)
+endif()
+foreach(page ${pages})
     string(REGEX REPLACE ".*\\." "man" section ${page})
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS docs/man/${page})
     file(READ docs/man/${page} text)
+    string(REPLACE /usr/share/thermika ${CMAKE_INSTALL_FULL_DATADIR}/thermika text "${text}")
     string(REPLACE /usr/share/libthermika "${THERMIKA_DATA_DIR}" text "${text}")
     file(CONFIGURE OUTPUT man/${page} CONTENT "${text}" @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/man/${page}
         DESTINATION ${CMAKE_INSTALL_MANDIR}/${section})
 endforeach()
 
-# A cross-built companion does not run here; its scripts are the same as any other's.
-if(THERMIKA_CLI AND NOT CMAKE_CROSSCOMPILING)
+# The companion writes its completion scripts itself. Cross-built it does not run here: without
+# CMAKE_CROSSCOMPILING_EMULATOR no scripts are installed, though packaging/ lists them. They are the
+# same as any other machine's.
+if(THERMIKA_CLI AND (NOT CMAKE_CROSSCOMPILING OR CMAKE_CROSSCOMPILING_EMULATOR))
     include(cmake/Completions.cmake)
 endif()
 

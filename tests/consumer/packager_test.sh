@@ -25,11 +25,25 @@ grep -qw test "$work/targets" || fail 'there is no target "test"'
 
 # Without one of its own, ours.
 configure ours -DCMAKE_CXX_FLAGS=-U_FORTIFY_SOURCE -DCMAKE_INSTALL_PREFIX=/opt/thermika
-grep -q '_FORTIFY_SOURCE=2' "$commands" || fail 'no FORTIFY level is set'
+[ "$(grep -o '_FORTIFY_SOURCE=.' "$commands" | sort -u)" = _FORTIFY_SOURCE=2 ] ||
+    fail 'no FORTIFY level is set'
 grep -q '"/usr/share/libthermika"' "$folder/generated/sdk/base/BuildConfig.h" ||
     fail 'the directory follows the prefix'
-diff -r "$THERMIKA_SOURCE/docs/man" "$folder/man" || fail 'the manuals are changed'
-configure elsewhere -DTHERMIKA_DATA_DIR=/srv/cameras
+[ ! -e "$folder/man/thermika.1" ] || fail "the companion's manual is there without the companion"
+for page in "$folder"/man/*; do
+    # The schema lies below the prefix.
+    sed 's|/usr/share/thermika|/opt/thermika/share/thermika|' \
+        "$THERMIKA_SOURCE/docs/man/${page##*/}" | diff - "$page" || fail "$page names other paths"
+done
+grep -q '/opt/thermika/share/thermika/imager.xsd' "$folder/man/thermika-files.5" ||
+    fail 'the schema is looked for outside the prefix'
+
+# The preset of those who only run the tool; FORTIFY in the flags of the configuration.
+configure elsewhere --preset release -DTHERMIKA_DATA_DIR=/srv/cameras \
+    -DCMAKE_CXX_FLAGS_RELEASE='-O2 -D_FORTIFY_SOURCE=3'
+[ "$(grep -o '_FORTIFY_SOURCE=.' "$commands" | sort -u)" = _FORTIFY_SOURCE=3 ] ||
+    fail "a packager's FORTIFY level in the configuration's flags is replaced"
+! grep -qe -Werror "$commands" || fail 'a warning stops those who only run the tool'
 grep -q '"/srv/cameras"' "$folder/generated/sdk/base/BuildConfig.h" ||
     fail 'THERMIKA_DATA_DIR is not heard'
 
@@ -49,7 +63,7 @@ lacks CURL libcurl4-openssl-dev
 lacks CLI11 libcli11-dev
 lacks nlohmann_json nlohmann-json3-dev
 lacks LibXml2 libxml2-dev
-for page in thermika.1 thermika-genconfig.1 thermika-files.5; do
+for page in thermika-genconfig.1 thermika-files.5; do
     grep -q '/srv/cameras/cali' "$folder/man/$page" || fail "$page names another directory"
 done
 ! grep -r /usr/share/libthermika "$folder/man" || fail 'a manual names the default directory'
