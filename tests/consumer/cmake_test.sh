@@ -15,6 +15,28 @@ printed=$("$work/build/consumer")
 if [ "$THERMIKA_FETCH" = ON ]; then
     [ "$("$work/build/fetch-consumer")" = incomplete ] || fail 'the fetch library does not answer'
 fi
+
+# Without libcurl's headers the library is there all the same; who needs fetch is told.
+without_curl() { # without_curl ARGUMENT...
+    rm -rf "$work/other"
+    cmake -S "$THERMIKA_SOURCE/tests/consumer" -B "$work/other" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_DISABLE_FIND_PACKAGE_CURL=ON "$@" >"$work/log" 2>&1
+}
+without_curl || {
+    cat "$work/log" >&2
+    fail 'the library is not found without libcurl'
+}
+! cmake --build "$work/other" --target help | grep fetch-consumer || fail 'fetch without libcurl'
+if without_curl -DCONSUMER_FETCH=COMPONENTS; then
+    fail 'a component that is needed may be missing'
+fi
+reason='this thermika has no component fetch'
+[ "$THERMIKA_FETCH" != ON ] || reason='component fetch needs libcurl'
+tr -s '\n ' ' ' <"$work/log" | grep -q "$reason" || {
+    cat "$work/log" >&2
+    fail 'no reason is given for the missing component'
+}
+
 [ -d "$work/tree$THERMIKA_DATA_DIR/cali" ] || fail 'no directory for the cameras'
 
 # The interface may change with the second number: 0.2 is no 0.1, nor 0.1 a 0.2.
