@@ -24,10 +24,9 @@ build() { # build NAME COMMAND...
         $(pkg-config --cflags --libs thermika)
     quietly "$CXX" $CXXFLAGS -std=c++17 -c "$main" -o "$work/main.o" \
         $(pkg-config --cflags thermika)
-    if [ -e "$libdir/libthermika.a" ]; then
-        build linked-by-c "${CC:-cc}" "$work/main.o" -o "$work/linked-by-c" \
-            $(pkg-config --static --libs thermika)
-    fi
+    build linked-by-c "${CC:-cc}" -static "$work/main.o" -o "$work/linked-by-c" \
+        $(pkg-config --static --libs thermika)
+    ! readelf -d "$work/linked-by-c" | grep NEEDED || fail 'linked-by-c is not linked statically'
     if [ "$THERMIKA_FETCH" = ON ]; then
         expected=incomplete
         build fetch-consumer "$CXX" $CXXFLAGS -std=c++17 "${main%/*}/fetch.cpp" \
