@@ -1,9 +1,7 @@
 // The manuals in docs/man against the programs, their help texts, the headers and the schema.
 #include <algorithm>
 #include <filesystem>
-#include <iterator>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,6 +12,7 @@
 #include "cli/ValidateSchema.h"
 #include "support/BuildPaths.h"
 #include "support/Companion.h"
+#include "support/ManualText.h"
 #include "support/Matches.h"
 #include "support/Sandbox.h"
 #include "support/TestFiles.h"
@@ -23,28 +22,18 @@ namespace {
 namespace fs = std::filesystem;
 using thermika::cli::CompletionCommand;
 using thermika::cli::CompletionOption;
+using thermika_test::linesOf;
+using thermika_test::manual;
+using thermika_test::partOf;
 using thermika_test::readFile;
 using thermika_test::run;
 using thermika_test::runCompanion;
 using thermika_test::RunResult;
+using thermika_test::wordsOf;
 
 using Words = std::set<std::string>;
 
 const std::string kSources = THERMIKA_SOURCES;
-
-std::string manual(const std::string& name) { return readFile(kSources + "/docs/man/" + name); }
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
-std::vector<std::string> wordsOf(const std::string& line) {
-    std::istringstream in(line);
-    return {std::istream_iterator<std::string>(in), {}};
-}
 
 /// The options that a list entry is about: ".It Fl q , -quiet" is about -q and --quiet.
 Words optionsOfEntry(const std::string& line) {
@@ -62,22 +51,6 @@ Words optionsIn(const std::vector<std::string>& lines) {
     for (const std::string& line : lines)
         if (line.compare(0, 7, ".It Fl ") == 0) options.merge(optionsOfEntry(line));
     return options;
-}
-
-/// The lines of the section SH, or the list entry "It Cm NAME", up to the next of its kind.
-std::vector<std::string> partOf(const std::string& text, const std::string& begin,
-                                const std::vector<std::string>& ends) {
-    std::vector<std::string> part;
-    bool isIn = false;
-    for (const std::string& line : linesOf(text)) {
-        if (isIn && std::any_of(ends.begin(), ends.end(), [&line](const std::string& end) {
-                return line.compare(0, end.size(), end) == 0;
-            }))
-            return part;
-        if (isIn) part.push_back(line);
-        isIn = isIn || line == begin || line.compare(0, begin.size() + 1, begin + " ") == 0;
-    }
-    return part;
 }
 
 Words namesOf(const std::vector<CompletionOption>& options) {
@@ -163,6 +136,14 @@ TEST(Manuals, nameTheStatuses) {
     EXPECT_EQ(statusesIn(manual("thermika-genconfig.1")), (Words{"0", "255"}));
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d1"}).status, 255);
     EXPECT_EQ(run(THERMIKA_TOOL, {"genconfig", "-d14080045"}).status, 0);
+}
+
+TEST(Manuals, haveStatusesThatTheCompanionAnswers) {
+    const std::string folder = "--dir=" + kSources;
+    EXPECT_EQ(runCompanion({"--version"}).status, 0);
+    EXPECT_EQ(runCompanion({"files", "14080045", folder}).status, 1);
+    EXPECT_EQ(runCompanion({"files", "--nonsense"}).status, 2);
+    EXPECT_EQ(runCompanion({"validate", kSources + "/no such document"}).status, 3);
 }
 
 /// The variables that our code asks for.
