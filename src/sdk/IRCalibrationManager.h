@@ -38,8 +38,8 @@ public:
     IRCalibrationManager(const IRCalibrationManager&) = delete;
     IRCalibrationManager& operator=(const IRCalibrationManager&) = delete;
 
-    /// The manager's own arrays of 260 bytes, which the caller may write; not terminated when set to
-    /// 260 characters or more. At first the directories chosen at build time (THERMIKA_DATA_DIR),
+    /// The manager's own arrays of 260 bytes, which the caller may write; not terminated when set
+    /// to 260 characters or more. At first the directories chosen at build (THERMIKA_DATA_DIR),
     /// "/usr/share/libthermika/cali" and "/usr/share/libthermika" unless told otherwise.
     char* getCalibrationDir();
     char* getFormatsDir();  ///< as getCalibrationDir()
