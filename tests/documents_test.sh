@@ -1,6 +1,7 @@
 #!/bin/sh
 # The documents say what is there: the map names every unit of the library and nothing else, links
-# lead to files, SECURITY.md names real test suites, and README's commands are all tried somewhere.
+# lead to files, SECURITY.md names real test suites, README's commands are all tried somewhere, and all
+# that names a version names the same one.
 # usage: documents_test.sh PROJECT
 set -eu
 cd "$1"
@@ -92,6 +93,24 @@ fi
 if grep -n 'git status' "$work/commands" | grep -v 'test -z "\$(git status --porcelain)"'; then
     fail 'RELEASING.md takes any answer of git status'
 fi
+# One version: CMake's. The changelog may have no release yet, or changes since the last one.
+version=$(sed -n 's/^project(thermika VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+[ -n "$version" ] || fail 'CMakeLists.txt has no version'
+debian=packaging/debian
+[ -d "$debian" ] || debian=debian
+head -n 1 "$debian/changelog" | grep -qF "thermika ($version-1) " ||
+    fail "$debian/changelog does not begin with $version-1"
+grep -qFx "pkgver=$version" packaging/arch/PKGBUILD || fail "PKGBUILD is not for $version"
+grep -q '^Version: *@VERSION@$' packaging/rpm/thermika.rpm.in ||
+    fail 'thermika.rpm.in has a version of its own'
+released=$(sed -n 's/^## \[\([0-9][0-9.]*\)\] - ....-..-..$/\1/p' CHANGELOG.md | head -n 1)
+[ "${released:-$version}" = "$version" ] || fail "CHANGELOG.md's last release is $released"
+[ "$(grep -c '^## \[Unreleased\]$' CHANGELOG.md)" = 1 ] || fail 'CHANGELOG.md has no [Unreleased]'
+# The sources that are published are those that the other packages ask for.
+for file in packaging/arch/PKGBUILD packaging/rpm/thermika.rpm.in; do
+    grep -q 'version}*\.tar\.xz$\|pkgver\.tar\.xz")$' "$file" || fail "$file wants other sources"
+done
+
 for file in .ci/run CMakeLists.txt packaging/arch/PKGBUILD CHANGELOG.md packaging/debian/changelog; do
     # A source package has debian/ where Debian's tools look for it.
     [ -f "$file" ] || [ -f "${file#packaging/}" ] || fail "RELEASING.md is about $file, which is not there"

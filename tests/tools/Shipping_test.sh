@@ -49,7 +49,10 @@ printf '#!/bin/sh\necho 0\n' >"$work/bin/id"
 printf '#!/bin/sh\necho "document             PASS"\n' >"$work/bin/unshare"
 chmod +x "$work/bin/id" "$work/bin/unshare"
 stand_in dpkg-deb
+fails_with 'no tests ran' tools/package build/package --test
+export DEB_BUILD_OPTIONS='parallel=1 nocheck'
 fails_with 'the test demo did not pass' tools/package build/package --test
+unset DEB_BUILD_OPTIONS
 rm "$work/bin/id" "$work/bin/unshare"
 fails_with 'not three RPM packages' tools/package-elsewhere build/elsewhere
 fails_with 'no library with functions' tools/abi revision
