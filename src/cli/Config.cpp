@@ -4,20 +4,19 @@
 
 #include <algorithm>
 #include <memory>
-#include <regex>
 #include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/Camera.h"
-#include "cli/Choice.h"
+#include "cli/CharacterData.h"
+#include "cli/ChosenDocument.h"
 #include "cli/Commands.h"
 #include "cli/Escape.h"
 #include "cli/NewFile.h"
+#include "cli/XmlMemory.h"
 #include "sdk/IRCalibrationManager.h"
-#include "sdk/base/BuildConfig.h"
-#include "sdk/camera/ConfigurationDocument.h"
 
 namespace thermika::cli {
 
@@ -39,20 +38,14 @@ std::string without(std::string_view bytes, std::string text) {
     return text;
 }
 
-/// Whether `text` is well-formed where an XML document has character data. References stand in a
-/// description as they stand in the document.
-bool isCharacterData(const std::string& text) {
+/// The document has it as it stands, so that it must read the same.
+void refuseDirectory(const std::string& directory) {
     // What escaping would change is no text of a document of UTF-8; "\" is.
-    const std::string plain = without("\\", text);
-    if (escaped(plain, true) != plain) return false;
-    static const std::regex kReferences("&([A-Za-z]+|#[0-9]+|#x[0-9A-Fa-f]+);");
-    return std::regex_replace(text, kReferences, "").find_first_of("<>&") == std::string::npos;
-}
-
-[[noreturn]] void refuseText(const std::string& what, const std::string& text,
-                             const char* nextStep) {
-    throw Problem(Status::kFailed,
-                  what + " \"" + text + "\" cannot stand in an XML document (" + nextStep + ")");
+    const std::string plain = without("\\", directory);
+    if (escaped(plain, true) != plain || readText(directory) != directory)
+        throw Problem(Status::kFailed, "the directory \"" + directory +
+                                           "\" cannot stand in an XML document (choose another "
+                                           "with --dir)");
 }
 
 /// A terminal could act on what it does not show; a file or a pipe gets every byte.
@@ -64,21 +57,11 @@ void refuseUnshown(const std::string& document) {
                       "file: -o FILE)");
 }
 
-std::string chosenDocument(const Session& session, unsigned long serial,
-                           const ConfigOptions& options) {
-    const Choice choice = choose(loadDescription(session, serial), options.optics, options.range);
-    if (!isCharacterData(choice.text))
-        refuseText("the optics text", choice.text, "ask the vendor for another description");
-    dax::ConfigurationDocument document;
-    document.serial = serial;
-    document.formatsDir = dax::kDefaultFormatsDir;
-    document.calibrationDir = session.directory;
-    document.fovDeg = choice.fovDeg;
-    document.minTempC = choice.minTempC;
-    document.maxTempC = choice.maxTempC;
-    document.isChosen = true;
-    document.opticsText = choice.text;
-    return document.text();
+std::string documentOfChoice(const Session& session, unsigned long serial,
+                             const ConfigOptions& options) {
+    endWithoutXmlMemory();
+    return chosenDocument(loadDescription(session, serial),
+                          {serial, session.directory, options.optics, options.range});
 }
 
 std::string suggestingDocument(const Session& session, unsigned long serial) {
@@ -98,10 +81,9 @@ Status runConfig(Session& session, const ConfigOptions& options) {
             "--output: \"-\" is no file's name (leave the option out for standard output, "
             "or write ./-)");
     const unsigned long serial = chosenCamera(options.serial, "config");
-    if (!isCharacterData(session.directory))
-        refuseText("the directory", session.directory, "choose another with --dir");
+    refuseDirectory(session.directory);
     // The tool for the first document ends with one more line feed, and so do we.
-    const std::string document = (options.isChoice() ? chosenDocument(session, serial, options)
+    const std::string document = (options.isChoice() ? documentOfChoice(session, serial, options)
                                                      : suggestingDocument(session, serial)) +
                                  "\n";
     Output& output = session.output;

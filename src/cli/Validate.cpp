@@ -1,12 +1,6 @@
 // `thermika validate`: what is wrong with a configuration document after somebody edited it.
-#include <libxml/xmlmemory.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -20,6 +14,7 @@
 #include "cli/Escape.h"
 #include "cli/ValidateCamera.h"
 #include "cli/ValidateDocument.h"
+#include "cli/XmlMemory.h"
 
 namespace thermika::cli {
 
@@ -29,23 +24,6 @@ struct ValidateArguments {
     std::string file;
     std::string serialText;
 };
-
-/// Ends the process when it is null.
-void* ensured(void* memory) {
-    if (memory != nullptr) return memory;
-    Output::complainOfMemory();
-    _exit(static_cast<int>(Status::kFailed));
-}
-
-// NOLINTBEGIN(cppcoreguidelines-no-malloc): libxml2 calls these in place of the C library's.
-void* allocate(std::size_t size) { return ensured(std::malloc(size)); }
-
-void* reallocate(void* memory, std::size_t size) {
-    return ensured(std::realloc(memory, std::max<std::size_t>(size, 1)));
-}
-
-char* duplicate(const char* text) { return static_cast<char*>(ensured(strdup(text))); }
-// NOLINTEND(cppcoreguidelines-no-malloc)
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -95,8 +73,7 @@ Json document(const std::string& file, const DocumentFindings& result) {
 }
 
 Status runValidate(Session& session, const ValidateArguments& arguments) {
-    // libxml2 goes on without the memory that it did not get: it judges half a document or crashes.
-    xmlMemSetup(std::free, allocate, reallocate, duplicate);
+    endWithoutXmlMemory();
     if (!arguments.serialText.empty()) chosenCamera(arguments.serialText, "validate");
     DocumentFindings result = checkDocument(readDocument(arguments.file));
     if (result.findings.empty())

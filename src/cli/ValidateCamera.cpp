@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "cli/CharacterData.h"
 #include "cli/ValidateMarkup.h"
 
 namespace thermika::cli {
@@ -14,6 +15,16 @@ namespace thermika::cli {
 namespace {
 
 using OpticsList = std::vector<dax::OpticsEntry>;
+
+/// As a document's reader has it. A description may hold what can stand in no document.
+std::string textOf(const dax::OpticsEntry& entry) {
+    return readText(entry.text).value_or(entry.text);
+}
+
+/// As it has to stand in a document.
+std::string writtenTextOf(const dax::OpticsEntry& entry) {
+    return readText(entry.text) ? entry.text : writtenText(entry.text);
+}
 
 /// "a, b or c"; each once.
 std::string oneOf(const std::vector<std::string>& all) {
@@ -41,7 +52,7 @@ std::string fieldsOfView(const OpticsList& optics) {
 std::string texts(const OpticsList& optics) {
     std::vector<std::string> words;
     for (const dax::OpticsEntry& entry : optics)
-        if (!entry.text.empty()) words.push_back(inQuotes(entry.text));
+        if (!entry.text.empty()) words.push_back(inQuotes(writtenTextOf(entry)));
     return oneOf(words);
 }
 
@@ -97,7 +108,7 @@ std::vector<Finding> checkChoice(const ImagerSettings& settings,
                                  const std::vector<dax::OpticsEntry>& optics) {
     if (!settings.fovDeg) return checkWithoutFieldOfView(settings, optics);
     const DocumentNumber fov = *settings.fovDeg;
-    const std::string degrees = std::to_string(fov.value) + " degrees";
+    std::string degrees = std::to_string(fov.value) + " degrees";
 
     OpticsList chosen =
         only(optics, [fov](const dax::OpticsEntry& entry) { return entry.fov == fov.value; });
@@ -107,11 +118,18 @@ std::vector<Finding> checkChoice(const ImagerSettings& settings,
     if (hasText(settings)) {
         const DocumentText& text = *settings.opticsText;
         const OpticsList named = only(
-            chosen, [&text](const dax::OpticsEntry& entry) { return entry.text == text.value; });
+            chosen, [&text](const dax::OpticsEntry& entry) { return textOf(entry) == text.value; });
         if (named.empty())
-            return {{text.line, "no optics of " + degrees + " has the text " + inQuotes(text.value),
-                     advice(texts(chosen), "leave it empty")}};
+            return {
+                {text.line,
+                 "no optics of " + degrees + " has the text " + inQuotes(writtenText(text.value)),
+                 advice(texts(chosen), "leave it empty")}};
         chosen = named;
+    } else {
+        const OpticsList plain =
+            only(chosen, [](const dax::OpticsEntry& entry) { return entry.text.empty(); });
+        if (!plain.empty() && plain.size() < chosen.size()) degrees += " without a text";
+        if (!plain.empty()) chosen = plain;
     }
     if (!hasLimits(settings))
         return {{fov.line, "a field of view stands without limits",

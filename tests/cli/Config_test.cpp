@@ -2,7 +2,9 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -107,12 +109,92 @@ TEST_F(ConfigChoice, needsTheDescription) {
 }
 
 TEST_F(ConfigChoice, isRefusedWhereItsTextIsNoXml) {
-    for (const char* const text : {"a&b", "a\x01", "a\xE9"}) {
+    std::string letters;  // of one line the reader takes no more than 4095
+    for (int line = 0; line < 40; ++line) letters += '\n' + std::string(1000, 'a');
+    for (const std::string& text :
+         {std::string("a&b"), std::string("a\x01"), std::string("a\xE9"), '&' + letters,
+          '&' + letters + ';', letters, std::string("a&nbsp;b"), std::string("a&#1;b")}) {
         thermika_test::writeDescription(
             m_folder, 14080045, opticsList(opticsElement(33, text, rangeElement("0", "9"))));
         const RunResult result = config({"--optics", "33"});
         EXPECT_EQ(result.status, 3) << result;
         EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find("ask the vendor"), std::string::npos) << result;
+        EXPECT_LT(result.err.size(), 500U);
+        EXPECT_EQ(config({}).status, 0);
+    }
+}
+
+TEST_F(ConfigChoice, isRefusedWhereItIsOutsideTheSchema) {
+    thermika_test::writeDescription(m_folder, 14080045,
+                                    opticsList(opticsElement(361, "", rangeElement("0", "9"))));
+    const std::string file = m_folder / "camera.xml";
+    EXPECT_EQ(config({"--optics", "361", "-o", file}),
+              (RunResult{"",
+                         "thermika: the choice makes no right document: <fov> holds \"361\"; give "
+                         "a whole number of degrees from 1 to 360: the field of view of one of the "
+                         "camera's optics (choose another optics or range, or ask the vendor for "
+                         "another description)\n",
+                         3}));
+    EXPECT_FALSE(fs::exists(file));
+    const RunResult suggestion = config({});
+    EXPECT_EQ(suggestion.status, 0);
+    EXPECT_NE(suggestion.out.find("<fov>361</fov>"), std::string::npos);
+}
+
+/// The lines that `thermika completion` answers with.
+std::vector<std::string> words(const std::string& directory, std::vector<std::string> more) {
+    more.insert(more.begin(), {"--dir", directory, "completion"});
+    std::istringstream lines(runCompanion(more).out);
+    std::vector<std::string> all;
+    for (std::string line; std::getline(lines, line);) all.push_back(line);
+    return all;
+}
+
+/// What `thermika validate` says of what `thermika config` prints for the choice.
+RunResult validated(const std::string& directory, const std::string& serial,
+                    const std::vector<std::string>& choice) {
+    const TempDir folder;
+    const std::string file = folder / "camera.xml";
+    std::vector<std::string> line = {"--dir", directory, "-q", "config", serial, "-o", file};
+    line.insert(line.end(), choice.begin(), choice.end());
+    const RunResult printed = runCompanion(line);
+    if (printed.status != 0) return printed;
+    return runCompanion({"--dir", directory, "-q", "validate", file, serial});
+}
+
+const RunResult kRight{"", "", 0};
+
+TEST(Config, isRightForEveryTextThatADocumentMayHave) {
+    const TempDir folder;
+    for (const std::string& text :
+         {std::string("T&amp;1"), std::string("A&#38;B"), std::string("&lt;&gt;&quot;&apos;"),
+          std::string("a]]&gt;b"), std::string("a > b, c"), std::string("&amp;amp;"),
+          std::string("33\u00b0"), std::string("&#xB0;&#x2028;&#x10FFFF;"),
+          std::string("a\u00ad\u202eb"), std::string("a\tb&#13;&#10;&#9;"), std::string("&#32;"),
+          std::string(200, 'T')}) {
+        thermika_test::writeDescription(
+            folder, 14080045,
+            opticsList(opticsElement(33, "", rangeElement("-20", "100")) +
+                       opticsElement(33, "other", rangeElement("-20", "100")) +
+                       opticsElement(33, text, rangeElement("0", "250.5"))));
+        EXPECT_EQ(validated(folder.path(), "14080045", {"--optics", "33," + text}), kRight) << text;
+        EXPECT_EQ(validated(folder.path(), "14080045", {"--optics", "33"}), kRight);
+    }
+}
+
+TEST(Config, isRightForEveryChoiceOfTheSamples) {
+    for (const char* const serial : {"14080045", "14080046"}) {
+        int choices = 0;
+        for (const std::string& optics : words(THERMIKA_EXAMPLES, {"optics", serial})) {
+            EXPECT_EQ(validated(THERMIKA_EXAMPLES, serial, {"--optics", optics}), kRight) << optics;
+            for (const std::string& range : words(THERMIKA_EXAMPLES, {"ranges", serial, optics})) {
+                const std::vector<std::string> choice = {"--optics", optics, "--range", range};
+                EXPECT_EQ(validated(THERMIKA_EXAMPLES, serial, choice), kRight) << optics << range;
+                ++choices;
+            }
+        }
+        EXPECT_GT(choices, 0) << serial;
     }
 }
 
@@ -170,6 +252,10 @@ TEST(Config, refusesADirectoryThatIsNoXml) {
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.err, "thermika: the directory \"" + (folder / "a<b") +
                               "\" cannot stand in an XML document (choose another with --dir)\n");
+    // The last but one is another directory to the document's reader.
+    for (const char* const name : {"a&b", "a]]>b", "a\x01", "a\xE9", "a&amp;b", "a\nb"})
+        EXPECT_EQ(runCompanion({"config", "14080045", "--dir", folder / name}).status, 3) << name;
+    EXPECT_EQ(runCompanion({"config", "14080045", "--dir", folder / "a\\ >b"}).status, 0);
 }
 
 }  // namespace

@@ -64,7 +64,39 @@ TEST(ValidateCamera, acceptsEveryCombinationOfTheDescription) {
     EXPECT_EQ(findings("<fov>53</fov><optics_text>HT</optics_text>" + limits(150, 900)), "");
 }
 
-TEST(ValidateCamera, takesAnEmptyTextForEveryOpticsOfTheFieldOfView) {
+// As `thermika config --optics FOV` does.
+TEST(ValidateCamera, takesAnEmptyTextForTheOpticsWithoutOne) {
+    const std::vector<dax::OpticsEntry> optics = {
+        {33, {{0, 250}}, "T"}, {33, {{-20, 100}}, ""}, {53, {{0, 250}}, "T"}};
+    EXPECT_EQ(findings("<fov>33</fov>" + limits(-20, 100), optics), "");
+    EXPECT_EQ(findings("<fov>33</fov><optics_text>T</optics_text>" + limits(0, 250), optics), "");
+    for (const char* const text : {"", "<optics_text/>"})
+        EXPECT_EQ(
+            findings("<fov>33</fov>" + std::string(text) + limits(0, 250), optics),
+            "3: the optics of 33 degrees without a text was not calibrated for 0 to 250; give "
+            "-20 to 100");
+    EXPECT_EQ(findings("<fov>33</fov>", optics),
+              "2: a field of view stands without limits; give -20 to 100 as <temperature> as well");
+}
+
+TEST(ValidateCamera, comparesTextsAsADocumentsReaderHasThem) {
+    const auto findingsFor = [](const std::string& written, const std::string& described) {
+        return findings(
+            "<fov>33</fov><optics_text>" + written + "</optics_text>" + limits(-20, 100),
+            {{33, {{-20, 100}}, described}});
+    };
+    EXPECT_EQ(findingsFor("A&amp;B", "A&amp;B"), "");
+    EXPECT_EQ(findingsFor("A&#38;B", "A&amp;B"), "");
+    EXPECT_EQ(findingsFor("33\u00b0", "33&#xB0;"), "");
+    EXPECT_EQ(findingsFor("A&amp;amp;B", "A&amp;B"),
+              "2: no optics of 33 degrees has the text \"A&amp;amp;B\"; give \"A&amp;B\"");
+    // What can stand in no document is meant as it stands.
+    EXPECT_EQ(findingsFor("A&amp;B", "A&B"), "");
+    EXPECT_EQ(findingsFor("AB", "A&B"),
+              "2: no optics of 33 degrees has the text \"AB\"; give \"A&amp;B\"");
+}
+
+TEST(ValidateCamera, takesAnEmptyTextForAnyOpticsWhereEachHasOne) {
     EXPECT_EQ(findings("<fov>53</fov><optics_text/>" + limits(150, 900)), "");
     EXPECT_EQ(findings("<fov>53</fov>" + limits(-20, 100)), "");
 }
