@@ -48,7 +48,8 @@ void SpareSockets::connect(const std::string& ip, int port) {
     for (std::size_t i = 0; i < count; ++i) {
         Descriptor spare(socket(found->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
         if (!spare.isOpen()) return;
-        ::connect(spare.get(), found->ai_addr, found->ai_addrlen);  // take() sees what came of it
+        // take() sees what came of it.
+        static_cast<void>(::connect(spare.get(), found->ai_addr, found->ai_addrlen));
         m_sockets.push_back(std::move(spare));
     }
 }

@@ -148,6 +148,7 @@ TEST(HttpQueueItems, areNotBegunOnceTheCallIsCancelled) {
         client.onEnd = [&cancel] { cancel = true; };
         serve(client, oneAtATime(), &cancel);
         EXPECT_EQ(client.verdicts, (Verdicts{Verdict::kMissing, std::nullopt}));
+        EXPECT_EQ(client.begun, 1U);
         EXPECT_EQ(FetchSandbox::requests(), Texts{"/a"});
     });
 }
