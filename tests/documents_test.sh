@@ -49,21 +49,16 @@ sed -n '/^| promise/,/^$/p' SECURITY.md | cut -d'|' -f3 | grep -o '`[^`]*`' | tr
 [ ! -s "$work/lost" ] || fail "SECURITY.md names test suites that are not there: $(cat "$work/lost")"
 
 [ "$(wc -l <README.md)" -le 100 ] || fail 'README.md has more than 100 lines'
-# Each command, and where it is tried.
+# Each command is tried: tools/bare takes those that it runs from README, the demonstration runs the
+# companion's, and a clone is what all of it begins with.
 commands=$(sed -n 's/^    \$ //p' README.md)
 [ -n "$commands" ] || fail 'README.md shows no command'
+tools/bare --commands >"$work/tried"
 echo "$commands" | while read -r command; do
     case $command in
-    'sudo apt install ./thermika_*.deb ./libthermika0_*.deb')
-        grep -q 'apt-get .*install.* \./thermika_\*\.deb \./libthermika0_\*\.deb' tools/bare ;;
-    'sudo thermika '* | 'thermika '*) grep -qFx "show ${command#*thermika }" examples/demo.sh ||
-        grep -qFx "    show ${command#*thermika }" examples/demo.sh ;;
+    'sudo thermika '* | 'thermika '*) grep -qE "^ *show ${command#*thermika }$" examples/demo.sh ;;
     'git clone ADDRESS thermika && cd thermika') grep -q 'git .*clone --quiet' tools/bare ;;
-    './dev demo' | './dev test') grep -q 'for verb in demo test' tools/bare ;;
-    './dev run -d 14080045 >camera.xml') grep -q '^step run -d14080045' .ci/run ;;
-    './dev cli --help') grep -q "for verb in .*'cli --help'" tools/bare ;;
-    'cmake --'*) grep -rq -- '--install' tests/consumer ;;
-    *) false ;;
+    *) grep -qFx -e "$command" "$work/tried" ;;
     esac || echo "$command"
 done >"$work/untried"
 [ ! -s "$work/untried" ] || fail "README.md shows commands that nothing tries: $(cat "$work/untried")"
