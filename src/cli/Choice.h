@@ -31,8 +31,8 @@ struct Choice {
 
 /// The combination, of a description with at least one optics, that was typed ("": the first one
 /// there is). Text and bounds are compared exactly; bounds without their fraction will do where no
-/// exact ones are there. A Problem, which names what there is, when there is no such combination,
-/// or more than one optics of that field of view and no text.
+/// exact ones are there. Without a text, the optics that has none is meant, or the only one. A
+/// Problem, which names what there is, when there is no such combination, or more than one.
 Choice choose(ConfigCali& cali, const std::string& optics, const std::string& range);
 
 /// Each optics as parseOptics() takes it, once; each range of an optics as parseRange() takes it.

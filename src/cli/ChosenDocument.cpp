@@ -1,4 +1,4 @@
-// The document is judged as a user's own would be: whoever wrote the description is trusted no more.
+// The document is judged as a user's own would be: a description is trusted no more than a user.
 #include "cli/ChosenDocument.h"
 
 #include "cli/CharacterData.h"

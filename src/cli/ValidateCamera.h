@@ -14,8 +14,8 @@ namespace thermika::cli {
 bool choosesOptics(const ImagerSettings& settings);
 
 /// `optics` as IRCalibrationManager::getAvailableOptics() lists them: limits without fractions, as
-/// the document has them, and texts as the description has them. A document without a text, or with
-/// an empty one, means the optics of its field of view that has none, or any where each has one; one
+/// the document has them, and texts as the description has them. A document with an empty text, or
+/// with none, means the optics of its field of view that has none, or any where each has one. One
 /// that chooses nothing has no findings.
 std::vector<Finding> checkChoice(const ImagerSettings& settings,
                                  const std::vector<dax::OpticsEntry>& optics);
