@@ -51,6 +51,6 @@ answers ./yours
         "$project/README.md"
 } >CMakeLists.txt
 grep -q thermika::fetch CMakeLists.txt
-cmake -B build
+cmake -G Ninja -B build
 cmake --build build
 answers build/yours
