@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
-"""The companion's part of tools/faults: fetching from a server and from a folder, looking at optics
-and files, writing a document and checking one, a completion script, with one system call failing in
-whichever thread makes it.
+"""The companion's part of tools/faults: every command, with one system call failing in whichever
+thread makes it.
 
 Whatever fails, the companion answers 0 and has done all, or 3 with a message; checks may also answer
 1 when they name what could not be read. Files in the directory are whole old or whole new ones, and
@@ -13,7 +12,8 @@ import pathlib
 import shutil
 import subprocess
 
-from injection import CALI, FILES, SERIAL, SHARE, WORLD, Program, Tally, empty, serve
+from injection import (CALI, FILES, SERIAL, SHARE, WORLD, Program, Tally, empty, lay_out_bus,
+                       serve)
 
 MEDIUM = WORLD / "medium"
 DOCUMENT = WORLD / "document.xml"
@@ -24,8 +24,8 @@ SURVIVED = ("close:", "munmap:")
 INTERRUPTED = ("read:error=EINTR:", "write:error=EINTR:", "fsync:error=EINTR:", "poll:error=EINTR:",
                "recvfrom:error=EINTR:")
 # Half of what is offered today; with fewer, something is no longer tried.
-LEAST_FAULTS = 700
-THIN = 3  # on two cores a minute
+LEAST_FAULTS = 3000
+THIN = 6  # on two cores a minute
 
 
 def is_part(path):
@@ -35,12 +35,15 @@ def is_part(path):
 class Command:
     """One command line, the files before it, and what has to be there in the end."""
 
-    def __init__(self, path, name, arguments, before, after, may_say_no=False, doubt=None):
+    def __init__(self, path, name, arguments, before, after, may_say_no=False, doubt=None,
+                 tells_times=False, answers_by_status=False):
         self.name, self.before, self.after = name, before, after
         self.may_say_no, self.instead = may_say_no, {}  # files that may come instead, by path
         self.doubt = doubt  # the word of an answer about what could not be read
-        self.program = Program(path, ["--quiet", "--dir", str(CALI), *arguments],
-                               begins="rt_sigaction(SIGPIPE", threads=True)
+        self.tells_times = tells_times  # and the like, which differ from run to run
+        options = ["--dir", str(CALI)] + ([] if answers_by_status else ["--quiet"])
+        self.program = Program(path, [*options, *arguments], begins="rt_sigaction(SIGPIPE",
+                               threads=True)
 
     def files(self):
         places = [*CALI.iterdir(), *([DOCUMENT] if DOCUMENT.exists() else []),
@@ -84,7 +87,8 @@ class Command:
         if any(path not in files for path in self.before):
             return "!an old file is gone"
         if status == 0:
-            if files in (self.after, {**self.after, **self.instead}) and output == self.output:
+            is_whole = output == self.output or (self.tells_times and output)
+            if files in (self.after, {**self.after, **self.instead}) and is_whole:
                 return "all of it and status 0"
             if self.doubt and self.doubt in output:
                 return "status 0 and a word about what could not be read"
@@ -98,16 +102,22 @@ class Command:
         return f"!status {status}: {log or output}"
 
 
-def commands(path):
+def commands(path, host):
     new = {str(CALI / name): text for name, text in FILES.items()}
     description = {str(CALI / f"Cali-{SERIAL}.xml"): FILES[f"Cali-{SERIAL}.xml"]}
     old = {name: text if name in description else OLD_DATA for name, text in new.items()}
     fetch = ["fetch", SERIAL, "--jobs", "1", "--retries", "0", "--timeout", "2"]
     config = ["config", SERIAL, "-o", str(DOCUMENT), "--force"]
     yield Command(path, "fetch --all from a server", [*fetch, "--all"], old, new)
+    yield Command(path, "fetch from a mirror", [*fetch, "--from", f"http://{host}/"], {}, new)
     yield Command(path, "fetch from a folder", [*fetch, "--from", str(MEDIUM)], {}, new)
     yield Command(path, "files", ["files", SERIAL], new, new, may_say_no=True)
     yield Command(path, "optics", ["optics", SERIAL], new, new, may_say_no=True, doubt="missing")
+    yield Command(path, "cameras", ["cameras", "--serials"], {}, {}, may_say_no=True,
+                  answers_by_status=True)
+    yield Command(path, "online", ["online"], {}, {}, may_say_no=True, tells_times=True,
+                  answers_by_status=True)
+    yield Command(path, "doctor", ["doctor"], new, new, may_say_no=True, tells_times=True)
     yield Command(path, "completion", ["completion", "bash"], {}, {})
     # Without a description the document has defaults; such a one may also come when it cannot be read.
     plain = Command(path, "config", config, {str(DOCUMENT): "old"}, None)
@@ -123,6 +133,7 @@ def commands(path):
 
 def judge_companion(path, host, thin):
     empty(SHARE)
+    lay_out_bus(with_camera=True)
     CALI.mkdir(parents=True)
     MEDIUM.mkdir()
     for name, text in FILES.items():
@@ -130,7 +141,7 @@ def judge_companion(path, host, thin):
     tally = Tally("the companion", thin * THIN, LEAST_FAULTS)
     server = serve(host)
     try:
-        for command in commands(path):
+        for command in commands(path, host):
             command.settle()
             for fault in command.program.faults():
                 if tally.is_wanted():

@@ -82,6 +82,7 @@ ERRORS = {
     "setsockopt": "ENOPROTOOPT",
     "socket": "EMFILE ENFILE ENOBUFS EACCES",
     "socketpair": "EMFILE",
+    "statfs": "EIO ENOSYS",
     "statx": "EIO ENOMEM EACCES ENOENT",
     "sysinfo": "EFAULT",
     "unlinkat": "EIO EACCES EROFS ENOENT",
@@ -125,6 +126,23 @@ def empty(directory):
             shutil.rmtree(entry)
         else:
             entry.unlink()
+
+
+def lay_out_bus(with_camera):
+    """Over /sys, which is ours."""
+    empty("/sys")
+    devices = pathlib.Path("/sys/bus/usb/devices")
+    devices.mkdir(parents=True)
+    hub = {"idVendor": "1d6b", "idProduct": "0002", "serial": "0000:00:14.0"}
+    entries = {"usb1": hub, "1-0:1.0": {}, "1-1": {"idVendor": "046d", "idProduct": "c31c"}}
+    if with_camera:
+        entries["1-2"] = {"idVendor": "0403", "idProduct": "de37", "serial": SERIAL}
+    for name, attributes in entries.items():
+        target = pathlib.Path("/sys/devices") / name
+        target.mkdir(parents=True)
+        (devices / name).symlink_to(f"../../../devices/{name}")
+        for attribute, value in attributes.items():
+            (target / attribute).write_text(value + "\n")
 
 
 class Program:

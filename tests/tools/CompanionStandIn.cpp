@@ -57,13 +57,15 @@ int main(int argc, char** argv) {
     g_weakness = path.substr(path.rfind('-') + 1);
     // The call that tells tools/faults where the companion begins.
     if (g_weakness != "unmarked") std::signal(SIGPIPE, SIG_IGN);
-    if (argc < 6) return 2;
-    const std::string folder = argv[3];
-    const std::string_view command = argv[4];
+    if (argc < 4) return 2;
+    const std::string folder = argv[2];
+    const bool isQuiet = std::string_view(argv[3]) == "--quiet";
+    char** const rest = argv + (isQuiet ? 4 : 3);
+    const std::string_view command = rest[0];
     bool isDone = true;
     if (command == "fetch") isDone = bringAll("/usr/share/faults/medium", folder);
     if (command == "config") {
-        const std::string document = argv[7];
+        const std::string document = rest[3];
         isDone =
             install(document, document.substr(0, document.rfind('/')) + "/.thermika-new-1.part",
                     "document");
