@@ -224,6 +224,11 @@ bool HttpTransfer::beginBody() {
         m_refusal = "it is sent encoded (" + transferEncoding + "), which was not asked for";
         return false;
     }
+    const std::string lengths = header("Content-Length");
+    if (lengths.find(',') != std::string::npos) {
+        m_refusal = "the server gives several lengths (" + lengths + ")";
+        return false;
+    }
     if (transferEncoding.empty() && length < 0) {
         m_refusal = "the server does not say how long it is";
         return false;
@@ -234,10 +239,12 @@ bool HttpTransfer::beginBody() {
 
 std::string HttpTransfer::header(const char* name) const {
     constexpr int kLastAnswer = -1;
+    std::string values;
     curl_header* found = nullptr;
-    if (curl_easy_header(handle(), name, 0, CURLH_HEADER, kLastAnswer, &found) != CURLHE_OK)
-        return "";
-    return found->value;
+    for (std::size_t i = 0;
+         curl_easy_header(handle(), name, i, CURLH_HEADER, kLastAnswer, &found) == CURLHE_OK; ++i)
+        values.append(i == 0 ? "" : ", ").append(found->value);
+    return values;
 }
 
 Answer HttpTransfer::finish(CURLcode result) {

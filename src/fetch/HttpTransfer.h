@@ -83,6 +83,7 @@ private:
     long status() const;
     bool take(std::string_view bytes);
     bool beginBody();
+    /// All values of it, ", " between; "" without one.
     std::string header(const char* name) const;
     bool isRedirected() const;
     Answer judge(CURLcode result) const;

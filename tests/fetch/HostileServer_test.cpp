@@ -4,6 +4,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -305,6 +306,22 @@ TEST(HostileServer, gzipBombIsNotTaken) {
             HostileWorld::expectOneOf(
                 {"it is sent encoded (gzip), which was not asked for",
                  "the transfer failed: Unsolicited Transfer-Encoding (gzip) found"});
+        });
+}
+
+// Only the first of each was looked at.
+TEST(HostileServer, headersThatComeTwiceAreLookedAtTwice) {
+    const std::pair<const char*, const char*> answers[] = {
+        {"Content-Length: 100000|Content-Encoding: identity|Content-Encoding: gzip",
+         "it is sent encoded (identity, gzip), which was not asked for"},
+        {"Transfer-Encoding: chunked|Transfer-Encoding: gzip",
+         "it is sent encoded (chunked, gzip), which was not asked for"},
+        {"Content-Length: 100003|Content-Length: 100000",
+         "the server gives several lengths (100003, 100000)"}};
+    for (const auto& answer : answers)
+        inSandbox([&answer] {
+            const HostileWorld world("says", answer.first);
+            HostileWorld::expect(answer.second);
         });
 }
 

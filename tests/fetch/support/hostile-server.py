@@ -217,6 +217,13 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.wfile.write(self.body(path))
         self.hang_up()
 
+    def says(self, path, argument):  # those headers, with "|" between, and the file
+        self.head(200, *(line.split(": ") for line in argument.split("|")))
+        body = self.body(path)
+        if "chunked" in argument:
+            body = b"%x\r\n%s\r\n0\r\n\r\n" % (len(body), body)
+        self.wfile.write(body)
+
     def gzip_bomb(self, path, argument):  # a hundred million bytes in a hundred thousand
         bomb = gzip.compress(bytes(100000000), 1)
         self.head(200, (argument, "gzip"), ("Content-Length", len(bomb)))
