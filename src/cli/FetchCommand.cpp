@@ -1,7 +1,5 @@
 // `thermika fetch`: brings the calibration directory up to date. The description comes first, as it
 // says what else is needed.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -92,10 +90,6 @@ std::string countText(std::size_t count, const char* what) {
     return std::to_string(count) + (count == 1 ? " file " : " files ") + what;
 }
 
-bool isWritableDirectory(const std::string& path) {
-    return access((path + "/").c_str(), W_OK | X_OK) == 0;
-}
-
 /// The first thing to find out when a source gives nothing; ends in "; ", or "" for a folder.
 std::string questionFor(const FetchOptions& options) {
     if (std::holds_alternative<fetch::Folder>(sourceFrom(options.from))) return "";
@@ -169,11 +163,9 @@ private:
     }
 
     Result resultOf(fetch::Report report) const {
+        const bool isLocal = report.isLocal;
         Result result{std::move(report.problem), "", m_isWholeSet, std::move(report.files)};
-        // The directory is opened before any source is asked, and written to the disk at the end.
-        const bool isSources = m_options.isDryRun || (!result.isEveryFileThere() &&
-                                                      isWritableDirectory(m_session.directory));
-        result.nextStep = isSources ? questionFor(m_options) : "another directory: --dir DIR; ";
+        result.nextStep = isLocal ? "another directory: --dir DIR; " : questionFor(m_options);
         result.nextStep += kOtherSource;
         const auto untried = std::find_if(result.files.begin(), result.files.end(), isUntried);
         const bool isCutShort = result.problem.empty() && untried != result.files.end();
@@ -244,13 +236,16 @@ std::string nextSteps(const FetchOptions& options, const Result& result) {
     const bool isServer = !std::holds_alternative<fetch::Folder>(sourceFrom(options.from));
     constexpr long kGood = 200;
     bool isUnanswered = false;
-    bool isUnusable = false;  // too large, or there is no room
+    bool isUnusable = false;
     for (const fetch::FileReport& file : result.files)
-        if (file.outcome == fetch::Outcome::kFailed)
-            (isServer && file.httpStatus != kGood ? isUnanswered : isUnusable) = true;
+        if (file.outcome == fetch::Outcome::kFailed) {
+            isUnusable = isUnusable || file.isLocal;
+            isUnanswered = isUnanswered || (isServer && !file.isLocal && file.httpStatus != kGood);
+        }
     std::string steps;
     if (isUnanswered) steps += questionFor(options);
-    if (isUnusable) steps += "higher limits: --max-size, --max-total; more room: --dir DIR; ";
+    if (isUnusable)
+        steps += "higher limits: --max-size, --max-total; another directory: --dir DIR; ";
     return steps + kOtherSource;
 }
 

@@ -115,6 +115,7 @@ bool Call::begin(bool replacePresent) {
     if (m_isPlan || m_isWritable) return true;
     setProblem(m_destination.openForWriting());
     m_isWritable = !hasProblem();
+    m_report.isLocal = hasProblem();
     return m_isWritable;
 }
 
@@ -157,7 +158,10 @@ Report Call::finish() {
     const std::string reason = hasProblem() ? m_report.problem : m_stop.reason();
     for (FileReport* const file : wanted()) file->reason = reason;
     const std::string lost = m_hasInstalled ? m_destination.sync() : "";
-    if (!lost.empty()) setProblem(lost);
+    if (!lost.empty()) {
+        setProblem(lost);
+        m_report.isLocal = true;
+    }
     return std::move(m_report);
 }
 

@@ -114,6 +114,7 @@ void Destination::removeLeftovers() const {
 
 std::string Destination::sync() const {
     if (retrying([&] { return fsync(get()); }) == 0) return "";
+    if (errno == EINVAL || errno == ENOTSUP) return "";  // some file systems write none so
     return "cannot write the directory " + m_path + " to the disk: " + errorText(errno);
 }
 

@@ -1,6 +1,5 @@
-// Fetching a camera's calibration files safely: from the vendor's server, a mirror of it or a
-// folder. No byte that a source supplies reaches a shell, leaves the destination directory or is
-// installed half. Does not decide which files a camera needs, and prints nothing.
+// Fetches a camera's calibration files safely from the vendor's server, a mirror or a folder. No byte
+// of a source reaches a shell, leaves the destination or is installed half. Prints nothing.
 #pragma once
 
 #include <atomic>
@@ -70,6 +69,7 @@ struct FileReport {
     long httpStatus = 0;      ///< the last answer's; 0 without one
     std::uint64_t bytes = 0;  ///< of the file; 0 when it is not there
     unsigned tries = 0;       ///< transfers begun
+    bool isLocal = false;     ///< the reason lies in a limit or the destination, not in the source
 };
 
 /// How far a call is.
@@ -101,20 +101,21 @@ struct Request {
     const std::atomic<bool>* cancel = nullptr;
 };
 
-/// What became of a request. Names beyond Limits::files share one refused entry that counts them.
+/// Names beyond Limits::files share one refused entry that counts them.
 struct Report {
     std::string problem;            ///< why no file, or no more, could be tried; "" otherwise
+    bool isLocal = false;           ///< it lies in the destination, not in the source
     std::vector<FileReport> files;  ///< in the order of the request, then those that follow
     bool isComplete() const;        ///< no problem, and every file is fetched, present or planned
 };
 
 /// Brings the files into the directory, which is created with its parents (mode 0755) when absent.
-/// Each arrives in a file ".thermika-fetch-*.part" there, is checked, given mode 0644, written to
-/// the disk and renamed: its final name always means the whole old or new file. A link there is
-/// replaced. Part files of killed calls are removed. An answer counts when its status is 200 and it
-/// is not empty, as long as announced (a body that just ends with its connection is not) and not
-/// content-encoded. At most 5 redirects, to http and https. Certificates are verified. Tried again
-/// is what can pass: broken connections, time limits, statuses 408, 429 and 5xx.
+/// Each arrives in a file ".thermika-fetch-*.part" there, is checked, given mode 0644 where there
+/// are modes, written to the disk and renamed: its final name always means the whole old or new
+/// file. A link there is replaced. Part files of killed calls are removed. An answer counts when
+/// its status is 200 and it is not empty, as long as announced (a body that just ends with its
+/// connection is not) and not content-encoded. At most 5 redirects, to http and https. Certificates
+/// are verified. Broken connections, time limits, statuses 408, 429 and 5xx are tried again.
 ///
 /// Errors come back in the report; out of memory throws std::bad_alloc. May be called in any
 /// thread, by several at once, also for one directory; calls back in the calling thread.
@@ -127,8 +128,8 @@ struct Report {
 /// inherits no descriptor, but for two of libcurl's at a look-up.
 Report fetch(const Request& request);
 
-/// What fetch() would do, source and destination of each file. Nothing is created or changed on
-/// disk; of servers only the vendor's is asked, for its links document. Neither callback is called.
+/// What fetch() would do, source and destination of each file. Changes nothing on disk; of servers
+/// only the vendor's is asked, for its links document. Neither callback is called.
 Report plan(const Request& request);
 
 /// What one question found out.

@@ -48,7 +48,8 @@ private:
     /// False when nothing is left to look for.
     bool take(const FolderEntry& entry) {
         FileReport& file = *m_wanted.at(entry.name);
-        const std::string reason = copy(entry, file);
+        bool isLocal = false;
+        const std::string reason = copy(entry, file, isLocal);
         if (reason.empty()) {
             m_wanted.erase(entry.name);
             file.source = entry.path;
@@ -56,23 +57,25 @@ private:
         } else if (file.reason.empty() && !m_call.stop().isDue()) {  // the first one tells most
             file.source = entry.path;
             file.reason = reason;
+            file.isLocal = isLocal;
         }
         return !m_wanted.empty() && !m_call.stop().isDue();
     }
 
     /// Why it cannot be used; "" when it is installed, or could be in a plan.
-    std::string copy(const FolderEntry& entry, FileReport& report) {
+    std::string copy(const FolderEntry& entry, FileReport& report, bool& isLocal) {
         const RegularFile source = openRegularFile(entry.folder, entry.name);
         if (!source.file.isOpen()) return source.problem;
         const std::uint64_t announced = source.bytes;
         if (announced == 0) return "it is empty";
-        if (announced > m_call.limits().fileBytes)
+        isLocal = announced > m_call.limits().fileBytes;
+        if (isLocal)
             return "it is larger than " + std::to_string(m_call.limits().fileBytes) + " bytes";
         report.bytes = announced;
-        return m_call.isPlan() ? "" : install(source.file.get(), announced, report);
+        return m_call.isPlan() ? "" : install(source.file.get(), announced, report, isLocal);
     }
 
-    std::string install(int file, std::uint64_t announced, FileReport& report) {
+    std::string install(int file, std::uint64_t announced, FileReport& report, bool& isLocal) {
         PartFile part(m_call.destination(), m_call.allowance());
         ++report.tries;
         report.bytes = 0;
@@ -83,14 +86,16 @@ private:
             if (got < 0) return "cannot read it: " + errorText(errno);
             if (got == 0) break;
             const auto count = static_cast<std::size_t>(got);
-            if (!part.append({m_buffer, count})) return part.problem();
+            isLocal = !part.append({m_buffer, count});
+            if (isLocal) return part.problem();
             m_call.received(count);
             m_call.tick();
         }
         if (part.size() != announced)
             return "it has " + std::to_string(part.size()) + " bytes instead of " +
                    std::to_string(announced) + " (is somebody writing it?)";
-        if (!part.install(report.name)) return part.problem();
+        isLocal = !part.install(report.name);
+        if (isLocal) return part.problem();
         report.bytes = announced;
         return "";
     }

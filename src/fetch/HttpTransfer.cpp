@@ -138,6 +138,7 @@ void HttpTransfer::prepare(const std::string& address, std::uint64_t maxBytes, B
     m_isConnected = false;
     m_hasBegun = false;
     m_refusal.clear();
+    m_isRefusedByBody = false;
     m_thrown = nullptr;
 }
 
@@ -208,6 +209,7 @@ bool HttpTransfer::take(std::string_view bytes) {
     if (!std::exchange(m_hasBegun, true) && !beginBody()) return false;
     if (m_body->append(bytes)) return true;
     m_refusal = m_body->problem();
+    m_isRefusedByBody = true;
     return false;
 }
 
@@ -275,8 +277,10 @@ Answer HttpTransfer::judge(CURLcode result) const {
     const std::string error = m_errorText[0] != '\0' ? m_errorText : curl_easy_strerror(result);
     if (!m_refusal.empty()) {
         answer.reason = m_refusal;
+        answer.isLocal = m_isRefusedByBody;
     } else if (result == CURLE_FILESIZE_EXCEEDED) {
         answer.reason = "it is larger than " + std::to_string(m_maxBytes) + " bytes";
+        answer.isLocal = true;
     } else if (result == CURLE_TOO_MANY_REDIRECTS) {
         answer.reason = "it is redirected more than " + std::to_string(kMaxRedirects) + " times";
     } else if (result == CURLE_OUT_OF_MEMORY || result == kTooLarge) {

@@ -44,8 +44,9 @@ struct Answer {
         kUntrusted,    ///< no connection that may be used
     };
     Verdict verdict = Verdict::kBad;
-    std::string reason;  ///< "" when good
-    long status = 0;     ///< 0: none came
+    std::string reason;    ///< "" when good
+    long status = 0;       ///< 0: none came
+    bool isLocal = false;  ///< it is too large, or the body wanted no more
     std::chrono::microseconds connected{0};
     std::chrono::microseconds answered{0};
 };
@@ -100,6 +101,7 @@ private:
     bool m_isConnected = false;  ///< the request could be sent
     bool m_hasBegun = false;     ///< a body that may be used
     std::string m_refusal;       ///< why the answer is not taken; "" while it is
+    bool m_isRefusedByBody = false;
     std::exception_ptr m_thrown;
 };
 

@@ -59,8 +59,10 @@ void Installer::finish() {
 void Installer::endFirst() {
     Pending first = std::move(m_pending.front());
     m_pending.pop_front();
-    if (!first.isInstalled.get())
+    if (!first.isInstalled.get()) {
+        first.file->isLocal = first.part->size() > 0;  // an empty one is the source's
         return m_call.end(*first.file, Outcome::kFailed, first.part->problem());
+    }
     first.file->bytes = first.part->size();
     m_call.end(*first.file, Outcome::kFetched);
 }

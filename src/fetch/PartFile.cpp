@@ -18,6 +18,7 @@ namespace {
 constexpr int kMostNames = 100;  // somebody else would have to take as many of 2^64
 constexpr mode_t kUnfinishedMode = 0600;
 constexpr mode_t kFileMode = 0644;
+constexpr mode_t kReadableByAll = 0444;
 
 /// "", with errno, when there is no random number.
 std::string newPartName() {
@@ -61,6 +62,15 @@ bool PartFile::lock() const {
     return fstat(m_file.get(), &status) == 0 && status.st_nlink > 0;
 }
 
+bool PartFile::isForEveryUser() const {
+    // A FAT file system has no modes: all its files have that which it was mounted with.
+    const int error = errno;
+    struct stat status {};
+    if (error == EPERM) fstat(m_file.get(), &status);
+    errno = error;
+    return (status.st_mode & kReadableByAll) == kReadableByAll;
+}
+
 bool PartFile::append(std::string_view bytes) {
     if (bytes.size() > m_allowance.fileBytes - m_size)
         return fail("it is larger than " + std::to_string(m_allowance.fileBytes) + " bytes");
@@ -81,7 +91,8 @@ bool PartFile::append(std::string_view bytes) {
 
 bool PartFile::install(const std::string& name) {
     if (m_size == 0) return fail("it is empty");
-    if (fchmod(m_file.get(), kFileMode) != 0) return failWithError("change the mode");
+    if (fchmod(m_file.get(), kFileMode) != 0 && !isForEveryUser())
+        return failWithError("change the mode");
     if (retrying([&] { return fsync(m_file.get()); }) != 0)
         return failWithError("write to the disk");
     const int directory = m_directory.get();

@@ -43,6 +43,8 @@ private:
     bool fail(const std::string& what);
     bool failWithError(const std::string& doing);
     bool lock() const;
+    /// When its mode could not be changed; errno tells why.
+    bool isForEveryUser() const;
 
     const Destination& m_directory;
     Allowance& m_allowance;

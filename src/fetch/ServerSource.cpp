@@ -55,6 +55,7 @@ public:
         FileReport& file = *m_files[number];
         file.httpStatus = answer.status;
         file.tries = tries;
+        file.isLocal = answer.isLocal;
         if (answer.verdict == Answer::Verdict::kMissing)
             return m_call.end(file, Outcome::kMissing, answer.reason);
         if (answer.verdict != Answer::Verdict::kGood)

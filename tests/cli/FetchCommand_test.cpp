@@ -240,6 +240,35 @@ TEST_F(FetchFromFolder, saysThatTheDirectoryCannotBeWrittenAndHowToChooseAnother
     EXPECT_NE(result.err.find("another directory: --dir DIR"), std::string::npos) << result;
 }
 
+// Higher limits would not help, nor would asking a server.
+TEST_F(FetchFromFolder, advisesWhatHelpsAgainstTheReason) {
+    fs::create_directories(m_directory + "/" + kFirstData);
+    const RunResult taken = runCompanion(command({"-q"}));
+    EXPECT_NE(taken.err.find(kFirstData + ": cannot rename: "), std::string::npos) << taken;
+    EXPECT_NE(taken.err.find("; another directory: --dir DIR; another source: --from "),
+              std::string::npos)
+        << taken;
+    fs::remove(m_medium / "deep/er/" + kFirstData);
+    fs::create_symlink("/etc/passwd", m_medium / "deep/er/" + kFirstData);
+    const RunResult link = runCompanion(command({"-q"}));
+    EXPECT_NE(link.err.find(kFirstData + ": it is a link"), std::string::npos) << link;
+    EXPECT_NE(link.err.find(" (another source: --from URL or FOLDER)\n"), std::string::npos)
+        << link;
+}
+
+TEST(FetchCommand, advisesAnotherDirectoryWhereNoFileCanBeMade) {
+    thermika_test::inSandbox([] {
+        const thermika_test::DownloadSandbox sandbox;
+        thermika_test::mountOver(thermika_test::kCaliDir, "nr_inodes=1,mode=0755");
+        const RunResult result = runCompanion({"fetch", "14080045", "-q"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_NE(result.err.find("No space left on device (choose a directory that you may write "
+                                  "to) (another directory: --dir DIR; another source: "),
+                  std::string::npos)
+            << result;
+    });
+}
+
 TEST_F(FetchFromFolder, leavesNothingOnAFullDiskAndSaysSo) {
     thermika_test::inSandbox([this] {
         fs::create_directories(thermika_test::kCaliDir);

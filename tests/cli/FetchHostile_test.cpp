@@ -36,7 +36,7 @@ struct HostileWorld {
 
     static RunResult fetch(const Texts& more = {"--retries", "0"}) {
         Texts command = {"fetch",     "14080045", "--all",      "--quiet", "--jobs",     "1",
-                         "--timeout", "1",        "--max-size", "1000000", "--max-time", "60"};
+                         "--timeout", "5",        "--max-size", "1000000", "--max-time", "60"};
         command.insert(command.end(), more.begin(), more.end());
         return runCompanion(command);
     }
@@ -61,11 +61,11 @@ const Fault kFaults[] = {
     {"reset", "", {"the transfer failed: Recv failure: Connection reset by peer"}},
     {"stall",
      "",
-     {"the transfer failed: Operation too slow. Less than 1 bytes/sec transferred the last 1 "
+     {"the transfer failed: Operation too slow. Less than 1 bytes/sec transferred the last 5 "
       "seconds"}},
     {"announces_more",
      "",
-     {"the transfer failed: Operation too slow. Less than 1 bytes/sec transferred the last 1 "
+     {"the transfer failed: Operation too slow. Less than 1 bytes/sec transferred the last 5 "
       "seconds"}},
     {"announces_too_much", "", {"it is larger than 1000000 bytes"}},
     {"endless", "", {"it is larger than 1000000 bytes"}},

@@ -72,6 +72,31 @@ TEST_F(FailingDisk, atTheDirectoryIsTheProblemOfFilesThatAreThere) {
     EXPECT_FALSE(report.isComplete());
 }
 
+// As on file systems that write no directory by itself.
+TEST_F(FailingDisk, atADirectoryThatCannotBeWrittenByItselfIsNoProblem) {
+    for (const int error : {EINVAL, ENOTSUP}) {
+        beforeNext(SystemCall::kFsync, [error] { failNext(SystemCall::kFsync, error); });
+        Request again = request({"a.dat"});
+        again.replacePresent = true;
+        EXPECT_TRUE(thermika::fetch::fetch(again).isComplete()) << error;
+    }
+}
+
+// As FAT does, whose files have the mode that the file system was mounted with.
+TEST_F(FailingDisk, thatHasNoModesTakesFilesThatEveryUserCanRead) {
+    const auto mountedWith = [this](fs::perms mode) {
+        beforeNext(SystemCall::kFchmod, [this, mode] {
+            for (const auto& entry : fs::directory_iterator(destination))
+                fs::permissions(entry.path(), mode);
+        });
+        failNext(SystemCall::kFchmod, EPERM);
+    };
+    mountedWith(fs::perms(0700));
+    EXPECT_EQ(lines({"a.dat"}), "a.dat: failed, cannot change the mode: Operation not permitted\n");
+    mountedWith(fs::perms(0755));
+    EXPECT_EQ(lines({"a.dat"}), "a.dat: fetched\n");
+}
+
 TEST_F(FailingDisk, atAFileInstallsNothing) {
     failNext(SystemCall::kFsync, EIO);
     EXPECT_EQ(lines({"a.dat"}), "a.dat: failed, cannot write to the disk: Input/output error\n");
