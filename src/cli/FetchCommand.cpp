@@ -177,8 +177,8 @@ private:
             result.nextStep = "run it again to go on; more time: --max-time SECONDS";
         if (result.problem.empty() && (m_isTooLong || result.files.size() > m_options.maxFiles)) {
             const std::size_t most = m_isTooLong ? mostListed() : m_options.maxFiles;
-            result.problem =
-                "the description calls for more than " + std::to_string(most) + " files";
+            result.problem = "the description calls for more than " + std::to_string(most) +
+                             (most == 1 ? " file" : " files");
             result.nextStep = "take more: --max-files N";
         }
         return result;

@@ -19,7 +19,8 @@ bool isSerial(const std::string& text) {
 }
 
 std::string leftOutText(std::size_t most, std::size_t leftOut) {
-    std::string text = "more than " + std::to_string(most) + " files are asked for";
+    std::string text = "more than " + std::to_string(most) +
+                       (most == 1 ? " file is asked for" : " files are asked for");
     if (leftOut > 1) {
         const std::size_t others = leftOut - 1;
         text += ", so this one and " + std::to_string(others) +

@@ -116,7 +116,6 @@ struct Report {
 /// its status is 200 and it is not empty, as long as announced (a body that just ends with its
 /// connection is not) and not content-encoded. At most 5 redirects, to http and https. Certificates
 /// are verified. Broken connections, time limits, statuses 408, 429 and 5xx are tried again.
-///
 /// Errors come back in the report; out of memory throws std::bad_alloc. May be called in any
 /// thread, by several at once, also for one directory; calls back in the calling thread.
 /// Process: libcurl is initialised once and stays; SIGPIPE is held back in the calling thread

@@ -199,6 +199,10 @@ TEST_F(FetchFromFolder, takesNoMoreBytesAndFilesThanToldTo) {
         std::string::npos)
         << few;
     fs::remove_all(m_home / "new");
+    const RunResult one = runCompanion(command({"-q", "--max-files", "1"}));
+    EXPECT_NE(one.err.find("the description calls for more than 1 file ("), std::string::npos)
+        << one;
+    fs::remove_all(m_home / "new");
     const RunResult little = runCompanion(command({"-q", "--max-total", "500"}));
     EXPECT_EQ(little.status, 3);
     EXPECT_EQ(little.out, "2 files fetched, 0 there already\n");

@@ -67,6 +67,8 @@ void interruptFetching(int signal, int status, unsigned round) {
         ASSERT_EQ(runCompanion(kFetchAll).status, 0);
         const auto whole = std::chrono::steady_clock::now() - begin;
         interruptAtMoments(whole, round, [=](microseconds moment) {
+            std::filesystem::remove_all(kCaliDir);
+            std::filesystem::create_directory(kCaliDir);
             installFiles(oldFiles());
             const RunResult result = fetchAndSend(signal, moment);
             expectWholeFiles(signal == SIGKILL);
@@ -74,7 +76,9 @@ void interruptFetching(int signal, int status, unsigned round) {
                 EXPECT_EQ(contents(kCaliDir), cameraFiles());
                 return Came::kTooLate;
             }
-            if (result.status == status) return Came::kInTime;
+            // Who is killed says nothing: it had begun when it has left something.
+            const bool hasBegun = signal != SIGKILL || contents(kCaliDir) != oldFiles();
+            if (result.status == status) return hasBegun ? Came::kInTime : Came::kTooEarly;
             EXPECT_EQ(result.status, 128 + signal) << result;  // its handler was not set yet
             return Came::kTooEarly;
         });

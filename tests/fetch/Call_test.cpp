@@ -263,7 +263,7 @@ TEST(Call, countsTheOtherNamesBeyondTheLimitInWords) {
     Request request = requestFor({"a", "b", "c"}, Folder{"/"}, "/cali");
     request.limits.files = 1;
     EXPECT_EQ(thermika::fetch::plan(request).files.at(1).reason,
-              "more than 1 files are asked for, so this one and 1 other name is left out");
+              "more than 1 file is asked for, so this one and 1 other name is left out");
 }
 
 TEST(Call, planCallsNobodyBack) {

@@ -11,6 +11,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -279,14 +280,15 @@ TEST(HttpQueue, cancelEndsAPauseAndTheWaitForTheLinksDocument) {
         });
 }
 
-TEST(HttpQueue, keepsLocaleDirectorySignalsAndErrnoFreeOfTraces) {
+TEST(HttpQueue, keepsLocaleDirectoryAndSignalsFreeOfTraces) {
     inSandbox([] {
         const FetchSandbox world;
         FetchSandbox::add("a.dat", "bytes");
         ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
         const std::string locale = std::setlocale(LC_ALL, nullptr);
-        struct sigaction before {};
-        sigaction(SIGPIPE, nullptr, &before);
+        std::array<struct sigaction, 32> before{};
+        for (int signal = 1; signal < 32; ++signal)
+            sigaction(signal, nullptr, &before[static_cast<std::size_t>(signal)]);
         sigset_t maskBefore;
         pthread_sigmask(SIG_SETMASK, nullptr, &maskBefore);
         char cwd[4096];
@@ -295,12 +297,14 @@ TEST(HttpQueue, keepsLocaleDirectorySignalsAndErrnoFreeOfTraces) {
         EXPECT_EQ(fetchLines({"a.dat"}), "a.dat: fetched\n");
         EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
         EXPECT_EQ(getcwd(cwd, sizeof cwd), directory);
-        struct sigaction after {};
-        sigaction(SIGPIPE, nullptr, &after);
-        EXPECT_EQ(after.sa_handler, before.sa_handler);
         sigset_t maskAfter;
         pthread_sigmask(SIG_SETMASK, nullptr, &maskAfter);
-        EXPECT_EQ(sigismember(&maskAfter, SIGPIPE), sigismember(&maskBefore, SIGPIPE));
+        for (int signal = 1; signal < 32; ++signal) {
+            struct sigaction after {};
+            sigaction(signal, nullptr, &after);
+            EXPECT_EQ(after.sa_handler, before[static_cast<std::size_t>(signal)].sa_handler);
+            EXPECT_EQ(sigismember(&maskAfter, signal), sigismember(&maskBefore, signal));
+        }
     });
 }
 

@@ -47,6 +47,7 @@ struct ReplacementWorld {
         restore();
     }
     void restore() const {
+        for (const auto& entry : fs::directory_iterator(kFetched)) fs::remove(entry.path());
         for (const auto& [name, bytes] : oldFiles) writeFile(path(name), bytes);
     }
     static std::string path(const std::string& name) { return std::string(kFetched) + "/" + name; }
@@ -104,7 +105,9 @@ TEST_P(AtAnyMoment, killLeavesWholeFilesAndTheNextCallCleansUp) {
             std::this_thread::sleep_for(moment);
             kill(child, SIGKILL);
             waitpid(child, nullptr, 0);
-            return world.countNew(true) < world.names.size() ? Came::kInTime : Came::kTooLate;
+            const std::size_t count = world.countNew(true);
+            if (contents(kFetched) == world.oldFiles) return Came::kTooEarly;
+            return count < world.names.size() ? Came::kInTime : Came::kTooLate;
         });
         EXPECT_TRUE(thermika::fetch::fetch(world.request()).isComplete());
         EXPECT_EQ(contents(kFetched), world.newFiles);
