@@ -42,7 +42,9 @@ std::string without(std::string_view bytes, std::string text) {
 void refuseDirectory(const std::string& directory) {
     // What escaping would change is no text of a document of UTF-8; "\" is.
     const std::string plain = without("\\", directory);
-    if (escaped(plain, true) != plain || readText(directory) != directory)
+    const bool isPlain = escaped(plain, true) == plain;
+    const bool isReadAlike = readText(directory) == directory;
+    if (!isPlain || !isReadAlike)
         throw Problem(Status::kFailed, "the directory \"" + directory +
                                            "\" cannot stand in an XML document (choose another "
                                            "with --dir)");

@@ -24,6 +24,16 @@ TEST(CharacterData, resolvesReferences) {
               "\t\n\r \ud7ff\ue000\ufffd\U00010000");
 }
 
+TEST(CharacterData, hasNoReferencesToWhatIsNoCharacter) {
+    for (const char* const number :
+         {"0", "8", "11", "12", "14", "31", "55296", "57343", "65534", "65535", "1114112",
+          "99999999999", "", "1x", "x", "-9", "+9", " 9"})
+        EXPECT_EQ(readText("&#" + std::string(number) + ";"), std::nullopt) << number;
+    for (const char* const number :
+         {"9", "10", "13", "32", "255", "256", "55295", "57344", "65533", "65536", "1114111"})
+        EXPECT_NE(readText("&#" + std::string(number) + ";"), std::nullopt) << number;
+}
+
 TEST(CharacterData, isNotReadASecondTime) {
     EXPECT_EQ(readText("&amp;lt;"), "&lt;");
     EXPECT_EQ(readText("&#38;#65;"), "&#65;");

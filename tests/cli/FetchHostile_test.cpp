@@ -119,6 +119,20 @@ TEST(FetchHostile, thatRecoversIsAskedAgain) {
         });
 }
 
+TEST(FetchHostile, failuresOfOneKindGetOneNextStep) {
+    inSandbox([] {
+        const HostileWorld world("status", "500");
+        FetchSandbox::setFileFault(kFirstCurve, "status", "500");
+        FetchSandbox::setFileFault(kLastData, "empty");
+        const RunResult result = HostileWorld::fetch();
+        EXPECT_EQ(result.status, 3);
+        const std::string end =
+            "(does it answer? thermika online; another source: --from URL or FOLDER)\n";
+        ASSERT_GT(result.err.size(), end.size());
+        EXPECT_EQ(result.err.substr(result.err.size() - end.size()), end) << result;
+    });
+}
+
 TEST(FetchHostile, withoutAGoodCertificateIsNotListenedTo) {
     for (const Tls tls : {Tls::kGood, Tls::kOtherHost, Tls::kExpired})
         inSandbox([tls] {

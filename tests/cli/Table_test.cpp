@@ -87,6 +87,12 @@ TEST(Table, breaksAWordThatIsWiderThanItsRoom) {
     EXPECT_EQ(table.text(plain(), 13), "FOV  TEXT\n 33  abcdefgh\n     ijkl\n");
 }
 
+TEST(Table, breaksAWordBehindABlank) {
+    Table table({{"TEXT"}});
+    table.add({{" abcdefghijkl"}});
+    EXPECT_EQ(table.text(plain(), 8), "TEXT\n abcdefg\nhijkl\n");
+}
+
 TEST(Table, breaksNoCharacterInItsMiddle) {
     Table table({{"TEXT"}});
     table.add(
