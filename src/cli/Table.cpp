@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t kGap = 2;        // columns between two cells
 constexpr std::size_t kNarrowest = 8;  // cells are not broken into narrower pieces
 
-// Longer than any path that can be shown. Every row is as wide as the widest cell, so that the texts
-// of a description could take its size times its size.
+// Longer than any path that can be shown. Every row is as wide as the widest cell, so that the
+// texts of a description could take its size times its size.
 constexpr std::size_t kMostBytes = 600;
 
 /// How many bytes of `text` go into `width` columns, which any character does; up to the last blank

@@ -1,5 +1,5 @@
-// Fetches a camera's calibration files safely from the vendor's server, a mirror or a folder. No byte
-// of a source reaches a shell, leaves the destination or is installed half. Prints nothing.
+// Fetches a camera's calibration files safely from the vendor's server, a mirror or a folder. No
+// byte of a source reaches a shell, leaves the destination or is installed half. Prints nothing.
 #pragma once
 
 #include <atomic>

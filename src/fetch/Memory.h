@@ -1,4 +1,4 @@
-// Functions of C tell in their answer that memory ran out; the callers here expect it as C++ says it.
+// Functions of C tell in their answer that memory ran out; the callers here expect it as C++ says.
 #pragma once
 
 #include <new>

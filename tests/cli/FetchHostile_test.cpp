@@ -1,6 +1,6 @@
-// `thermika fetch` from a server that breaks the rules, and with what it says of names and addresses:
-// what the person is told, and that the directory holds whole files only. Every such rule on its own
-// is the fetch library's.
+// `thermika fetch` from a server that breaks the rules, and with what it says of names and
+// addresses: what the person is told, and that the directory holds whole files only. Every such
+// rule on its own is the fetch library's.
 #include <sys/mount.h>
 
 #include <algorithm>

@@ -19,7 +19,7 @@ int g_signals = 0;
 std::string g_received(1U << 20U, '\0');
 std::size_t g_count = 0;
 
-/// The first ends a write with a part of its bytes, the second one with none: the pipe is full then.
+/// The first ends a write with a part of its bytes, the second one with none: the pipe is full.
 void receiveAtTheThird(int /*signal*/) {
     if (++g_signals < 3) return;
     const ssize_t got = read(g_ends[0], &g_received[g_count], g_received.size() - g_count);
