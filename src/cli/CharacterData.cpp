@@ -1,7 +1,6 @@
 // One pass without recursion: a description's text may have any length.
 #include "cli/CharacterData.h"
 
-#include <libxml/chvalid.h>
 #include <libxml/parserInternals.h>
 
 #include <charconv>
@@ -22,11 +21,18 @@ constexpr NamedRow kNamed[] = {
 
 constexpr std::size_t kMostCharacterBytes = 4;
 
+/// XML 1.0, production 2.
+bool isCharacter(unsigned number) {
+    return number == '\t' || number == '\n' || number == '\r' ||
+           (number >= 0x20 && number <= 0xD7FF) || (number >= 0xE000 && number <= 0xFFFD) ||
+           (number >= 0x10000 && number <= 0x10FFFF);
+}
+
 std::optional<std::string> numberedCharacter(std::string_view digits, int base) {
     unsigned number = 0;
     const char* const end = digits.data() + digits.size();
     const auto result = std::from_chars(digits.data(), end, number, base);
-    if (result.ec != std::errc() || result.ptr != end || !xmlIsCharQ(number)) return std::nullopt;
+    if (result.ec != std::errc() || result.ptr != end || !isCharacter(number)) return std::nullopt;
     xmlChar bytes[kMostCharacterBytes];
     const int count = xmlCopyCharMultiByte(bytes, static_cast<int>(number));
     return std::string(bytes, bytes + count);
