@@ -23,7 +23,7 @@ constexpr mode_t kReadableByAll = 0444;
 /// "", with errno, when there is no random number.
 std::string newPartName() {
     unsigned long long number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number) return "";
+    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) return "";
     char digits[2 * sizeof number + 1];
     std::snprintf(digits, sizeof digits, "%016llx", number);
     return std::string(kPartPrefix) + digits + std::string(kPartSuffix);
