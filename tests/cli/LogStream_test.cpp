@@ -1,6 +1,7 @@
 // The library's log on standard error.
 #include "cli/LogStream.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -23,7 +24,7 @@ RunResult logged(bool isShown) {
 
 // It comes in pieces, of which only the last ends a line.
 TEST(LogStream, showsLinesThatAreLongerThanItsBuffer) {
-    const std::string longText(3 * BUFSIZ, 'a');
+    const std::string longText(std::size_t{3} * BUFSIZ, 'a');
     const RunResult result = thermika_test::runInProcess([&longText] {
         thermika::cli::configureLog(true);
         std::fprintf(stderr, "%s\n%s\n", longText.c_str(), "end");
