@@ -16,13 +16,15 @@ LC_ALL=C readelf -d "$1" | grep -q "SONAME.*\[libthermika\.so\.$3\]" || {
     echo 'FAILED: its SONAME is another' >&2
     exit 1
 }
-for file in "debian/libthermika$3.install" rpm/thermika.rpm.in; do
-    grep -q "/libthermika\.so\.$3\*\$" "$2/packaging/$file" || {
-        echo "FAILED: packaging/$file does not install libthermika.so.$3" >&2
+debian=$2/packaging/debian
+[ -d "$debian" ] || debian=$2/debian # in a source package
+for file in "$debian/libthermika$3.install" "$2/packaging/rpm/thermika.rpm.in"; do
+    grep -q "/libthermika\.so\.$3\*\$" "$file" || {
+        echo "FAILED: $file does not install libthermika.so.$3" >&2
         exit 1
     }
 done
-grep -qx "Package: libthermika$3" "$2/packaging/debian/control" || {
+grep -qx "Package: libthermika$3" "$debian/control" || {
     echo "FAILED: no Debian package libthermika$3" >&2
     exit 1
 }

@@ -4,6 +4,8 @@
 # it is told in one error what is missing.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
 . "${0%/*}/folder.sh"
+# A package's build has flags of its own; what stands below says which are meant.
+unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS
 configure() { # configure FOLDER ARGUMENT...
     folder=$work/$1
     shift

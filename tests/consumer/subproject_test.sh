@@ -5,6 +5,8 @@
 # the host's, nothing but the library in its `all`.
 # Environment: THERMIKA_SOURCE; what CMake itself reads.
 . "${0%/*}/folder.sh"
+# A package's build has flags of its own; what stands below says which are meant.
+unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS
 cat >"$work/CMakeLists.txt" <<TEXT
 cmake_minimum_required(VERSION 3.25)
 project(host VERSION 9.8.7 LANGUAGES CXX)
