@@ -125,7 +125,7 @@ public:
 
     /// Holds the built-in description: one optics, FOV 30, with the ranges of a new OpticsDef.
     ConfigCali();
-    ~ConfigCali();
+    ~ConfigCali();  ///< records handed out stay valid
     ConfigCali(const ConfigCali&) = delete;
     ConfigCali& operator=(const ConfigCali&) = delete;
 

@@ -32,7 +32,7 @@ class SimpleXML {
 public:
     /// Process: LC_NUMERIC is "C" afterwards.
     SimpleXML();
-    ~SimpleXML();
+    ~SimpleXML();  ///< texts handed out stay valid
     SimpleXML(const SimpleXML&) = delete;
     SimpleXML& operator=(const SimpleXML&) = delete;
 

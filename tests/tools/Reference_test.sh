@@ -45,6 +45,11 @@ fresh
 }
 [ -s "$out/html/index.html" ] && [ -s "$out/html/performance-raw.txt" ]
 grep -qF '<blockquote' "$out/html/md_files.html"
+# What stands above a constructor is about neither the destructor nor a deleted one.
+[ "$(grep -c 'mdescRight">Process: LC_NUMERIC is' "$out/html/classdax_1_1SimpleXML.html")" = 1 ] || {
+    echo 'FAILED: a description is shown with a function that it is not about' >&2
+    exit 1
+}
 
 below 'long double getTimeNow();' '    void undescribed();' src/sdk/Timer.h
 fails_with 'Member undescribed() (function) of class dax::Timer is not documented'
