@@ -22,7 +22,7 @@ struct RangeOfOptics {
     Range normal;
     Range extended;
     unsigned short decimals = 0;
-    bool hasFramerates = false;  ///< without a list any rate is allowed
+    bool hasFramerates = false;  ///< without a list any rate is allowed, by an empty one none
     std::vector<unsigned short> framerates;
     std::size_t lacking = 0;  ///< files of it that are not present
 };
@@ -47,7 +47,8 @@ RangeOfOptics rangeAt(ConfigCali& cali, OPTICS& key, int index) {
     const int count = cali.getFramerateCount(&key, &result.normal);
     for (int i = 0; i < count; ++i)
         result.framerates.push_back(cali.getFramerate(&key, &result.normal, i));
-    result.hasFramerates = count > 0;
+    unsigned short rate = 0;
+    result.hasFramerates = count > 0 || !cali.checkFramerate(&key, &result.normal, rate);
     return result;
 }
 
@@ -108,11 +109,12 @@ std::string boundsText(const Range& range) {
     return numberText(range.min) + ".." + numberText(range.max);
 }
 
-std::string framerateText(const std::vector<unsigned short>& rates) {
+std::string framerateText(const RangeOfOptics& range) {
+    if (range.framerates.empty()) return range.hasFramerates ? "none" : "any";
     std::string text;
-    for (const unsigned short each : rates)
+    for (const unsigned short each : range.framerates)
         text.append(text.empty() ? "" : " ").append(std::to_string(each));
-    return text.empty() ? "any" : text;
+    return text;
 }
 
 Cell filesCell(const RangeOfOptics& range) {
@@ -134,7 +136,7 @@ Table table(const std::vector<Optics>& all) {
                         {boundsText(range.extended)},
                         {std::to_string(range.decimals)},
                         filesCell(range),
-                        {framerateText(range.framerates)}});
+                        {framerateText(range)}});
     }
     return result;
 }

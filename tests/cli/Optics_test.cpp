@@ -55,6 +55,24 @@ TEST(Optics, showsAnOpticsWithoutRanges) {
                          "", 0}));
 }
 
+TEST(Optics, tellsAnEmptyListOfFrameRatesFromNone) {
+    const TempDir folder;
+    writeDescription(
+        folder, 14080045,
+        opticsList(opticsElement(
+            33, "",
+            rangeElement("0", "250", "<Framerates>\n</Framerates>") + rangeElement("150", "900"))));
+    EXPECT_EQ(runCompanion({"optics", "14080045", "--dir", folder.path()}).out,
+              "FOV  TEXT  RANGE     EXTENDED  DECIMALS  FILES      HZ\n"
+              " 33  -     0..250    0..250           1  2 missing  none\n"
+              " 33  -     150..900  150..900         1  2 missing  any\n");
+    const json ranges =
+        json::parse(runCompanion({"optics", "14080045", "--dir", folder.path(), "--json"})
+                        .out)["optics"][0]["ranges"];
+    EXPECT_EQ(ranges[0]["framerates"], json::array());
+    EXPECT_EQ(ranges[1]["framerates"], nullptr);
+}
+
 TEST(Optics, takesAMissingTextForAnEmptyOne) {
     const TempDir folder;
     std::string optics = opticsElement(33, "", rangeElement("0", "250"));
