@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
@@ -28,9 +29,31 @@ struct ValidatorDeleter {
     void operator()(xmlSchemaValidCtxt* context) const { xmlSchemaFreeValidCtxt(context); }
 };
 
+/// Where a schema lies, and the like: meant for editors. The validator, which has a schema, follows
+/// no such hint.
+bool isSchemaHint(const xmlAttr* attribute) {
+    static constexpr std::string_view kNames[] = {"nil", "noNamespaceSchemaLocation",
+                                                  "schemaLocation", "type"};
+    return attribute->ns != nullptr &&
+           reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace &&
+           std::count(std::begin(kNames), std::end(kNames), view(attribute->name)) != 0;
+}
+
+/// What the schema takes for no whole number, though its value may be right.
+bool hasZeroInFront(std::string_view content) {
+    std::string_view digits = trimmed(content);
+    if (digits.find_first_of("+-") == 0) digits.remove_prefix(1);
+    return digits.size() > 1 && digits.front() == '0' &&
+           digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
 
 bool isElement(const xmlNode* node) { return node->type == XML_ELEMENT_NODE; }
+
+bool isText(const xmlNode* node) {
+    return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
+}
 
 void removeNode(xmlNode* node) {
     xmlUnlinkNode(node);
@@ -87,7 +110,7 @@ private:
         for (xmlNode *child = container->children, *next = nullptr; child != nullptr;
              child = next) {
             next = child->next;
-            if (xmlNodeIsText(child) != 0) {
+            if (isText(child)) {
                 checkText(child);
                 continue;
             }
@@ -125,11 +148,7 @@ private:
              attribute = next) {
             next = attribute->next;
             const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
-            // Where a schema lies, and the like, is meant for editors: the validator, which has a
-            // schema, follows no such hint.
-            if (attribute->ns != nullptr &&
-                reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace)
-                continue;
+            if (isSchemaHint(attribute)) continue;
             add(lineOf(element),
                 tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)), "remove it");
             xmlRemoveProp(attribute);
@@ -184,9 +203,11 @@ private:
             return;
         }
         const std::string content = contentOf(node);
-        add(lineOf(node),
-            tag(name) + (content.empty() ? " is empty" : " holds " + inQuotes(content)),
-            "give " + known->words);
+        std::string wrong = tag(name);
+        wrong += content.empty() ? " is empty" : " holds " + inQuotes(content);
+        if (error.code == XML_SCHEMAV_CVC_PATTERN_VALID && hasZeroInFront(content))
+            wrong += ", with a zero in front";
+        add(lineOf(node), std::move(wrong), "give " + known->words);
     }
 
     bool reportMissing(const xmlNode* container, const std::string& name) {

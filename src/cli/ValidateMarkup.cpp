@@ -104,17 +104,33 @@ void noteElement(void* context, const xmlChar* name, const xmlChar* prefix, cons
     if (parser->node != nullptr) notesOf(context).lines.emplace(parser->node, parser->input->line);
 }
 
-/// The parser has counted the lines of `text` already.
-void noteText(void* context, const xmlChar* text, int length) {
+/// Notes what was read last, `text` from its byte `first` on. The parser has counted its lines
+/// already.
+void noteFrom(void* context, std::string_view text, std::size_t first) {
     auto* const parser = static_cast<xmlParserCtxt*>(context);
-    xmlSAX2Characters(context, text, length);
-    const std::string_view piece(reinterpret_cast<const char*>(text),
-                                 static_cast<std::size_t>(length));
-    const std::size_t first = piece.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos || parser->node == nullptr) return;
+    if (parser->node == nullptr) return;
     const auto linesBehind =
-        std::count(piece.begin() + static_cast<std::ptrdiff_t>(first), piece.end(), '\n');
+        std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n');
     notesOf(context).lines.emplace(parser->node->last, parser->input->line - linesBehind);
+}
+
+std::string_view bytesOf(const xmlChar* text, int length) {
+    return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
+}
+
+void noteText(void* context, const xmlChar* text, int length) {
+    xmlSAX2Characters(context, text, length);
+    const std::string_view piece = bytesOf(text, length);
+    const std::size_t first = piece.find_first_not_of(kBlanks);
+    if (first != std::string_view::npos) noteFrom(context, piece, first);
+}
+
+/// The schema takes a section for text even where it holds nothing but blanks.
+void noteSection(void* context, const xmlChar* text, int length) {
+    xmlSAX2CDataBlock(context, text, length);
+    const std::string_view piece = bytesOf(text, length);
+    const std::size_t first = piece.find_first_not_of(kBlanks);
+    noteFrom(context, piece, first == std::string_view::npos ? 0 : first);
 }
 
 }  // namespace
@@ -129,9 +145,10 @@ Markup parseMarkup(std::string_view bytes) {
     context->sax->startElementNs = noteElement;
     context->sax->characters = noteText;
     context->sax->ignorableWhitespace = noteText;
+    context->sax->cdataBlock = noteSection;
     DocumentPointer document(xmlCtxtReadMemory(context.get(), bytes.data(),
                                                static_cast<int>(bytes.size()), nullptr, nullptr,
-                                               XML_PARSE_NONET | XML_PARSE_NOCDATA));
+                                               XML_PARSE_NONET));
     fetch::ensureMemory(document || context->errNo != XML_ERR_NO_MEMORY);
     if (!document && !notes.wrong)
         notes.wrong =

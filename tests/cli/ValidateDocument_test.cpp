@@ -268,13 +268,36 @@ TEST(ValidateDocument, findsElementsInsideValues) {
 
 TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
     EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov>033</fov></imager>"),
-              ":1: <fov> holds \"033\"; give a whole number of degrees from 1 to 360: the field of "
+              ":1: <fov> holds \"033\", with a zero in front; give a whole number of degrees from "
+              "1 to 360: the field of "
               "view of one of the camera's optics\n");
 }
 
 TEST(ValidateDocument, findsAnAttributeOfAnotherNamespace) {
     EXPECT_EQ(findingsIn("<imager xml:lang='en'><serial>14080045</serial></imager>"),
               ":1: <imager> has the attribute \"xml:lang\"; remove it\n");
+    EXPECT_EQ(findingsIn("<imager xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+                         "<serial>14080045</serial><focus xsi:foo='1'>5</focus></imager>"),
+              ":1: <focus> has the attribute \"xsi:foo\"; remove it\n");
+}
+
+TEST(ValidateDocument, takesCharacterDataSectionsForTextAsXmllintDoes) {
+    const TempDir folder;
+    const std::string file = folder / "section.xml";
+    const auto document = [](const std::string& between, const std::string& serial) {
+        return "<imager>" + between + "<serial>" + serial + "</serial></imager>\n";
+    };
+    writeFile(file, document("", "1408<![CDATA[0045]]>"));
+    EXPECT_EQ(findingsIn(readFile(file)), "");
+    EXPECT_EQ(xmllint(file).status, 0);
+    for (const std::string text : {"", "\n ", "\nand"}) {
+        writeFile(file, document("\n<![CDATA[" + text + "]]>", "14080045"));
+        EXPECT_NE(findingsIn(readFile(file)), "") << text;
+        EXPECT_EQ(xmllint(file).status, 3) << text;
+    }
+    EXPECT_EQ(findingsIn(document("\n<![CDATA[\n\nand]]>", "14080045")),
+              ":4: the text \"and\" stands between elements; remove it, or put it between "
+              "\"<!--\" and \"-->\"\n");
 }
 
 TEST(ValidateDocument, takesANameWhosePrefixNobodyDeclaredForANameOfItsOwn) {
