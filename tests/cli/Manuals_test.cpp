@@ -1,6 +1,8 @@
 // The manuals in docs/man against the programs, their help texts, the headers and the schema.
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -249,8 +251,14 @@ TEST(Manuals, giveTheDefaultOfEveryElementOfADescription) {
 }
 
 TEST(Manuals, describeEveryElementOfTheConfigurationDocumentAndItsDefault) {
-    const std::string text = manual("thermika-files.5");
+    std::string text;
+    for (const std::string& line :
+         partOf(manual("thermika-files.5"), ".Sh CONFIGURATION DOCUMENT", {".Sh "}))
+        text += line + "\n";
     const std::string schema(thermika::cli::imagerSchemaText());
+    std::size_t entries = 0;
+    for (std::size_t at = 0; (at = text.find(".It Sy ", at)) != std::string::npos; ++at) ++entries;
+    EXPECT_EQ(entries, thermika::cli::ImagerSchema::instance().elements().size() - 1);
     for (const auto& element : thermika::cli::ImagerSchema::instance().elements()) {
         if (element.parent.empty()) continue;
         const std::size_t at = schema.find("name=\"" + element.name + "\"");
@@ -264,6 +272,10 @@ TEST(Manuals, describeEveryElementOfTheConfigurationDocumentAndItsDefault) {
             entry += " : No default " + (value.empty() ? "empty" : value);
         }
         if (element.isRequired) entry += " Pq required";
+        std::string words = element.words;
+        words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
+        words = std::regex_replace(words, std::regex(" -(?=[0-9])"), " \\-");
+        entry += "\n" + words + (element.isContainer ? ", in:" : ".");
         EXPECT_NE(text.find(entry + "\n"), std::string::npos) << entry;
     }
 }

@@ -112,12 +112,13 @@ struct Limits {
 
 std::vector<Limits> limitsOfEveryElement() {
     const std::string path(259, 'd');
+    const std::string caliPath(241, 'd');
     const std::string text(200, 't');
     return {
         {"serial", "9999999", "10000000", "99999999", "100000000"},
         {"videoformatindex", "-1", "0", "255", "256"},
         {"formatspath", "", "d", path, path + "d"},
-        {"calipath", "", "d", path, path + "d"},
+        {"calipath", "", "d", caliPath, caliPath + "d"},
         {"fov", "0", "1", "360", "361"},
         {"min", "-274", "-273", "10000", "10001"},
         {"max", "-274", "-273", "10000", "10001"},
