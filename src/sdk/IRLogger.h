@@ -5,11 +5,11 @@ namespace dax {
 
 /// How much of the log a sink shows. Any other value shows errors only.
 enum IRLoggerVerbosityLevel : int {
-    IRLOG_OFF = 1,
-    IRLOG_ERROR = 2,
-    IRLOG_WARNING = 3,
-    IRLOG_INFO = 4,
-    IRLOG_DEBUG = 5,
+    IRLOG_OFF = 1,      ///< nothing
+    IRLOG_ERROR = 2,    ///< errors
+    IRLOG_WARNING = 3,  ///< errors and warnings
+    IRLOG_INFO = 4,     ///< errors, warnings and information
+    IRLOG_DEBUG = 5,    ///< errors, warnings, information and debugging
 };
 
 /// Front end of kelvra::Logger.

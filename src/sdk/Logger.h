@@ -21,10 +21,10 @@ public:
     /// Which sinks are on; combined by bitwise or. Only LOGGER_FILE and LOGGER_CONSOLE are tested,
     /// the other two name a sink that is off.
     enum loggerConf_ : std::int32_t {
-        LOGGER_FILE = 1,
-        LOGGER_NO_FILE = 2,
-        LOGGER_CONSOLE = 4,
-        LOGGER_NO_CONSOLE = 8,
+        LOGGER_FILE = 1,        ///< the log file
+        LOGGER_NO_FILE = 2,     ///< without effect: says that the log file is off
+        LOGGER_CONSOLE = 4,     ///< standard error
+        LOGGER_NO_CONSOLE = 8,  ///< without effect: says that standard error is off
     };
 
     /// The one logger; it stays ours. Only an allocation failure propagates.

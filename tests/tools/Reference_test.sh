@@ -1,7 +1,8 @@
 #!/bin/sh
 # The reference is built in a folder of any name, and is not when a public name has no description of
-# its own, a link is dead, or a page shows Markdown as it is written. With the real Doxygen; where there
-# is none the test is skipped, with status 77. "./dev docs", which installs it, runs the test too.
+# its own, a header has no page, a link is dead, or a page shows Markdown as it is written. With the
+# real Doxygen; where there is none the test is skipped, with status 77. "./dev docs", which installs
+# it, runs the test too.
 # usage: Reference_test.sh PROJECT
 set -eu
 project=$1
@@ -61,6 +62,14 @@ below 'std::int16_t Skim = 0;' '    int undescribed();' src/imgproc/Cali.h
 fails_with 'Member undescribed() (function) of struct TemperatureRange is not documented'
 below 'bool compTokens(' 'struct Undescribed { int number; };' src/sdk/SimpleXML.h
 fails_with 'Undescribed is not documented'
+echo 'int undescribed();' >>"$clone/src/sdk/Timer.h"
+fails_with 'Member undescribed() (function) of file Timer.h is not documented'
+below 'IRLOG_OFF = 1,' '    IRLOG_UNDESCRIBED = 6,' src/sdk/IRLogger.h
+fails_with 'the enumerator IRLOG_UNDESCRIBED has no description'
+below 'kPlanned,' '    kUndescribed,' src/fetch/Fetch.h
+fails_with 'the enumerator kUndescribed has no description'
+sed -i '1i #pragma once' "$clone/src/sdk/Timer.h"
+fails_with 'no page was made of Timer.h'
 
 echo '[Nowhere](nowhere.txt)' >>"$clone/docs/embedding.md"
 fails_with 'md_embedding.html links to nowhere.txt'

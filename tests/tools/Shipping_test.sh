@@ -62,13 +62,19 @@ cp -r "$project/docs" "$project/src" "$project/SECURITY.md" "$work/project"
 printf '#!/bin/sh\necho "mandoc gives up" >&2; exit 3\n' >"$work/bin/mandoc"
 cat >"$work/bin/doxygen" <<'TEXT'
 #!/bin/sh
-mkdir html
+mkdir html xml
 echo page >"html/index.html"
-echo page >"html/SimpleXML.html"
+for header in include/thermika/*/*.h; do
+    name=${header##*/}
+    echo page >"html/${name%.h}_8h.html"
+done
+echo nothing >xml/nothing.xml
 TEXT
 chmod +x "$work/bin/mandoc" "$work/bin/doxygen"
 fails_with 'mandoc gives up' tools/reference build/reference
 printf '#!/bin/sh\necho "# Files"\n' >"$work/bin/mandoc"
+fails_with 'no enumerator was found' tools/reference build/reference
+echo "echo '<enumvalue ><name>A</name><para>a</para></enumvalue>' >xml/nothing.xml" >>"$work/bin/doxygen"
 fails_with 'no page was made of embedding' tools/reference build/reference
 
 cat >"$work/tool" <<'TEXT'
