@@ -30,6 +30,19 @@ fails_with() {
     fi
 }
 
+# succeeds_with MESSAGE COMMAND...
+succeeds_with() {
+    message=$1
+    shift
+    status=0
+    (cd "$work/project" && PATH=$work/bin:$PATH "$@") >"$work/out" 2>&1 || status=$?
+    if [ "$status" != 0 ] || ! grep -q -e "$message" "$work/out"; then
+        cat "$work/out" >&2
+        echo "FAILED: status $status of $*, expected success with \"$message\"" >&2
+        exit 1
+    fi
+}
+
 stand_in dpkg-buildpackage lintian autopkgtest rpmbuild rpm rpmlint shellcheck makepkg cmake ctest abidw \
     abidiff
 cat >"$work/bin/git" <<'TEXT'
@@ -55,7 +68,20 @@ fails_with 'the test demo did not pass' tools/package build/package --test
 unset DEB_BUILD_OPTIONS
 rm "$work/bin/id" "$work/bin/unshare"
 fails_with 'not three RPM packages' tools/package-elsewhere build/elsewhere
+
 fails_with 'no library with functions' tools/abi revision
+# abidiff's status says what its changes do to programs.
+printf '#!/bin/sh\necho "<function-decl name=answer>"\n' >"$work/bin/abidw"
+abidiff_answers() {
+    printf '#!/bin/sh\nexit %s\n' "$1" >"$work/bin/abidiff"
+}
+succeeds_with 'nothing changed' tools/abi revision
+abidiff_answers 4
+succeeds_with 'keep working' tools/abi revision
+abidiff_answers 12
+fails_with 'do not fit any more' tools/abi revision
+abidiff_answers 1
+fails_with 'could not compare' tools/abi revision
 
 # The reference: a manual that cannot be turned into a page, and pages that are not made.
 cp -r "$project/docs" "$project/src" "$project/SECURITY.md" "$work/project"
