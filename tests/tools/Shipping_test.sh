@@ -65,6 +65,16 @@ stand_in dpkg-deb
 fails_with 'no tests ran' tools/package build/package --test
 export DEB_BUILD_OPTIONS='parallel=1 nocheck'
 fails_with 'the test demo did not pass' tools/package build/package --test
+# What lintian finds, as far as it was told to mind, and packages that say where they were built.
+succeeds_with 'reproducible: 4 packages' tools/package build/package --twice
+cat >"$work/bin/lintian" <<'TEXT'
+#!/bin/sh
+case " $* " in *' --fail-on error,warning '*) echo 'W: it minds' && exit 2 ;; esac
+TEXT
+fails_with 'W: it minds' tools/package build/package
+stand_in lintian
+sed -i 's|: >|pwd >|' "$work/bin/dpkg-buildpackage"
+fails_with '_1_all.deb differ' tools/package build/package --twice
 unset DEB_BUILD_OPTIONS
 rm "$work/bin/id" "$work/bin/unshare"
 fails_with 'not three RPM packages' tools/package-elsewhere build/elsewhere
