@@ -9,6 +9,9 @@ cd "$1"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failed=0
+# A source package has debian/ where Debian's tools look for it.
+debian=packaging/debian
+[ -d "$debian" ] || debian=debian
 
 fail() {
     echo "FAILED: $1" >&2
@@ -91,8 +94,6 @@ fi
 # One version: CMake's. The changelog may have no release yet, or changes since the last one.
 version=$(sed -n 's/^project(thermika VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 [ -n "$version" ] || fail 'CMakeLists.txt has no version'
-debian=packaging/debian
-[ -d "$debian" ] || debian=debian
 head -n 1 "$debian/changelog" | grep -qF "thermika ($version-1) " ||
     fail "$debian/changelog does not begin with $version-1"
 grep -qFx "pkgver=$version" packaging/arch/PKGBUILD || fail "PKGBUILD is not for $version"
@@ -101,13 +102,17 @@ grep -q '^Version: *@VERSION@$' packaging/rpm/thermika.rpm.in ||
 released=$(sed -n 's/^## \[\([0-9][0-9.]*\)\] - ....-..-..$/\1/p' CHANGELOG.md | head -n 1)
 [ "${released:-$version}" = "$version" ] || fail "CHANGELOG.md's last release is $released"
 [ "$(grep -c '^## \[Unreleased\]$' CHANGELOG.md)" = 1 ] || fail 'CHANGELOG.md has no [Unreleased]'
+# The program of tests/consumer compares the numbers; 0.1.0 would hide that two are exchanged.
+for number in Major Minor Patch; do
+    grep -qFx "constexpr int kVersion$number = @PROJECT_VERSION_$(echo $number | tr '[:lower:]' '[:upper:]')@;" \
+        src/sdk/Version.h.in || fail "Version.h.in has another kVersion$number"
+done
 # The sources that are published are those that the other packages ask for.
 for file in packaging/arch/PKGBUILD packaging/rpm/thermika.rpm.in; do
     grep -q 'version}*\.tar\.xz$\|pkgver\.tar\.xz")$' "$file" || fail "$file wants other sources"
 done
 
-for file in .ci/run CMakeLists.txt packaging/arch/PKGBUILD CHANGELOG.md packaging/debian/changelog; do
-    # A source package has debian/ where Debian's tools look for it.
-    [ -f "$file" ] || [ -f "${file#packaging/}" ] || fail "RELEASING.md is about $file, which is not there"
+for file in .ci/run CMakeLists.txt packaging/arch/PKGBUILD CHANGELOG.md "$debian/changelog"; do
+    [ -f "$file" ] || fail "RELEASING.md is about $file, which is not there"
 done
 exit $failed
