@@ -66,22 +66,50 @@ echo "$commands" | while read -r command; do
 done >"$work/untried"
 [ ! -s "$work/untried" ] || fail "README.md shows commands that nothing tries: $(cat "$work/untried")"
 
+# tools/bare runs README's commands whatever they are, and only before a release: here every test run
+# sees that the verbs, packages, presets and modules in them exist.
+./dev help >"$work/usage"
+# lost_verbs DOCUMENT: those that ./dev lacks, and options that it lacks where it lists any.
+lost_verbs() {
+    grep -o '\./dev [^)`]*' "$1" | while read -r door verb options; do
+        [ "$door" = ./dev ]
+        grep -q "^  $verb " "$work/usage" || echo "$verb"
+        for option in $options; do
+            case $option in
+            --*) grep -qE -e "^  $verb (\[ARGS\]|.*$option)" "$work/usage" || echo "$verb $option" ;;
+            esac
+        done
+    done
+}
+# A command of another form stays whole here, and is the name of nothing.
+echo "$commands" | sed 's/ && cmake /\ncmake /' >"$work/commands"
+# shellcheck disable=SC2016
+{
+    lost_verbs README.md
+    sed -n 's/_\*\.deb//g; s/^sudo apt install //p' "$work/commands" | tr ' ' '\n' |
+        while read -r package; do
+            grep -qFx "Package: ${package#./}" "$debian/control" || echo "$package"
+        done
+    grep '^cmake ' "$work/commands" |
+        sed -E 's#^cmake (--build )?--preset ##; s#^cmake --install build/(.*) --prefix PREFIX$#\1#' |
+        while read -r preset; do
+            grep -qF "{ \"name\": \"$preset\", " CMakePresets.json || echo "$preset"
+        done
+    grep '^c++ ' "$work/commands" |
+        sed 's/^c++ -std=c++17 yours\.cpp -o yours \$(pkg-config --cflags --libs \(.*\))$/\1/' |
+        tr ' ' '\n' | while read -r module; do
+            [ -f "cmake/$module.pc.in" ] || echo "$module"
+        done
+} >"$work/lost"
+[ ! -s "$work/lost" ] || fail "README.md names what is not there: $(cat "$work/lost")"
+
 # RELEASING.md: numbered without a gap, and every verb, option and file of its commands is there.
 sed -n 's/^\([0-9]*\)\. .*/\1/p' RELEASING.md >"$work/numbers"
 if [ ! -s "$work/numbers" ] || ! seq "$(wc -l <"$work/numbers")" | cmp -s - "$work/numbers"; then
     fail 'the steps of RELEASING.md are not numbered one by one'
 fi
 sed -n 's/^       //p' RELEASING.md >"$work/commands"
-./dev help >"$work/usage"
-grep -o '\./dev [^)]*' "$work/commands" | while read -r door verb options; do
-    [ "$door" = ./dev ]
-    grep -q "^  $verb " "$work/usage" || echo "$verb"
-    for option in $options; do
-        case $option in
-        --*) grep -q -e "^  $verb .*$option" "$work/usage" || echo "$verb $option" ;;
-        esac
-    done
-done >"$work/lost"
+lost_verbs "$work/commands" >"$work/lost"
 [ ! -s "$work/lost" ] || fail "RELEASING.md calls verbs that ./dev lacks: $(cat "$work/lost")"
 # A folder of root's below build/ would stop the next command; git status always succeeds.
 if grep -n 'sudo \./dev' "$work/commands" | grep -v '(cd \.\./thermika-as-root && sudo'; then
