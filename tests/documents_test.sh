@@ -119,6 +119,15 @@ fi
 if grep -n 'git status' "$work/commands" | grep -v 'test -z "\$(git status --porcelain)"'; then
     fail 'RELEASING.md takes any answer of git status'
 fi
+# The first step finds each place that lacks a licence: all of them do, or none.
+grep -qFx "! git grep -n 'not-chosen-yet' -- LICENSE README.md packaging" "$work/commands" ||
+    fail 'RELEASING.md does not ask for a licence'
+licences="LICENSE README.md $debian/copyright packaging/arch/PKGBUILD packaging/rpm/thermika.rpm.in"
+# shellcheck disable=SC2086
+case $(grep -l not-chosen-yet $licences | wc -l) in
+0 | 5) ;;
+*) fail "the licence is chosen in some of $licences only" ;;
+esac
 # One version: CMake's. The changelog may have no release yet, or changes since the last one.
 version=$(sed -n 's/^project(thermika VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 [ -n "$version" ] || fail 'CMakeLists.txt has no version'
