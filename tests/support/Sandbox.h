@@ -15,8 +15,9 @@ namespace thermika_test {
 ///
 /// Failed assertions in `body` fail the calling test, and so do an exception, a signal, an early
 /// exit, a minute (THERMIKA_SANDBOX_SECONDS in the environment: so many seconds) without an end,
-/// and a system without such namespaces. Nothing that `body` does to its process (working
-/// directory, locale, singletons, mounts) is left afterwards.
+/// and a system without such namespaces (THERMIKA_NO_NAMESPACES in the environment: any system).
+/// Nothing that `body` does to its process (working directory, locale, singletons, mounts) is left
+/// afterwards.
 void inSandbox(const std::function<void()>& body);
 
 /// Hides what is below `dir` behind an empty, writable folder. For use in a sandbox.

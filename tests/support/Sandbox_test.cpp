@@ -74,6 +74,11 @@ TEST(Sandbox, failsTheTestForASkip) {
     expectFailure([] { GTEST_SKIP() << "not here"; }, "not here");
 }
 
+TEST(Sandbox, failsTheTestThatLacksTheLabel) {
+    setenv("THERMIKA_NO_NAMESPACES", "1", 1);
+    expectFailure([] {}, "lacks the label");
+}
+
 TEST(Sandbox, tellsWhatAProcessOfItsOwnHasLost) {
     const RunResult result = thermika_test::runInProcess([] {
         // Many: an old address in a register or on the stack may keep some.
