@@ -311,17 +311,18 @@ TEST(HostileServer, gzipBombIsNotTaken) {
 
 // Only the first of each was looked at.
 TEST(HostileServer, headersThatComeTwiceAreLookedAtTwice) {
-    const std::pair<const char*, const char*> answers[] = {
+    const std::pair<const char*, Texts> answers[] = {
         {"Content-Length: 100000|Content-Encoding: identity|Content-Encoding: gzip",
-         "it is sent encoded (identity, gzip), which was not asked for"},
+         {"it is sent encoded (identity, gzip), which was not asked for"}},
         {"Transfer-Encoding: chunked|Transfer-Encoding: gzip",
-         "it is sent encoded (chunked, gzip), which was not asked for"},
+         {"it is sent encoded (chunked, gzip), which was not asked for",
+          "the transfer failed: Unsolicited Transfer-Encoding (gzip) found"}},
         {"Content-Length: 100003|Content-Length: 100000",
-         "the server gives several lengths (100003, 100000)"}};
+         {"the server gives several lengths (100003, 100000)"}}};
     for (const auto& answer : answers)
         inSandbox([&answer] {
             const HostileWorld world("says", answer.first);
-            HostileWorld::expect(answer.second);
+            HostileWorld::expectOneOf(answer.second);
         });
 }
 
