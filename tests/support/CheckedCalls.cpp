@@ -1,6 +1,6 @@
-// The forms of read() and openat() that FORTIFY calls where it knows a buffer's size or sees no mode.
-// They lead to the plain functions, so that a test that replaces those replaces these too: which form
-// is called depends on compiler and C library. For programs that replace one of the functions.
+// The forms of read() and openat() that FORTIFY calls where it knows a buffer's size or sees no
+// mode. They lead to the plain functions, so that a test that replaces those replaces these too:
+// which form is called depends on compiler and C library. For programs that replace one of the two.
 #include <fcntl.h>
 #include <unistd.h>
 
