@@ -29,7 +29,10 @@ int g_error = 0;  // when not 0, of every read
 
 }  // namespace
 
-extern "C" ssize_t read(int descriptor, void* buffer, std::size_t bytes) {
+// By the linker's name: FORTIFY may define the C name in a header.
+extern "C" ssize_t shortRead(int descriptor, void* buffer, std::size_t bytes) __asm__("read");
+
+extern "C" ssize_t shortRead(int descriptor, void* buffer, std::size_t bytes) {
     if (g_error != 0) {
         ++g_calls;
         errno = g_error;
