@@ -4,7 +4,6 @@
 #include <libxml/xmlmemory.h>
 #include <libxml/xmlstring.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -23,9 +22,9 @@ inline std::string_view view(const xmlChar* text) { return reinterpret_cast<cons
 
 /// Without the blanks around it.
 inline std::string_view trimmed(std::string_view text) {
-    const std::size_t from = std::min(text.find_first_not_of(kBlanks), text.size());
-    const std::size_t to = text.find_last_not_of(kBlanks) + 1;  // 0 when there is nothing else
-    return text.substr(from, std::max(from, to) - from);
+    const std::size_t from = text.find_first_not_of(kBlanks);
+    if (from == std::string_view::npos) return {};
+    return text.substr(from, text.find_last_not_of(kBlanks) + 1 - from);
 }
 
 }  // namespace thermika::cli
