@@ -268,10 +268,15 @@ TEST(ValidateDocument, findsElementsInsideValues) {
 }
 
 TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
-    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov>033</fov></imager>"),
-              ":1: <fov> holds \"033\", with a zero in front; give a whole number of degrees from "
-              "1 to 360: the field of "
-              "view of one of the camera's optics\n");
+    const auto findings = [](const std::string& fov) {
+        return findingsIn("<imager><serial>14080045</serial><fov>" + fov + "</fov></imager>");
+    };
+    const std::string right =
+        "; give a whole number of degrees from 1 to 360: the field of view of one of the camera's "
+        "optics\n";
+    EXPECT_EQ(findings("033"), ":1: <fov> holds \"033\", with a zero in front" + right);
+    EXPECT_EQ(findings("+033"), ":1: <fov> holds \"+033\", with a zero in front" + right);
+    EXPECT_EQ(findings("0.5"), ":1: <fov> holds \"0.5\"" + right);
 }
 
 TEST(ValidateDocument, findsAnAttributeOfAnotherNamespace) {
