@@ -39,11 +39,11 @@ bool isSchemaHint(const xmlAttr* attribute) {
            std::count(std::begin(kNames), std::end(kNames), view(attribute->name)) != 0;
 }
 
-/// What the schema takes for no whole number, though its value may be right.
+/// Whether a text that the schema takes for no whole number would be one for others.
 bool hasZeroInFront(std::string_view content) {
     std::string_view digits = trimmed(content);
     if (digits.find_first_of("+-") == 0) digits.remove_prefix(1);
-    return digits.size() > 1 && digits.front() == '0' &&
+    return digits.substr(0, 1) == "0" &&
            digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
