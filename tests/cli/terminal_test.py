@@ -76,6 +76,9 @@ def colors():
     check("\033" not in on_terminal(listing, TERM="dumb")[0], "a dumb terminal gets colours")
     unnamed = on_terminal(listing, program=("env", "-u", "TERM", TOOL))[0]
     check("\033" not in unnamed, "a terminal without a name gets colours")
+    piped = subprocess.run([TOOL, *listing], env={**os.environ, "TERM": "xterm"}, text=True,
+                           capture_output=True, check=True).stdout
+    check("FOV" in piped and "\033" not in piped, "a pipe gets colours")
     check("\033" not in on_terminal(listing + ["--color", "never"])[0], "never gives colours")
     always = on_terminal(listing + ["--color", "always"], NO_COLOR="1")[0]
     check("\033" in always, "always gives no colours")
