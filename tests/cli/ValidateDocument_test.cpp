@@ -276,7 +276,7 @@ TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
         "optics\n";
     EXPECT_EQ(findings("033"), ":1: <fov> holds \"033\", with a zero in front" + right);
     EXPECT_EQ(findings("+033"), ":1: <fov> holds \"+033\", with a zero in front" + right);
-    EXPECT_EQ(findings("0.5"), ":1: <fov> holds \"0.5\"" + right);
+    EXPECT_EQ(findings("01.5"), ":1: <fov> holds \"01.5\"" + right);
 }
 
 TEST(ValidateDocument, findsAnAttributeOfAnotherNamespace) {
