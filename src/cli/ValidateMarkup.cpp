@@ -105,13 +105,16 @@ void noteElement(void* context, const xmlChar* name, const xmlChar* prefix, cons
 }
 
 /// Notes what was read last, `text` from its byte `first` on. The parser has counted its lines
-/// already.
+/// already, but not the carriage returns without a line feed that became line feeds in `text`: a
+/// line before that of the element around it cannot be right.
 void noteFrom(void* context, std::string_view text, std::size_t first) {
     auto* const parser = static_cast<xmlParserCtxt*>(context);
     if (parser->node == nullptr) return;
     const auto linesBehind =
         std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n');
-    notesOf(context).lines.emplace(parser->node->last, parser->input->line - linesBehind);
+    auto& lines = notesOf(context).lines;
+    lines.emplace(parser->node->last,
+                  std::max(parser->input->line - linesBehind, lines.at(parser->node)));
 }
 
 std::string_view bytesOf(const xmlChar* text, int length) {

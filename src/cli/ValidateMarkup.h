@@ -23,7 +23,9 @@ struct Markup {
     DocumentPointer document;      ///< null when `wrong` is set
     std::optional<Finding> wrong;  ///< the first one
     /// Where each element's start tag ends, and where each text that is more than white space
-    /// begins; the tree itself knows 16 bits of an element's line.
+    /// begins; the tree itself knows 16 bits of an element's line. A line ends with a line feed. A
+    /// text with carriage returns that stand alone may begin later than said here, but not before
+    /// the element around it.
     std::map<const xmlNode*, long> lines;
 };
 

@@ -366,6 +366,14 @@ TEST(ValidateDocument, refusesWhatIsNoDocumentByItsSize) {
               "config prints\n");
 }
 
+TEST(ValidateDocument, reportsNoLineBeforeTheElementAroundATextWithLoneCarriageReturns) {
+    for (const std::string text : {"a\r\rb", "<![CDATA[\r]]>", "\xC3\xA9\r\r"})
+        EXPECT_EQ(findingsIn("<!-- -->\n<imager>" + text + "<serial>14080045</serial></imager>")
+                      .substr(0, 12),
+                  ":2: the text")
+            << text;
+}
+
 TEST(ValidateDocument, reportsLinesBeyondSixteenBits) {
     const std::string lines(70000, '\n');
     EXPECT_EQ(findingsIn("<imager>" + lines + "<serial>14080045</serial>" + lines +
