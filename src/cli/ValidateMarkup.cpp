@@ -112,9 +112,9 @@ void noteFrom(void* context, std::string_view text, std::size_t first) {
     if (parser->node == nullptr) return;
     const auto linesBehind =
         std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n');
+    const long line = parser->input->line - linesBehind;
     auto& lines = notesOf(context).lines;
-    lines.emplace(parser->node->last,
-                  std::max(parser->input->line - linesBehind, lines.at(parser->node)));
+    lines.emplace(parser->node->last, std::max(line, lines.at(parser->node)));
 }
 
 std::string_view bytesOf(const xmlChar* text, int length) {
