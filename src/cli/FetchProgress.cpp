@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 #include "cli/WriteAll.h"
@@ -21,11 +20,6 @@ constexpr milliseconds kBetweenDraws{100};
 constexpr milliseconds kSteadyAfter{1000};  // earlier, rate and time left would jump about
 constexpr std::size_t kUsualColumns = 80;
 constexpr const char* kClear = "\r\033[K";
-
-bool isTerminal() {
-    const char* const name = std::getenv("TERM");
-    return isatty(STDERR_FILENO) == 1 && name != nullptr && std::string_view(name) != "dumb";
-}
 
 std::size_t columns() {
     winsize size{};
@@ -87,7 +81,8 @@ std::string progressLine(const fetch::Progress& progress, milliseconds elapsed,
     return line.substr(0, columns);
 }
 
-FetchProgress::FetchProgress(const Output& output) : m_output(output), m_isTerminal(isTerminal()) {}
+FetchProgress::FetchProgress(const Output& output)
+    : m_output(output), m_isTerminal(Output::isCapableTerminal(STDERR_FILENO)) {}
 
 FetchProgress::~FetchProgress() {
     if (m_isLineShown) writeAll(STDERR_FILENO, kClear);

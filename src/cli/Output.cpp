@@ -28,9 +28,7 @@ bool takesColors(Color color) {
     if (color != Color::kAuto) return color == Color::kAlways;
     const char* const noColor = std::getenv("NO_COLOR");
     if (noColor != nullptr && *noColor != '\0') return false;
-    const char* const terminal = std::getenv("TERM");
-    const bool isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
-    return !isDumb && isatty(STDOUT_FILENO) == 1;
+    return Output::isCapableTerminal(STDOUT_FILENO);
 }
 
 const char* colorCode(Style style) {
@@ -50,6 +48,12 @@ const char* colorCode(Style style) {
 }
 
 }  // namespace
+
+bool Output::isCapableTerminal(int descriptor) {
+    const char* const variable = std::getenv("TERM");
+    const std::string_view name = variable != nullptr ? variable : "";
+    return !name.empty() && name != "dumb" && isatty(descriptor) == 1;
+}
 
 void Output::addDocument(const Json& document) {
     m_results += document.dump(kIndent, ' ', true);

@@ -41,6 +41,9 @@ public:
     /// "thermika: out of memory", without needing any.
     static void complainOfMemory();
 
+    /// Whether the descriptor is a terminal that takes control codes.
+    static bool isCapableTerminal(int descriptor);
+
     /// `text` in the style's colour, where standard output takes colours.
     std::string styled(Style style, std::string_view text) const;
 

@@ -74,6 +74,7 @@ def colors():
     check("\033" in on_terminal(listing)[0], "a terminal gets no colours")
     check("\033" in on_terminal(listing, NO_COLOR="")[0], "an empty NO_COLOR takes the colours")
     check("\033" not in on_terminal(listing, TERM="dumb")[0], "a dumb terminal gets colours")
+    check("\033" not in on_terminal(listing, TERM="")[0], "an empty TERM gives colours")
     unnamed = on_terminal(listing, program=("env", "-u", "TERM", TOOL))[0]
     check("\033" not in unnamed, "a terminal without a name gets colours")
     piped = subprocess.run([TOOL, *listing], env={**os.environ, "TERM": "xterm"}, text=True,
@@ -127,6 +128,10 @@ def progress():
         text, status = on_terminal(fetch + [folder], TERM="dumb")
         check(status == 0 and "\033" not in text, "a dumb terminal gets codes: " + repr(text))
         check("fetched Cali" in text, "no line a file on a dumb terminal: " + repr(text))
+
+    with tempfile.TemporaryDirectory() as folder:
+        text, status = on_terminal(fetch + [folder], TERM="")
+        check(status == 0 and "\033" not in text, "an empty TERM gives codes: " + repr(text))
 
     with tempfile.TemporaryDirectory() as folder:
         nameless = ("env", "-u", "TERM", TOOL)
