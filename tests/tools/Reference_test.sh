@@ -44,7 +44,8 @@ fresh
     echo 'FAILED: no reference in a folder with a blank and an apostrophe' >&2
     exit 1
 }
-[ -s "$out/html/index.html" ] && [ -s "$out/html/performance-raw.txt" ]
+[ -s "$out/html/index.html" ]
+[ -s "$out/html/performance-raw.txt" ]
 grep -qF '<blockquote' "$out/html/md_files.html"
 # What stands above a constructor is about neither the destructor nor a deleted one.
 [ "$(grep -c 'mdescRight">Process: LC_NUMERIC is' "$out/html/classdax_1_1SimpleXML.html")" = 1 ] || {
