@@ -87,6 +87,8 @@ Status runValidate(Session& session, const ValidateArguments& arguments) {
             output.add(shown(file + ":" + std::to_string(finding.line) + ": " + finding.wrong +
                              "; " + finding.right) +
                        "\n");
+    if (result.areMore)
+        output.note("only the first " + std::to_string(kMostFindings) + " findings are shown");
     if (!result.findings.empty()) return Status::kNo;
     output.note(file + ": nothing is wrong with it");
     return Status::kYes;

@@ -29,14 +29,20 @@ struct ValidatorDeleter {
     void operator()(xmlSchemaValidCtxt* context) const { xmlSchemaFreeValidCtxt(context); }
 };
 
-/// Where a schema lies, and the like: meant for editors. The validator, which has a schema, follows
-/// no such hint.
+/// Where a schema lies, or an element's type: meant for editors. The validator, which has a schema,
+/// follows no hint to another one; a type it judges.
 bool isSchemaHint(const xmlAttr* attribute) {
-    static constexpr std::string_view kNames[] = {"nil", "noNamespaceSchemaLocation",
-                                                  "schemaLocation", "type"};
+    static constexpr std::string_view kNames[] = {"noNamespaceSchemaLocation", "schemaLocation",
+                                                  "type"};
     return attribute->ns != nullptr &&
            reinterpret_cast<const char*>(attribute->ns->href) == kInstanceNamespace &&
            std::count(std::begin(kNames), std::end(kNames), view(attribute->name)) != 0;
+}
+
+/// The attribute that gives an element another type.
+const xmlAttr* typeOf(const xmlNode* element) {
+    return xmlHasNsProp(element, reinterpret_cast<const xmlChar*>("type"),
+                        reinterpret_cast<const xmlChar*>(kInstanceNamespace.data()));
 }
 
 /// Whether a text that the schema takes for no whole number would be one for others.
@@ -74,7 +80,8 @@ public:
         auto& findings = m_result.findings;
         std::stable_sort(findings.begin(), findings.end(),
                          [](const Finding& a, const Finding& b) { return a.line < b.line; });
-        if (findings.size() > kMostFindings) findings.resize(kMostFindings);
+        m_result.areMore = findings.size() > kMostFindings;
+        if (m_result.areMore) findings.resize(kMostFindings);
         return std::move(m_result);
     }
 
@@ -96,10 +103,21 @@ private:
             return false;
         }
         if (root->ns != nullptr) {
-            add(lineOf(root), tag(name) + " is in a namespace", "remove its attribute xmlns");
+            addNamespace(root);
             return false;
         }
         return true;
+    }
+
+    void addNamespace(const xmlNode* element) {
+        add(lineOf(element), tag(nameOf(element)) + " is in a namespace",
+            "remove its attribute xmlns");
+    }
+
+    void addAttribute(const xmlNode* element, const xmlAttr* attribute) {
+        const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
+        add(lineOf(element),
+            tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)), "remove it");
     }
 
     /// Texts, elements and attributes of a container that do not belong there.
@@ -137,6 +155,8 @@ private:
         if (shown == "-->")
             add(at->second, "\"-->\" ends no comment",
                 "of the two comment lines around the suggested field of view, remove both or none");
+        else if (shown.empty())
+            add(at->second, "an empty character data section stands between elements", "remove it");
         else
             add(at->second, "the text " + inQuotes(shown) + " stands between elements",
                 "remove it, or put it between \"<!--\" and \"-->\"");
@@ -147,10 +167,8 @@ private:
         for (xmlAttr *attribute = element->properties, *next = nullptr; attribute != nullptr;
              attribute = next) {
             next = attribute->next;
-            const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
             if (isSchemaHint(attribute)) continue;
-            add(lineOf(element),
-                tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)), "remove it");
+            addAttribute(element, attribute);
             xmlRemoveProp(attribute);
         }
     }
@@ -159,7 +177,9 @@ private:
                      const std::string& container) {
         const std::string name = nameOf(element);
         const long line = lineOf(element);
-        if (known == nullptr) {
+        if (known == nullptr && element->ns != nullptr && m_schema.find(name) != nullptr) {
+            addNamespace(element);
+        } else if (known == nullptr) {
             const std::string nearest = nearestName(name, m_schema.elements());
             add(line, "no element is named " + tag(name),
                 nearest.empty() ? "remove it; " + tag(container) + " holds " + childrenOf(container)
@@ -192,14 +212,23 @@ private:
     }
 
     void report(const xmlError& error) {
-        const auto* const node = static_cast<const xmlNode*>(error.node);
+        auto* const node = static_cast<xmlNode*>(error.node);
         if (node == nullptr || !m_wrongNodes.insert(node).second) return;
+        if (const xmlAttr* const type = typeOf(node)) {
+            addAttribute(node, type);
+            return;
+        }
         const std::string name = nameOf(node);
         const SchemaElement* const known = m_schema.find(name);
-        if (known != nullptr && known->isContainer && reportMissing(node, name)) return;
         if (known == nullptr || known->isContainer) {
+            if (reportMissing(node, name)) return;
             add(lineOf(node), tag(name) + " is not as it should be",
                 "leave it as thermika config prints it");
+            return;
+        }
+        if (const xmlNode* const inner = xmlFirstElementChild(node)) {
+            add(lineOf(inner), tag(name) + " holds the element " + tag(nameOf(inner)),
+                "without its tags give " + known->words);
             return;
         }
         const std::string content = contentOf(node);

@@ -33,8 +33,9 @@ struct ImagerSettings {
 };
 
 struct DocumentFindings {
-    std::vector<Finding> findings;  ///< by line; at most kMostFindings
+    std::vector<Finding> findings;  ///< by line; the first kMostFindings
     ImagerSettings settings;        ///< empty when the markup is wrong
+    bool areMore = false;           ///< findings than these
 };
 
 constexpr std::size_t kMostDocumentBytes = 1U << 20U;  // the tool prints 3 KiB

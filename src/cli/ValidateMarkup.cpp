@@ -37,12 +37,13 @@ struct MessageRow {
 constexpr const char* kCommentLines =
     "end the comment that is open here with \"-->\" (of the two comment lines around the suggested "
     "field of view, remove both or none)";
+constexpr const char* kBegin = "begin with the one that thermika config prints";
 constexpr const char* kAmpersand = "write \"&amp;\" for the character \"&\"";
 
 // What users of an editor get wrong; the parser's own words stand in for all others.
 constexpr MessageRow kMessages[] = {
-    {XML_ERR_DOCUMENT_EMPTY, "there is no document",
-     "begin with the one that thermika config prints"},
+    {XML_ERR_DOCUMENT_EMPTY, "the root element does not begin here",
+     "remove what stands before <imager>, or begin with the document that thermika config prints"},
     {XML_ERR_DOCUMENT_END, "something stands outside the root element", "end with </imager>"},
     {XML_ERR_HYPHEN_IN_COMMENT, "\"--\" stands inside a comment", kCommentLines},
     {XML_ERR_COMMENT_NOT_FINISHED, "a comment has no end", kCommentLines},
@@ -51,8 +52,8 @@ constexpr MessageRow kMessages[] = {
      "write \"&amp;\" for the character \"&\" and \"&lt;\" for \"<\""},
     {XML_ERR_UNDECLARED_ENTITY, "a \"&\" begins a name that is not known", kAmpersand},
     {XML_ERR_TAG_NOT_FINISHED, "the document ends inside an element", "end with </imager>"},
-    {XML_ERR_INVALID_ENCODING, "a byte is no character of the document's encoding",
-     "save the document as UTF-8"},
+    {XML_ERR_INVALID_ENCODING, "the document is not in the encoding that it names, or in UTF-8",
+     "save it as UTF-8, and let its first line name no other encoding"},
     {XML_ERR_INVALID_CHAR, "a character is not allowed in a document", "remove it"},
 };
 
@@ -65,9 +66,12 @@ Finding findingOf(const xmlError& error) {
                     std::to_string(error.int1) + " is still open",
                 "end <" + open + "> with </" + open + "> where it belongs"};
     }
-    for (const MessageRow& row : kMessages)
-        if (row.code == error.code) return {line, row.wrong, row.right};
     const std::string_view words = error.message != nullptr ? error.message : "";
+    // libxml2 2.9 has one code for characters that are not allowed and bytes that are none.
+    const int code = words.find("not proper UTF-8") != words.npos ? XML_ERR_INVALID_ENCODING
+                                                                  : error.code;
+    for (const MessageRow& row : kMessages)
+        if (row.code == code) return {line, row.wrong, row.right};
     return {line, "the markup is wrong: " + std::string(trimmed(words)),
             "correct it here or shortly before"};
 }
@@ -153,9 +157,8 @@ Markup parseMarkup(std::string_view bytes) {
                                                static_cast<int>(bytes.size()), nullptr, nullptr,
                                                XML_PARSE_NONET));
     fetch::ensureMemory(document || context->errNo != XML_ERR_NO_MEMORY);
-    if (!document && !notes.wrong)
-        notes.wrong =
-            Finding{1, "there is no document", "begin with the one that thermika config prints"};
+    if (!document && (!notes.wrong || trimmed(bytes).empty()))
+        notes.wrong = Finding{1, "there is no document", kBegin};
     if (notes.wrong) document.reset();
     return {std::move(document), std::move(notes.wrong), std::move(notes.lines)};
 }

@@ -44,6 +44,18 @@ TEST(Validate, says1AndALineForEachFinding) {
                    "", 1}));
 }
 
+TEST(Validate, saysWhenItShowsTheFirstFindingsOnly) {
+    const TempDir folder;
+    const std::string file = folder / "many.xml";
+    std::string inner;
+    for (int i = 0; i < 101; ++i) inner += "<x/>";
+    writeFile(file, "<imager><serial>14080045</serial>" + inner + "</imager>\n");
+    EXPECT_EQ(validate({file}).err, "only the first 100 findings are shown\n");
+    const RunResult result = validate({"--json", file});
+    EXPECT_EQ(result.err, "only the first 100 findings are shown\n");
+    EXPECT_EQ(json::parse(result.out).at("findings").size(), 100U);
+}
+
 TEST(Validate, comparesTheChoiceWithTheCamerasDescription) {
     const std::string file = kDocuments + "uncalibrated/field-of-view-unknown.xml";
     EXPECT_EQ(validate({file}),
