@@ -116,8 +116,8 @@ private:
 
     void addAttribute(const xmlNode* element, const xmlAttr* attribute) {
         const auto* const node = reinterpret_cast<const xmlNode*>(attribute);
-        add(lineOf(element),
-            tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)), "remove it");
+        add(lineOf(element), tag(nameOf(element)) + " has the attribute " + inQuotes(nameOf(node)),
+            "remove it");
     }
 
     /// Texts, elements and attributes of a container that do not belong there.

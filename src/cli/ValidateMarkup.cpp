@@ -68,8 +68,8 @@ Finding findingOf(const xmlError& error) {
     }
     const std::string_view words = error.message != nullptr ? error.message : "";
     // libxml2 2.9 has one code for characters that are not allowed and bytes that are none.
-    const int code = words.find("not proper UTF-8") != words.npos ? XML_ERR_INVALID_ENCODING
-                                                                  : error.code;
+    const int code =
+        words.find("not proper UTF-8") != words.npos ? XML_ERR_INVALID_ENCODING : error.code;
     for (const MessageRow& row : kMessages)
         if (row.code == code) return {line, row.wrong, row.right};
     return {line, "the markup is wrong: " + std::string(trimmed(words)),

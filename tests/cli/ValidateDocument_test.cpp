@@ -260,9 +260,10 @@ TEST(ValidateDocument, blamesAnAttributeForWhatItDoesToARightValue) {
     const std::string file = folder / "attribute.xml";
     for (const std::string name : {"nil", "type"})
         for (const std::string value : {"true", "false", "none", ""}) {
-            writeFile(file, "<imager xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
-                            "<serial>14080045</serial>\n<focus xsi:" +
-                                name + "='" + value + "'>50</focus></imager>");
+            writeFile(file,
+                      "<imager xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+                      "<serial>14080045</serial>\n<focus xsi:" +
+                          name + "='" + value + "'>50</focus></imager>");
             EXPECT_EQ(findingsIn(readFile(file)),
                       ":2: <focus> has the attribute \"xsi:" + name + "\"; remove it\n");
             EXPECT_EQ(xmllint(file).status, 3) << name << value;
@@ -276,9 +277,10 @@ TEST(ValidateDocument, givesTheParsersWordsForMarkupThatFewGetWrong) {
 }
 
 TEST(ValidateDocument, findsElementsInsideValues) {
-    EXPECT_EQ(findingsIn("<imager><serial>14080045</serial><fov>\n<b>33</b></fov></imager>"),
-              ":2: <fov> holds the element <b>; without its tags give a whole number of degrees from "
-              "1 to 360: the field of view of one of the camera's optics\n");
+    EXPECT_EQ(
+        findingsIn("<imager><serial>14080045</serial><fov>\n<b>33</b></fov></imager>"),
+        ":2: <fov> holds the element <b>; without its tags give a whole number of degrees from "
+        "1 to 360: the field of view of one of the camera's optics\n");
 }
 
 TEST(ValidateDocument, refusesNumbersThatReadersMayTakeForOctalOnes) {
