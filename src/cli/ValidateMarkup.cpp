@@ -38,6 +38,8 @@ constexpr const char* kCommentLines =
     "end the comment that is open here with \"-->\" (of the two comment lines around the suggested "
     "field of view, remove both or none)";
 constexpr const char* kBegin = "begin with the one that thermika config prints";
+constexpr const char* kSaveAsUtf8 =
+    "save it as UTF-8, and let its first line name no other encoding";
 constexpr const char* kAmpersand = "write \"&amp;\" for the character \"&\"";
 
 // What users of an editor get wrong; the parser's own words stand in for all others.
@@ -53,11 +55,12 @@ constexpr MessageRow kMessages[] = {
     {XML_ERR_UNDECLARED_ENTITY, "a \"&\" begins a name that is not known", kAmpersand},
     {XML_ERR_TAG_NOT_FINISHED, "the document ends inside an element", "end with </imager>"},
     {XML_ERR_INVALID_ENCODING, "the document is not in the encoding that it names, or in UTF-8",
-     "save it as UTF-8, and let its first line name no other encoding"},
+     kSaveAsUtf8},
+    {XML_ERR_UNSUPPORTED_ENCODING, "the document names an encoding that is not known", kSaveAsUtf8},
     {XML_ERR_INVALID_CHAR, "a character is not allowed in a document", "remove it"},
 };
 
-Finding findingOf(const xmlError& error) {
+Finding findingOf(const xmlError& error, bool isConverted) {
     const long line = std::max(error.line, 1);
     if (error.code == XML_ERR_TAG_NAME_MISMATCH && error.str1 != nullptr && error.str2 != nullptr) {
         const std::string open = error.str1;
@@ -68,8 +71,8 @@ Finding findingOf(const xmlError& error) {
     }
     const std::string_view words = error.message != nullptr ? error.message : "";
     // libxml2 2.9 has one code for characters that are not allowed and bytes that are none.
-    const int code =
-        words.find("not proper UTF-8") != words.npos ? XML_ERR_INVALID_ENCODING : error.code;
+    const bool isText = isConverted && words.find("not proper UTF-8") == words.npos;
+    const int code = isText ? error.code : XML_ERR_INVALID_ENCODING;
     for (const MessageRow& row : kMessages)
         if (row.code == code) return {line, row.wrong, row.right};
     return {line, "the markup is wrong: " + std::string(trimmed(words)),
@@ -80,6 +83,20 @@ Finding findingOf(const xmlError& error) {
 struct Notes {
     std::optional<Finding> wrong;
     std::map<const xmlNode*, long> lines;
+    bool isConverted = true;  ///< to UTF-8, from the encoding that the document names
+};
+
+/// Takes what libxml2 complains of outside the parser: that bytes cannot be converted. It would
+/// write to standard error.
+class ConversionErrors {
+public:
+    explicit ConversionErrors(Notes& notes) {
+        xmlSetStructuredErrorFunc(
+            &notes, [](void* self, xmlError*) { static_cast<Notes*>(self)->isConverted = false; });
+    }
+    ConversionErrors(const ConversionErrors&) = delete;
+    ConversionErrors& operator=(const ConversionErrors&) = delete;
+    ~ConversionErrors() { xmlSetStructuredErrorFunc(nullptr, nullptr); }
 };
 
 Notes& notesOf(void* context) {
@@ -89,7 +106,7 @@ Notes& notesOf(void* context) {
 void noteError(void* context, xmlError* error) {
     Notes& notes = notesOf(context);
     if (!notes.wrong && error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE)
-        notes.wrong = findingOf(*error);
+        notes.wrong = findingOf(*error, notes.isConverted);
 }
 
 void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
@@ -144,6 +161,7 @@ void noteSection(void* context, const xmlChar* text, int length) {
 
 Markup parseMarkup(std::string_view bytes) {
     Notes notes;
+    const ConversionErrors conversion(notes);
     const ContextPointer context(xmlNewParserCtxt());
     fetch::ensureMemory(context != nullptr);
     context->_private = &notes;

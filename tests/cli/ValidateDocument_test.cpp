@@ -276,6 +276,22 @@ TEST(ValidateDocument, givesTheParsersWordsForMarkupThatFewGetWrong) {
               "before\n");
 }
 
+TEST(ValidateDocument, saysThatADocumentIsNotInTheEncodingThatItNames) {
+    const std::string body =
+        "?>\n<imager><serial>14080045</serial><calipath>\xFF\xA9</calipath></imager>";
+    testing::internal::CaptureStderr();
+    const std::string found = findingsIn("<?xml version='1.0' encoding='EUC-JP'" + body);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(
+        found,
+        ":2: the document is not in the encoding that it names, or in UTF-8; save it as UTF-8, "
+        "and let its first line name no other encoding\n");
+    EXPECT_EQ(findingsIn("<?xml version='1.0' encoding='none'" + body),
+              ":1: the document names an encoding that is not known; save it as UTF-8, and let its "
+              "first line name no other encoding\n");
+    EXPECT_EQ(findingsIn("<?xml version='1.0' encoding='ISO-8859-1'" + body), "");
+}
+
 TEST(ValidateDocument, findsElementsInsideValues) {
     EXPECT_EQ(
         findingsIn("<imager><serial>14080045</serial><fov>\n<b>33</b></fov></imager>"),
