@@ -221,9 +221,9 @@ private:
         const std::string name = nameOf(node);
         const SchemaElement* const known = m_schema.find(name);
         if (known == nullptr || known->isContainer) {
-            if (reportMissing(node, name)) return;
-            add(lineOf(node), tag(name) + " is not as it should be",
-                "leave it as thermika config prints it");
+            if (!reportMissing(node, name))
+                add(lineOf(node), tag(name) + " is not as it should be",
+                    "leave it as thermika config prints it");
             return;
         }
         if (const xmlNode* const inner = xmlFirstElementChild(node)) {
